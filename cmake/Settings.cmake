@@ -1,0 +1,23 @@
+# What every target is built with.
+
+find_program(CCACHE ccache)
+if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+add_library(kelvo-settings INTERFACE)
+target_compile_options(kelvo-settings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(KELVO_SANITIZE)
+  target_compile_options(kelvo-settings INTERFACE -fsanitize=${KELVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(kelvo-settings INTERFACE -fsanitize=${KELVO_SANITIZE})
+endif()
+
+# The bundle and whoever loads it lie at fixed places to each other, in the build folder as in the installed tree:
+# bin/, lib/ and lib/kelvo-touch-display/KelvoTouchDisplay.prefPane.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/archive)
+set(KELVO_PANE_DIRECTORY lib/kelvo-touch-display/KelvoTouchDisplay.prefPane)
+set(CMAKE_INSTALL_LIBDIR lib)
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)

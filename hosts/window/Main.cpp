@@ -1,0 +1,104 @@
+#include "hosts/window/Options.h"
+#include "hosts/window/PaneWindow.h"
+#include "hosts/window/SingleInstance.h"
+#include "linux/BundleDirectory.h"
+#include "linux/BusMessagePorts.h"
+#include "linux/Journal.h"
+#include "linux/Launcher.h"
+#include "linux/PlistCoder.h"
+#include "linux/PosixFileManager.h"
+#include "linux/TerminationSignals.h"
+#include "platform/Platform.h"
+#include "qt/Forms.h"
+#include "qt/QtApplication.h"
+#include "qt/QtNibs.h"
+#include "qt/QtRunLoop.h"
+
+#include <QApplication>
+#include <QIcon>
+
+#include <exception>
+#include <iostream>
+
+namespace {
+
+constexpr char kProgramName[] = "kelvo-touch-display";
+
+constexpr int kFailure = 1;
+constexpr int kUsageError = 2;
+
+int fail(int status, const std::string& reason) {
+    std::cerr << kProgramName << ": " << reason << '\n';
+    return status;
+}
+
+int print(const std::string& text) {
+    std::cout << text;
+    return 0;
+}
+
+/// Ties the windows to the desktop file, which brings their icon.
+void introduceToDesktop() {
+    QGuiApplication::setDesktopFileName(kProgramName);
+    QGuiApplication::setWindowIcon(QIcon::fromTheme(kProgramName));
+}
+
+/// The bundle lies at the same place to the program in the build folder and where it is installed.
+std::string installedPanePath() {
+    return (QCoreApplication::applicationDirPath() + "/../" KELVO_PANE_DIRECTORY).toStdString();
+}
+
+int run(const kelvo::Options& options, int argc, char* argv[]) {
+    const QApplication toolkit(argc, argv);
+    introduceToDesktop();
+
+    kelvo::Journal log(kProgramName);
+    kelvo::PosixFileManager fileManager;
+    kelvo::PlistCoder propertyLists;
+    kelvo::QtRunLoop runLoop;
+    kelvo::BusMessagePorts messagePorts(runLoop);
+    kelvo::Launcher workspace(fileManager);
+    kelvo::QtApplication application;
+    const auto bundle = kelvo::BundleDirectory::open(options.panePath.value_or(installedPanePath()));
+    kelvo::QtNibs nibs(bundle->identifier(), kelvo::paneForms());
+    platform::Platform platform{log,     fileManager, propertyLists, *bundle, messagePorts,
+                                runLoop, &workspace,  &application,  &nibs};
+    platform::usePlatform(&platform);
+
+    kelvo::SingleInstance instance(messagePorts, runLoop, [&] { application.activateIgnoringOtherApps(); });
+    switch (instance.claim()) {
+    case kelvo::SingleInstance::Outcome::IsFirst:
+        break;
+    case kelvo::SingleInstance::Outcome::OtherWasTold:
+        return 0;
+    case kelvo::SingleInstance::Outcome::OtherIsHung:
+        return fail(kFailure, "the window that is open already does not answer; close it and start again");
+    }
+
+    const auto pane = bundle->loadPane(platform);
+    kelvo::PaneWindow window(*pane, nibs);
+    window.setWindowTitle(QString::fromStdString(bundle->localizedStringForKey("Window.Title", kProgramName)));
+    application.setWindow(window);
+    const kelvo::TerminationSignals termination(runLoop, [] { QCoreApplication::quit(); });
+
+    // Shown by the main loop, so that whatever ends the program finds the loop to end.
+    QMetaObject::invokeMethod(
+        &window, [&window] { window.show(); }, Qt::QueuedConnection);
+    const int status = QApplication::exec();
+    window.close();
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    const kelvo::Options options = kelvo::parseOptions({argv + 1, argv + argc});
+    if (!options.error.empty()) return fail(kUsageError, options.error);
+    if (options.help) return print(kelvo::helpText());
+    if (options.version) return print(kelvo::versionText());
+    try {
+        return run(options, argc, argv);
+    } catch (const std::exception& error) {
+        return fail(kFailure, error.what());
+    }
+}

@@ -1,0 +1,51 @@
+#include "hosts/window/Options.h"
+
+#include <string_view>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::string_view paneOption = "--pane";
+constexpr std::string_view paneOptionWithValue = "--pane=";
+
+Options mistaken(const std::string& mistake) {
+    Options options;
+    options.error = mistake + "\nTry --help for the options there are.";
+    return options;
+}
+
+} // namespace
+
+Options parseOptions(const std::vector<std::string>& arguments) {
+    Options options;
+    for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
+        if (*argument == "--help") {
+            options.help = true;
+        } else if (*argument == "--version") {
+            options.version = true;
+        } else if (*argument == paneOption) {
+            if (++argument == arguments.end()) return mistaken("--pane needs the path of a pane: --pane PATH");
+            options.panePath = *argument;
+        } else if (argument->starts_with(paneOptionWithValue)) {
+            options.panePath = argument->substr(paneOptionWithValue.size());
+        } else {
+            return mistaken("unknown argument " + *argument);
+        }
+    }
+    if (options.panePath && options.panePath->empty()) return mistaken("--pane needs the path of a pane: --pane PATH");
+    return options;
+}
+
+std::string helpText() {
+    return "Usage: kelvo-touch-display [--pane PATH]\n"
+           "Shows the settings of the touch display in a window.\n"
+           "\n"
+           "  --pane PATH  show the pane bundle at PATH instead of the installed one\n"
+           "  --help       print this text and exit\n"
+           "  --version    print the version and exit\n";
+}
+
+std::string versionText() { return "kelvo-touch-display " KELVO_VERSION "\n"; }
+
+} // namespace kelvo

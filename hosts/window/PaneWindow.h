@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/NSPreferencePane.h"
+#include "qt/QtNibs.h"
+
+#include <QMainWindow>
+
+namespace kelvo {
+
+/// A window that shows one pane and leads it through its life: selected while the window is open, minimised or not.
+class PaneWindow : public QMainWindow {
+public:
+    /// Loads the pane's form and tells the pane so. A form that does not fit is a std::runtime_error. The pane and
+    /// `nibs`, which its form comes from, must outlive the window.
+    PaneWindow(platform::NSPreferencePane& pane, const QtNibs& nibs);
+    /// Leaves the pane if it is still selected.
+    ~PaneWindow() override;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    void select();
+    void unselect();
+
+    platform::NSPreferencePane& pane_;
+    bool isSelected_ = false;
+};
+
+} // namespace kelvo

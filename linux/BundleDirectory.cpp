@@ -1,0 +1,162 @@
+#include "linux/BundleDirectory.h"
+
+#include "linux/PlistCoder.h"
+#include "linux/PosixFileManager.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <dlfcn.h>
+
+namespace kelvo {
+
+namespace {
+
+constexpr char kEnglish[] = "en";
+
+platform::NSMutableDictionary infoAt(const std::string& path) {
+    const std::optional<platform::NSData> contents = PosixFileManager().contentsAtPath(path);
+    if (!contents) throw std::runtime_error(path + ": cannot be read");
+    const platform::NSMutableDictionary info = PlistCoder().createFromFileData(*contents).dictionary();
+    if (!info) throw std::runtime_error(path + ": is no property list with a dictionary");
+    return info;
+}
+
+std::string requiredText(const platform::NSMutableDictionary& info, std::string_view key, const std::string& path) {
+    std::optional<std::string> text = info.objectForKey(key).string();
+    if (!text || text->empty()) throw std::runtime_error(path + ": has no " + std::string(key));
+    return *std::move(text);
+}
+
+/// Whether a bundle may name that file as its binary: one of its own, in the folder where it belongs.
+bool isOwnFileName(std::string_view name) {
+    return name.find('/') == std::string_view::npos && name.find("..") == std::string_view::npos && name != ".";
+}
+
+std::string_view environmentVariable(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
+}
+
+/// The locale of messages; the first of the variables that says something decides.
+std::string_view messageLocale() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const std::string_view locale = environmentVariable(name);
+        if (!locale.empty()) return locale;
+    }
+    return "C";
+}
+
+/// "de_AT" of "de_AT.UTF-8@euro".
+std::string_view withoutCodesetAndModifier(std::string_view locale) {
+    return locale.substr(0, locale.find_first_of(".@"));
+}
+
+/// Whether a locale is the one of programs, whose texts are English.
+bool isUntranslated(std::string_view locale) {
+    const std::string_view name = withoutCodesetAndModifier(locale);
+    return name == "C" || name == "POSIX";
+}
+
+std::string_view scriptOfChineseRegion(std::string_view region) {
+    if (region == "TW" || region == "HK" || region == "MO") return "Hant";
+    if (region == "CN" || region == "SG") return "Hans";
+    return {};
+}
+
+/// Adds the names that the folder of a locale's language may have, the most particular first.
+void appendLanguagesOfLocale(std::vector<std::string>& languages, std::string_view locale) {
+    const std::string_view name = withoutCodesetAndModifier(locale);
+    // A name becomes a part of a path.
+    const bool isName = !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
+    });
+    if (!isName) return;
+    const std::size_t separator = name.find('_');
+    const std::string language(name.substr(0, separator));
+    if (separator != std::string_view::npos) {
+        const std::string region(name.substr(separator + 1));
+        languages.push_back(language + '-' + region);
+        languages.push_back(language + '_' + region);
+        const std::string_view script = language == "zh" ? scriptOfChineseRegion(region) : std::string_view();
+        if (!script.empty()) languages.push_back((language + '-').append(script));
+    }
+    languages.push_back(language);
+}
+
+/// The user's languages in the order in which texts are looked for, with English behind them.
+std::vector<std::string> languagesOfUser() {
+    const std::string_view locale = messageLocale();
+    // Whoever works in the locale of programs wants their texts, whatever LANGUAGE says.
+    if (isUntranslated(locale)) return {kEnglish};
+    std::string wanted(environmentVariable("LANGUAGE"));
+    wanted.append(":").append(locale);
+    std::vector<std::string> languages;
+    for (std::string_view list = wanted; !list.empty();) {
+        const std::string_view name = list.substr(0, list.find(':'));
+        if (isUntranslated(name)) break;
+        appendLanguagesOfLocale(languages, name);
+        list.remove_prefix(std::min(name.size() + 1, list.size()));
+    }
+    languages.emplace_back(kEnglish);
+    return languages;
+}
+
+} // namespace
+
+std::unique_ptr<BundleDirectory> BundleDirectory::open(const std::string& path) {
+    return std::unique_ptr<BundleDirectory>(new BundleDirectory(path));
+}
+
+BundleDirectory::BundleDirectory(const std::string& path)
+    : contents_(platform::stringByAppendingPathComponent(path, "Contents")), languages_(languagesOfUser()) {
+    const std::string infoPath = contents_ + "/Info.plist";
+    const platform::NSMutableDictionary info = infoAt(infoPath);
+    identifier_ = requiredText(info, "CFBundleIdentifier", infoPath);
+    executable_ = requiredText(info, "CFBundleExecutable", infoPath);
+    principalClass_ = requiredText(info, "NSPrincipalClass", infoPath);
+    if (!isOwnFileName(executable_)) {
+        throw std::runtime_error(infoPath + ": CFBundleExecutable \"" + executable_ + "\" is no file of the bundle");
+    }
+}
+
+std::string BundleDirectory::localizedStringForKey(std::string_view key, std::string_view value) {
+    for (const std::string& language : languages_) {
+        if (std::optional<std::string> text = tableOfLanguage(language).textForKey(key)) return *std::move(text);
+    }
+    return std::string(value);
+}
+
+platform::NSBundle* BundleDirectory::bundleWithIdentifier(std::string_view identifier) {
+    return identifier == identifier_ ? this : nullptr;
+}
+
+std::unique_ptr<platform::NSPreferencePane> BundleDirectory::loadPane(platform::Platform& platform) {
+    const std::string binary = contents_ + '/' + executable_;
+    // The handle is never closed: objects of the binary's classes, and functions they left with others, live on.
+    void* const handle = ::dlopen(binary.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    if (!handle) {
+        const char* reason = ::dlerror();
+        throw std::runtime_error(binary + ": cannot be loaded: " + (reason ? reason : "for no known reason"));
+    }
+    const auto entry =
+        reinterpret_cast<platform::NSPreferencePaneEntry*>(::dlsym(handle, platform::kNSPreferencePaneEntryName));
+    if (!entry) throw std::runtime_error(binary + ": has no " + platform::kNSPreferencePaneEntryName);
+    std::unique_ptr<platform::NSPreferencePane> pane;
+    if (!entry(platform::kNSPreferencePaneABIVersion, platform, pane) || !pane) {
+        throw std::runtime_error(binary + ": made no pane for ABI version " +
+                                 std::to_string(platform::kNSPreferencePaneABIVersion));
+    }
+    return pane;
+}
+
+const StringsTable& BundleDirectory::tableOfLanguage(const std::string& language) {
+    const auto found = tables_.find(language);
+    if (found != tables_.end()) return found->second;
+    const std::optional<platform::NSData> contents =
+        PosixFileManager().contentsAtPath(contents_ + "/Resources/" + language + ".lproj/Localizable.strings");
+    return tables_.emplace(language, contents ? StringsTable(*contents) : StringsTable()).first->second;
+}
+
+} // namespace kelvo

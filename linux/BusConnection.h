@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/RunLoop.h"
+
+#include <systemd/sd-bus.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace kelvo {
+
+/// Drops what is still queued; flushing it could wait for a bus that hangs.
+struct BusCloser {
+    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+};
+using Bus = std::unique_ptr<sd_bus, BusCloser>;
+
+/// One connection to the message bus, driven by the run loop. Nothing here waits: connecting, authentication and all
+/// traffic go on while the loop runs. A connection that was lost stays closed; its owner opens another.
+class BusConnection : public std::enable_shared_from_this<BusConnection> {
+    struct Passkey {};
+
+public:
+    /// Starts to connect to the bus at `address`, or where the environment says the user's session bus is when that is
+    /// empty. Null when there is none. `processed`, if any, is called after the bus has been served, the loss of the
+    /// connection included, and never from within sd-bus: it may open and close connections as it likes.
+    [[nodiscard]] static std::shared_ptr<BusConnection> open(platform::CFRunLoop& loop, const std::string& address,
+                                                             std::function<void()> processed = {});
+
+    BusConnection(Passkey, platform::CFRunLoop& loop, Bus bus, std::function<void()> processed);
+    BusConnection(const BusConnection&) = delete;
+    BusConnection& operator=(const BusConnection&) = delete;
+    ~BusConnection();
+
+    /// The connection for calls to sd-bus; null once it is closed. Whoever has queued something calls process().
+    [[nodiscard]] sd_bus* bus() const { return bus_.get(); }
+    [[nodiscard]] bool isOpen() const { return bus_ != nullptr; }
+    /// Whether the bus has accepted this connection and taken everything that was queued.
+    [[nodiscard]] bool hasSentEverything() const;
+
+    /// Reads and writes what can be without waiting, then goes on when the loop says that more can. Not to be called
+    /// from a callback of sd-bus.
+    void process();
+    /// Ends the connection; what was queued is never sent, what was awaited never comes.
+    void close();
+
+private:
+    [[nodiscard]] std::function<void()> processLater();
+    [[nodiscard]] bool awaitMore();
+
+    platform::CFRunLoop& loop_;
+    Bus bus_;
+    std::function<void()> processed_;
+    std::unique_ptr<platform::CFFileDescriptor> watch_;
+    std::shared_ptr<platform::NSTimer> timer_;
+};
+
+} // namespace kelvo

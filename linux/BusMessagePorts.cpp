@@ -1,0 +1,397 @@
+#include "linux/BusMessagePorts.h"
+
+#include "linux/BusConnection.h"
+
+#include <systemd/sd-bus.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <limits>
+#include <utility>
+
+namespace kelvo {
+
+using platform::CFMessagePortStatus;
+using platform::CFRunLoop;
+using platform::NSData;
+
+namespace {
+
+/// Opening a port gives up on a bus that hangs after so many seconds.
+constexpr double openTimeout = 2.0;
+/// A port looks for a lost bus at these intervals, each twice the one before. In seconds.
+constexpr double firstRetryInterval = 0.1;
+constexpr double longestRetryInterval = 2.0;
+/// A port that nobody takes messages from refuses more than these, to bound what it holds.
+constexpr std::size_t longestQueue = 4096;
+/// The wait for a reply is ours, not the library's.
+constexpr auto noTimeout = std::numeric_limits<std::uint64_t>::max();
+/// The answer to RequestName that makes the asker the owner.
+constexpr std::uint32_t primaryOwner = 1;
+
+struct MessageReleaser {
+    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+};
+using BusMessage = std::unique_ptr<sd_bus_message, MessageReleaser>;
+
+struct SlotReleaser {
+    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
+};
+using BusSlot = std::unique_ptr<sd_bus_slot, SlotReleaser>;
+
+/// The array of bytes that comes next in `message`; negative when it is none. Throws when there is no memory.
+int readData(sd_bus_message* message, NSData& data) {
+    const void* bytes = nullptr;
+    std::size_t size = 0;
+    const int result = sd_bus_message_read_array(message, 'y', &bytes, &size);
+    if (result < 0) return result;
+    const auto* first = static_cast<const std::uint8_t*>(bytes);
+    data.assign(first, first + size);
+    return 0;
+}
+
+/// The call that carries a message to the owner of `destination`; null when the bus cannot carry it.
+BusMessage newSendCall(sd_bus* bus, const std::string& destination, std::int32_t messageId,
+                       std::span<const std::uint8_t> data) {
+    sd_bus_message* created = nullptr;
+    if (sd_bus_message_new_method_call(bus, &created, destination.c_str(), portPath, portInterface, sendMethod) < 0)
+        return nullptr;
+    BusMessage call(created);
+    // A port that nobody has opened is absent; the bus is not to start anybody for it.
+    if (sd_bus_message_set_auto_start(created, 0) < 0) return nullptr;
+    if (sd_bus_message_append(created, "i", messageId) < 0) return nullptr;
+    if (sd_bus_message_append_array(created, 'y', data.data(), data.size()) < 0) return nullptr;
+    return call;
+}
+
+/// What the bus answered to one call.
+struct Answer {
+    bool hasArrived = false;
+    CFMessagePortStatus status = CFMessagePortStatus::TransportError;
+    NSData data;
+};
+
+void readAnswer(sd_bus_message* reply, Answer& answer) {
+    const sd_bus_error* error = sd_bus_message_get_error(reply);
+    if (!error) {
+        if (readData(reply, answer.data) >= 0) answer.status = CFMessagePortStatus::Success;
+    } else if (sd_bus_error_has_names(error, SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER)) {
+        answer.status = CFMessagePortStatus::IsInvalid;
+    }
+}
+
+int onAnswer(sd_bus_message* reply, void* userData, sd_bus_error*) noexcept {
+    auto& answer = *static_cast<Answer*>(userData);
+    answer.hasArrived = true;
+    try {
+        readAnswer(reply, answer);
+    } catch (...) {
+        answer.status = CFMessagePortStatus::TransportError;
+    }
+    return 0;
+}
+
+} // namespace
+
+/// Sends for all remote ports over one connection, which is opened with the first message. It is not one that receives,
+/// so that a handler may send while its own message is being handled.
+class BusSender {
+public:
+    BusSender(CFRunLoop& loop, std::string address) : loop_(loop), address_(std::move(address)) {}
+
+    CFMessagePortStatus send(const std::string& name, std::int32_t messageId, std::span<const std::uint8_t> data,
+                             double sendTimeout, double receiveTimeout, NSData& reply);
+
+private:
+    /// The connection, a new one if the last was lost; null when there is no bus.
+    std::shared_ptr<BusConnection> connection();
+
+    CFRunLoop& loop_;
+    std::string address_;
+    std::shared_ptr<BusConnection> connection_;
+};
+
+std::shared_ptr<BusConnection> BusSender::connection() {
+    // A bus that went away since the last message shows only when it is served.
+    if (connection_) connection_->process();
+    if (!connection_ || !connection_->isOpen()) connection_ = BusConnection::open(loop_, address_);
+    return connection_;
+}
+
+CFMessagePortStatus BusSender::send(const std::string& name, std::int32_t messageId, std::span<const std::uint8_t> data,
+                                    double sendTimeout, double receiveTimeout, NSData& reply) {
+    const std::string destination = busNamePrefix + name;
+    if (sd_bus_service_name_is_valid(destination.c_str()) <= 0) return CFMessagePortStatus::IsInvalid;
+    // The waits may deliver anything, another send included, which may close this connection but not destroy it.
+    const auto connection = this->connection();
+    if (!connection) return CFMessagePortStatus::TransportError;
+    const BusMessage call = newSendCall(connection->bus(), destination, messageId, data);
+    if (!call) return CFMessagePortStatus::TransportError;
+
+    Answer answer;
+    sd_bus_slot* created = nullptr;
+    if (sd_bus_call_async(connection->bus(), &created, call.get(), onAnswer, &answer, noTimeout) < 0)
+        return CFMessagePortStatus::TransportError;
+    // Without its slot an answer that comes too late is nobody's.
+    const BusSlot slot(created);
+    connection->process();
+
+    const auto hasEnded = [&] { return answer.hasArrived || !connection->isOpen(); };
+    loop_.runUntil([&] { return hasEnded() || connection->hasSentEverything(); }, sendTimeout);
+    if (!hasEnded() && !connection->hasSentEverything()) {
+        // What is still queued must not reach the peer after its sender has given up.
+        connection->close();
+        return CFMessagePortStatus::SendTimeout;
+    }
+    loop_.runUntil(hasEnded, receiveTimeout);
+    if (answer.hasArrived) {
+        reply = std::move(answer.data);
+        return answer.status;
+    }
+    return connection->isOpen() ? CFMessagePortStatus::ReceiveTimeout : CFMessagePortStatus::TransportError;
+}
+
+namespace {
+
+class RemotePort : public platform::CFRemoteMessagePort {
+public:
+    RemotePort(std::shared_ptr<BusSender> sender, std::string name)
+        : sender_(std::move(sender)), name_(std::move(name)) {}
+
+    CFMessagePortStatus sendRequest(std::int32_t messageId, std::span<const std::uint8_t> data, double sendTimeout,
+                                    double receiveTimeout, NSData& reply) override {
+        // What arrives during the wait may destroy this port.
+        const auto sender = sender_;
+        return sender->send(name_, messageId, data, sendTimeout, receiveTimeout, reply);
+    }
+
+private:
+    std::shared_ptr<BusSender> sender_;
+    std::string name_;
+};
+
+/// What a local port, its source and the bus share: the connection that owns the port's name, and the messages that
+/// came. It lives on while a message is being handled, even if the handler destroys the port.
+class Mailbox : public std::enable_shared_from_this<Mailbox> {
+public:
+    Mailbox(CFRunLoop& loop, std::string address, const std::string& name, platform::CFMessagePorts::CallBack callBack)
+        : loop_(loop), address_(std::move(address)), busName_(busNamePrefix + name), callBack_(std::move(callBack)) {}
+
+    /// Whether the name was got, within `openTimeout`.
+    [[nodiscard]] bool open();
+    /// From now on the messages are those of `port`, and the name is got back whenever the bus goes away.
+    void attach(platform::CFMessagePort& port) { port_ = &port; }
+    /// Gives the name and all messages up.
+    void close();
+
+    void startDelivery(const platform::CFRunLoopSource& source, CFRunLoop& loop);
+    /// Ends delivery, unless another source has taken it over since.
+    void stopDelivery(const platform::CFRunLoopSource& source);
+
+private:
+    struct Message {
+        std::int32_t id = 0;
+        NSData data;
+    };
+    enum class NameState { Requested, Owned, Refused };
+
+    static const sd_bus_vtable vtable[];
+    static int onNameAnswer(sd_bus_message* answer, void* userData, sd_bus_error* error) noexcept;
+    static int onSend(sd_bus_message* call, void* userData, sd_bus_error* error) noexcept;
+
+    void connect();
+    [[nodiscard]] bool requestName();
+    [[nodiscard]] bool isConnected() const { return connection_ && connection_->isOpen(); }
+    [[nodiscard]] bool hasName() const { return isConnected() && nameState_ == NameState::Owned; }
+    [[nodiscard]] bool hasFailed() const { return !isConnected() || nameState_ == NameState::Refused; }
+    void keepName();
+    int receive(sd_bus_message* call);
+    void deliverSoon();
+    void deliver();
+
+    CFRunLoop& loop_;
+    std::string address_;
+    std::string busName_;
+    platform::CFMessagePorts::CallBack callBack_;
+    platform::CFMessagePort* port_ = nullptr;
+
+    std::shared_ptr<BusConnection> connection_;
+    NameState nameState_ = NameState::Refused;
+    double retryInterval_ = firstRetryInterval;
+    std::shared_ptr<platform::NSTimer> retry_;
+
+    std::deque<Message> queue_;
+    const platform::CFRunLoopSource* source_ = nullptr;
+    CFRunLoop* deliveryLoop_ = nullptr;
+    std::shared_ptr<platform::NSTimer> delivery_;
+};
+
+// Whose user the sender is, the bus tells only in answer to a further call. It need not be asked: a session bus admits
+// its own user alone, so the method is open to everybody on it.
+const sd_bus_vtable Mailbox::vtable[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD(sendMethod, sendSignature, replySignature, Mailbox::onSend, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END,
+};
+
+bool Mailbox::open() {
+    connect();
+    loop_.runUntil([this] { return hasName() || hasFailed(); }, openTimeout);
+    return hasName();
+}
+
+void Mailbox::close() {
+    port_ = nullptr;
+    if (retry_) retry_->invalidate();
+    if (delivery_) delivery_->invalidate();
+    connection_.reset();
+    queue_.clear();
+}
+
+void Mailbox::connect() {
+    connection_ = BusConnection::open(loop_, address_, [weakSelf = weak_from_this()] {
+        if (const auto self = weakSelf.lock()) self->keepName();
+    });
+    nameState_ = connection_ && requestName() ? NameState::Requested : NameState::Refused;
+    if (connection_) {
+        connection_->process();
+    } else {
+        keepName();
+    }
+}
+
+/// Nothing here waits; the bus answers by onNameAnswer(). False when the name cannot even be asked for.
+bool Mailbox::requestName() {
+    sd_bus* bus = connection_->bus();
+    // Without flags the request neither queues behind another owner nor takes the name away from one.
+    return sd_bus_add_object_vtable(bus, nullptr, portPath, portInterface, vtable, this) >= 0 &&
+           sd_bus_request_name_async(bus, nullptr, busName_.c_str(), 0, onNameAnswer, this) >= 0;
+}
+
+int Mailbox::onNameAnswer(sd_bus_message* answer, void* userData, sd_bus_error*) noexcept {
+    std::uint32_t result = 0;
+    const bool isOwner = !sd_bus_message_is_method_error(answer, nullptr) &&
+                         sd_bus_message_read(answer, "u", &result) > 0 && result == primaryOwner;
+    static_cast<Mailbox*>(userData)->nameState_ = isOwner ? NameState::Owned : NameState::Refused;
+    return 0;
+}
+
+/// Called after each change of the connection. While a port stands without its name, tries to get it back.
+void Mailbox::keepName() {
+    if (hasName()) retryInterval_ = firstRetryInterval;
+    if (!port_ || !hasFailed() || retry_) return;
+    retry_ = loop_.scheduleTimer(retryInterval_, [weakSelf = weak_from_this()] {
+        const auto self = weakSelf.lock();
+        if (!self) return;
+        self->retry_.reset();
+        self->connect();
+    });
+    retryInterval_ = std::min(2.0 * retryInterval_, longestRetryInterval);
+}
+
+int Mailbox::onSend(sd_bus_message* call, void* userData, sd_bus_error*) noexcept {
+    try {
+        return static_cast<Mailbox*>(userData)->receive(call);
+    } catch (...) {
+        return -ENOMEM;
+    }
+}
+
+/// Answers the sender, by an error when negative, and leaves the message for later: sd-bus, which calls this, could not
+/// go on receiving in a loop that the handler runs.
+int Mailbox::receive(sd_bus_message* call) {
+    if (queue_.size() >= longestQueue) return -ENOBUFS;
+    Message message;
+    int result = sd_bus_message_read(call, "i", &message.id);
+    if (result >= 0) result = readData(call, message.data);
+    if (result >= 0) result = sd_bus_reply_method_return(call, replySignature, 0);
+    if (result < 0) return result;
+    queue_.push_back(std::move(message));
+    deliverSoon();
+    return 1;
+}
+
+void Mailbox::startDelivery(const platform::CFRunLoopSource& source, CFRunLoop& loop) {
+    source_ = &source;
+    deliveryLoop_ = &loop;
+    deliverSoon();
+}
+
+void Mailbox::stopDelivery(const platform::CFRunLoopSource& source) {
+    if (source_ != &source) return;
+    source_ = nullptr;
+    if (delivery_) delivery_->invalidate();
+    delivery_.reset();
+}
+
+void Mailbox::deliverSoon() {
+    if (!source_ || queue_.empty() || delivery_) return;
+    delivery_ = deliveryLoop_->scheduleTimer(0.0, [weakSelf = weak_from_this()] {
+        if (const auto self = weakSelf.lock()) self->deliver();
+    });
+}
+
+/// The handler may do anything: destroy the port or the source, or run the loop, which then delivers what comes next.
+void Mailbox::deliver() {
+    delivery_.reset();
+    while (port_ && source_ && !queue_.empty()) {
+        const Message message = std::move(queue_.front());
+        queue_.pop_front();
+        deliverSoon();
+        callBack_(*port_, message.id, message.data);
+    }
+}
+
+class MailboxSource final : public platform::CFRunLoopSource {
+public:
+    explicit MailboxSource(std::weak_ptr<Mailbox> mailbox) : mailbox_(std::move(mailbox)) {}
+    MailboxSource(const MailboxSource&) = delete;
+    MailboxSource& operator=(const MailboxSource&) = delete;
+    ~MailboxSource() override { cancel(); }
+
+    void schedule(CFRunLoop& loop) override {
+        if (const auto mailbox = mailbox_.lock()) mailbox->startDelivery(*this, loop);
+    }
+
+    void cancel() override {
+        if (const auto mailbox = mailbox_.lock()) mailbox->stopDelivery(*this);
+    }
+
+private:
+    std::weak_ptr<Mailbox> mailbox_;
+};
+
+class LocalPort : public platform::CFMessagePort {
+public:
+    explicit LocalPort(std::shared_ptr<Mailbox> mailbox) : mailbox_(std::move(mailbox)) { mailbox_->attach(*this); }
+    LocalPort(const LocalPort&) = delete;
+    LocalPort& operator=(const LocalPort&) = delete;
+    ~LocalPort() override { mailbox_->close(); }
+
+    std::unique_ptr<platform::CFRunLoopSource> createRunLoopSource() override {
+        return std::make_unique<MailboxSource>(mailbox_);
+    }
+
+private:
+    std::shared_ptr<Mailbox> mailbox_;
+};
+
+} // namespace
+
+BusMessagePorts::BusMessagePorts(CFRunLoop& loop, std::string address)
+    : loop_(loop), address_(address), sender_(std::make_shared<BusSender>(loop, std::move(address))) {}
+
+std::unique_ptr<platform::CFMessagePort> BusMessagePorts::createLocal(const std::string& name, CallBack callBack) {
+    auto mailbox = std::make_shared<Mailbox>(loop_, address_, name, std::move(callBack));
+    if (!mailbox->open()) return nullptr;
+    return std::make_unique<LocalPort>(std::move(mailbox));
+}
+
+std::unique_ptr<platform::CFRemoteMessagePort> BusMessagePorts::createRemote(const std::string& name) {
+    return std::make_unique<RemotePort>(sender_, name);
+}
+
+} // namespace kelvo

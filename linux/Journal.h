@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/Log.h"
+
+#include <string>
+
+namespace kelvo {
+
+/// The system's journal, by way of syslog. There is one for a process, as syslog has it.
+class Journal final : public platform::SystemLog {
+public:
+    /// Opens the log under the name `ident`. Lines go to standard error too when that is a terminal, or when the
+    /// environment variable KELVO_LOG_STDERR is set and not empty.
+    explicit Journal(std::string ident);
+    ~Journal() override;
+
+    /// Control characters are written as \n and \x1b are, so that a line stays one line and moves no cursor.
+    void write(std::string_view line) override;
+
+private:
+    /// syslog keeps a pointer to it.
+    std::string ident_;
+    bool writesToStandardError_;
+};
+
+} // namespace kelvo

@@ -1,0 +1,179 @@
+#include "linux/PollRunLoop.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <cmath>
+#include <ctime>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+/// Longer waits than a century are cut to it, so that no time computed from one overflows.
+constexpr double longestWait = 100.0 * 365.0 * 24.0 * 3600.0;
+
+/// One watched descriptor. Whoever is calling `ready` shares it, so that a watch may be destroyed by its own call.
+struct WatchedDescriptor {
+    int descriptor;
+    std::function<void()> ready;
+    bool whenReadable = true;
+    bool whenWritable = false;
+    bool isWatched = true;
+
+    [[nodiscard]] short events() const {
+        return static_cast<short>((whenReadable ? POLLIN : 0) | (whenWritable ? POLLOUT : 0));
+    }
+
+    /// An error or a hang-up is for whoever waits for anything; one who waits for nothing is left alone.
+    [[nodiscard]] bool wants(short occurred) const {
+        return isWatched && events() != 0 && (occurred & (events() | POLLERR | POLLHUP | POLLNVAL)) != 0;
+    }
+};
+
+using WatchedDescriptors = std::vector<std::shared_ptr<WatchedDescriptor>>;
+
+std::vector<pollfd> pollEntries(const WatchedDescriptors& watched) {
+    std::vector<pollfd> entries;
+    entries.reserve(watched.size());
+    // A negative descriptor is skipped by the system; one that is asked for no events would still report a hang-up.
+    for (const auto& each : watched)
+        entries.push_back({each->events() == 0 ? -1 : each->descriptor, each->events(), 0});
+    return entries;
+}
+
+timespec asTimespec(std::chrono::nanoseconds wait) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(wait);
+    return {static_cast<std::time_t>(seconds.count()), static_cast<long>((wait - seconds).count())};
+}
+
+} // namespace
+
+/// What timers and watches are removed from; they may outlive the loop.
+struct PollRunLoop::Registry {
+    struct Place {
+        Clock::time_point due;
+        unsigned long number;
+        auto operator<=>(const Place&) const = default;
+    };
+
+    std::map<Place, std::shared_ptr<Timer>> timers;
+    unsigned long nextNumber = 0;
+    WatchedDescriptors watched;
+};
+
+class PollRunLoop::Timer : public platform::NSTimer {
+public:
+    Timer(std::weak_ptr<Registry> registry, Registry::Place place, std::function<void()> action)
+        : registry_(std::move(registry)), place_(place), action_(std::move(action)) {}
+
+    void invalidate() override {
+        action_ = nullptr;
+        if (const auto registry = registry_.lock()) registry->timers.erase(place_);
+    }
+
+    void fire() {
+        const auto action = std::exchange(action_, nullptr);
+        if (action) action();
+    }
+
+private:
+    std::weak_ptr<Registry> registry_;
+    Registry::Place place_;
+    std::function<void()> action_;
+};
+
+class PollRunLoop::Watch : public platform::CFFileDescriptor {
+public:
+    Watch(std::weak_ptr<Registry> registry, std::shared_ptr<WatchedDescriptor> watched)
+        : registry_(std::move(registry)), watched_(std::move(watched)) {}
+
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+    ~Watch() override {
+        watched_->isWatched = false;
+        if (const auto registry = registry_.lock()) std::erase(registry->watched, watched_);
+    }
+
+    void enableCallBacks(bool whenReadable, bool whenWritable) override {
+        watched_->whenReadable = whenReadable;
+        watched_->whenWritable = whenWritable;
+    }
+
+private:
+    std::weak_ptr<Registry> registry_;
+    std::shared_ptr<WatchedDescriptor> watched_;
+};
+
+PollRunLoop::PollRunLoop() : registry_(std::make_shared<Registry>()) {}
+
+void PollRunLoop::run() {
+    stopped_ = false;
+    while (!stopped_) runOnce(Clock::time_point::max());
+}
+
+void PollRunLoop::stop() { stopped_ = true; }
+
+std::shared_ptr<platform::NSTimer> PollRunLoop::scheduleTimer(double seconds, std::function<void()> action) {
+    const Registry::Place place{timeAfter(seconds), registry_->nextNumber++};
+    auto timer = std::make_shared<Timer>(registry_, place, std::move(action));
+    registry_->timers.emplace(place, timer);
+    return timer;
+}
+
+std::unique_ptr<platform::CFFileDescriptor> PollRunLoop::watch(int descriptor, std::function<void()> ready) {
+    auto watched = std::make_shared<WatchedDescriptor>(WatchedDescriptor{descriptor, std::move(ready)});
+    registry_->watched.push_back(watched);
+    return std::make_unique<Watch>(registry_, std::move(watched));
+}
+
+void PollRunLoop::runUntil(const std::function<bool()>& done, double seconds) {
+    const auto end = timeAfter(seconds);
+    while (!done() && Clock::now() < end) runOnce(end);
+}
+
+PollRunLoop::Clock::time_point PollRunLoop::timeAfter(double seconds) {
+    const double wait = seconds > 0.0 ? std::min(seconds, longestWait) : 0.0;
+    return Clock::now() + std::chrono::ceil<Clock::duration>(std::chrono::duration<double>(wait));
+}
+
+/// Waits until something is due, at the latest until `latest`, and delivers it.
+void PollRunLoop::runOnce(Clock::time_point latest) {
+    if (!registry_->timers.empty()) latest = std::min(latest, registry_->timers.begin()->first.due);
+    std::optional<timespec> wait;
+    if (latest != Clock::time_point::max())
+        wait = asTimespec(std::max<Clock::duration>(latest - Clock::now(), Clock::duration::zero()));
+
+    const auto watched = registry_->watched;
+    auto entries = pollEntries(watched);
+    // A failure is a signal that came in between: nothing is ready then, and the next turn waits again.
+    const int readyCount = ppoll(entries.data(), entries.size(), wait ? &*wait : nullptr, nullptr);
+    const auto turn = ++turn_;
+
+    fireTimersDueBy(Clock::now());
+    if (readyCount <= 0) return;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        // A nested loop has served the descriptors since; what is still ready shows again in the next turn.
+        if (turn != turn_) return;
+        if (watched[i]->wants(entries[i].revents)) watched[i]->ready();
+    }
+}
+
+/// A timer that is scheduled meanwhile waits for the next turn even if it is due, so that timers which renew themselves
+/// leave room for everything else.
+void PollRunLoop::fireTimersDueBy(Clock::time_point now) {
+    const auto firstNew = registry_->nextNumber;
+    while (!registry_->timers.empty()) {
+        const auto first = registry_->timers.begin();
+        if (first->first.due > now || first->first.number >= firstNew) return;
+        const auto timer = first->second;
+        registry_->timers.erase(first);
+        timer->fire();
+    }
+}
+
+} // namespace kelvo

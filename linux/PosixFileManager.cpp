@@ -1,0 +1,190 @@
+#include "linux/PosixFileManager.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kelvo {
+
+namespace {
+
+constexpr mode_t kModeOfNewFolder = 0755;
+constexpr mode_t kModeOfNewFile = 0600;
+constexpr mode_t kModeBits = 07777;
+constexpr std::size_t kLargestFile = std::size_t{256} << 20U;
+/// As many links in a row as the kernel follows.
+constexpr int kMostLinks = 40;
+/// Leaves room in a file name (255 bytes) for what makes it a temporary one.
+constexpr std::size_t kLongestNamePart = 200;
+
+bool canBeNamed(const std::string& path) { return path.find('\0') == std::string::npos; }
+
+std::string withoutTrailingSlashes(std::string path) {
+    while (path.size() > 1 && path.back() == '/') path.pop_back();
+    return path;
+}
+
+/// The folder that `path` lies in, with its trailing "/"; empty for the current folder.
+std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
+/// Repeats a system call that a signal interrupted.
+template <typename Call>
+auto uninterrupted(Call call) {
+    auto result = call();
+    while (result == -1 && errno == EINTR) result = call();
+    return result;
+}
+
+class FileDescriptor {
+public:
+    explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    ~FileDescriptor() { (void)close(); }
+
+    explicit operator bool() const { return descriptor_ >= 0; }
+    [[nodiscard]] int get() const { return descriptor_; }
+    /// False when what was written may not have arrived.
+    [[nodiscard]] bool close() { return descriptor_ < 0 || ::close(std::exchange(descriptor_, -1)) == 0; }
+
+private:
+    int descriptor_;
+};
+
+/// A file that is removed unless it gets another's place.
+class TemporaryFile {
+public:
+    /// A new file in the folder `folder`, readable and writable by its owner, whose name tells whose successor it is.
+    TemporaryFile(const std::string& folder, const std::string& name)
+        : path_(folder + '.' + name.substr(0, kLongestNamePart) + ".XXXXXX"),
+          descriptor_(::mkostemp(path_.data(), O_CLOEXEC)),
+          exists_(descriptor_) {}
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile() {
+        if (exists_) (void)::unlink(path_.c_str());
+    }
+
+    /// Fills the file and waits until it is on the disk, whole.
+    [[nodiscard]] bool write(std::span<const std::uint8_t> contents, mode_t mode) {
+        while (exists_ && !contents.empty()) {
+            const ssize_t written =
+                uninterrupted([&] { return ::write(descriptor_.get(), contents.data(), contents.size()); });
+            if (written < 0) return false;
+            contents = contents.subspan(static_cast<std::size_t>(written));
+        }
+        return exists_ && ::fchmod(descriptor_.get(), mode) == 0 &&
+               uninterrupted([&] { return ::fsync(descriptor_.get()); }) == 0 && descriptor_.close();
+    }
+
+    [[nodiscard]] bool moveTo(const std::string& path) {
+        if (std::rename(path_.c_str(), path.c_str()) != 0) return false;
+        exists_ = false;
+        return true;
+    }
+
+private:
+    std::string path_;
+    FileDescriptor descriptor_;
+    bool exists_;
+};
+
+/// Where a write to `path` goes: what its symbolic links lead to, whether that exists or not. None when they lead in a
+/// circle or the path cannot be walked.
+std::optional<std::string> behindLinks(std::string path) {
+    for (int links = 0; links <= kMostLinks; ++links) {
+        std::array<char, PATH_MAX> target{};
+        const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+        if (length < 0) return errno == EINVAL || errno == ENOENT ? std::optional(path) : std::nullopt;
+        const std::string_view next(target.data(), static_cast<std::size_t>(length));
+        path = (next.starts_with('/') ? std::string() : folderOf(path)).append(next);
+    }
+    return std::nullopt;
+}
+
+/// Makes the folder's entries last through a loss of power. Not every file system can; the file is in place anyway.
+void syncFolder(const std::string& folder) {
+    const char* path = folder.empty() ? "." : folder.c_str();
+    const FileDescriptor descriptor(::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor) (void)uninterrupted([&] { return ::fsync(descriptor.get()); });
+}
+
+std::string homeInPasswordDatabase() {
+    std::array<char, 16384> buffer{};
+    passwd entry{};
+    passwd* found = nullptr;
+    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || !found) return "/";
+    return found->pw_dir;
+}
+
+} // namespace
+
+bool PosixFileManager::fileExistsAtPath(const std::string& path) {
+    struct stat status {};
+    return canBeNamed(path) && ::stat(path.c_str(), &status) == 0;
+}
+
+void PosixFileManager::createDirectoryAtPath(const std::string& path) {
+    if (!canBeNamed(path)) return;
+    // A parent that exists, or cannot be made, shows in whether the next one can.
+    for (std::size_t end = path.find('/', 1); end < path.size(); end = path.find('/', end + 1)) {
+        (void)::mkdir(path.substr(0, end).c_str(), kModeOfNewFolder);
+    }
+    (void)::mkdir(path.c_str(), kModeOfNewFolder);
+}
+
+std::optional<platform::NSData> PosixFileManager::contentsAtPath(const std::string& path) {
+    if (!canBeNamed(path)) return std::nullopt;
+    // Without O_NONBLOCK a pipe in the file's place would make the open wait for a writer.
+    const FileDescriptor file(
+        uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+    struct stat status {};
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    if (std::cmp_greater(status.st_size, kLargestFile)) return std::nullopt;
+    platform::NSData contents;
+    std::array<std::uint8_t, 65536> buffer{};
+    // The file may be growing, and some files of the system say nothing of their size.
+    while (contents.size() <= kLargestFile) {
+        const ssize_t count = uninterrupted([&] { return ::read(file.get(), buffer.data(), buffer.size()); });
+        if (count < 0) return std::nullopt;
+        if (count == 0) return contents;
+        contents.insert(contents.end(), buffer.begin(), buffer.begin() + count);
+    }
+    return std::nullopt;
+}
+
+bool PosixFileManager::writeAtomically(const std::string& path, std::span<const std::uint8_t> contents) {
+    if (!canBeNamed(path)) return false;
+    const std::optional<std::string> target = behindLinks(path);
+    if (!target || target->empty() || target->back() == '/') return false;
+    struct stat old {};
+    const bool exists = ::lstat(target->c_str(), &old) == 0;
+    if (exists && !S_ISREG(old.st_mode)) return false;
+
+    const std::string folder = folderOf(*target);
+    TemporaryFile file(folder, target->substr(folder.size()));
+    if (!file.write(contents, exists ? old.st_mode & kModeBits : kModeOfNewFile)) return false;
+    if (!file.moveTo(*target)) return false;
+    syncFolder(folder);
+    return true;
+}
+
+std::string PosixFileManager::homeDirectory() {
+    const char* home = std::getenv("HOME");
+    return withoutTrailingSlashes(home && *home ? home : homeInPasswordDatabase());
+}
+
+std::string PosixFileManager::localLibraryDirectory() {
+    const char* library = std::getenv("KELVO_LOCAL_LIBRARY");
+    return withoutTrailingSlashes(library && *library ? library : KELVO_LOCAL_LIBRARY);
+}
+
+} // namespace kelvo

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/Files.h"
+
+namespace kelvo {
+
+/// The files of this machine. A path with a NUL byte in it names nothing, however much of it would.
+class PosixFileManager final : public platform::NSFileManager {
+public:
+    /// A symbolic link to nothing does not exist.
+    [[nodiscard]] bool fileExistsAtPath(const std::string& path) override;
+    /// New folders are rwxr-xr-x, less what the umask takes away.
+    void createDirectoryAtPath(const std::string& path) override;
+    /// None also for what is no regular file, and for a file larger than anything that is ever read here (256 MiB).
+    [[nodiscard]] std::optional<platform::NSData> contentsAtPath(const std::string& path) override;
+    /// A symbolic link stays and what it points to is replaced. The old file's mode is kept; a new file is its owner's
+    /// alone. Only a regular file is replaced.
+    [[nodiscard]] bool writeAtomically(const std::string& path, std::span<const std::uint8_t> contents) override;
+    /// `$HOME`, else what the password database says, else "/".
+    [[nodiscard]] std::string homeDirectory() override;
+    /// The environment variable KELVO_LOCAL_LIBRARY, else the build setting of that name.
+    [[nodiscard]] std::string localLibraryDirectory() override;
+};
+
+} // namespace kelvo

@@ -1,0 +1,91 @@
+#include "peers/driver/JsonLine.h"
+
+#include <cmath>
+#include <cstddef>
+#include <string_view>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::string_view kHexadecimal = "0123456789abcdef";
+
+std::string jsonText(std::string_view text) {
+    std::string json = "\"";
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (character == '"' || character == '\\') {
+            json += '\\';
+            json += character;
+        } else if (byte < 0x20 || byte == 0x7F) {
+            json += "\\u00";
+            json += kHexadecimal[byte >> 4U];
+            json += kHexadecimal[byte & 0xFU];
+        } else {
+            json += character;
+        }
+    }
+    return json += '"';
+}
+
+std::string jsonReal(const platform::Value& real) {
+    if (!std::isfinite(real.doubleValue())) return "null";
+    std::string text = real.stringValue().value_or("null");
+    return text.find_first_of(".e") == std::string::npos ? text + ".0" : text;
+}
+
+std::string jsonData(const platform::NSData& data) {
+    std::string text;
+    for (const std::uint8_t byte : data) {
+        text += kHexadecimal[byte >> 4U];
+        text += kHexadecimal[byte & 0xFU];
+    }
+    return jsonText(text);
+}
+
+std::string jsonArray(const platform::NSMutableArray& array) {
+    std::string json = "[";
+    for (std::size_t i = 0; i < array.count(); ++i) {
+        if (i > 0) json += ", ";
+        json += jsonLine(array.objectAtIndex(i));
+    }
+    return json += ']';
+}
+
+std::string jsonDictionary(const platform::NSMutableDictionary& dictionary) {
+    std::string json = "{";
+    for (const std::string& key : dictionary.allKeys()) {
+        if (json.size() > 1) json += ", ";
+        json += jsonText(key) + ": " + jsonLine(dictionary.objectForKey(key));
+    }
+    return json += '}';
+}
+
+} // namespace
+
+std::string jsonLine(const platform::Value& value) {
+    using Kind = platform::Value::Kind;
+    switch (value.kind()) {
+    case Kind::None:
+        return "null";
+    case Kind::Boolean:
+        return value.boolValue() ? "true" : "false";
+    case Kind::Integer:
+    case Kind::UnsignedInteger:
+        return value.stringValue().value_or("null");
+    case Kind::Real:
+        return jsonReal(value);
+    case Kind::Data:
+        return jsonData(*value.data());
+    case Kind::Array:
+        return jsonArray(value.array());
+    case Kind::Dictionary:
+        return jsonDictionary(value.dictionary());
+    case Kind::String:
+    case Kind::Date:
+        break;
+    }
+    return jsonText(value.description());
+}
+
+} // namespace kelvo

@@ -1,0 +1,146 @@
+#include "qt/FormBinder.h"
+
+#include "qt/Pairings.h"
+
+#include <QLabel>
+#include <QLayout>
+#include <QVariant>
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace kelvo {
+
+using platform::NSControl;
+using platform::NSNibAction;
+using platform::NSOutlet;
+using platform::NSView;
+using platform::NSViewController;
+
+/// A widget with what it stands for: an outlet, an action, or both.
+struct FormBinder::Match {
+    QWidget& widget;
+    const NSOutlet* outlet;
+    const NSNibAction* action;
+};
+
+namespace {
+
+const NSOutlet* outletNamed(const std::string& name, const std::vector<NSOutlet>& outlets) {
+    const auto found =
+        std::find_if(outlets.begin(), outlets.end(), [&](const auto& each) { return each.name == name; });
+    return found == outlets.end() ? nullptr : &*found;
+}
+
+const NSNibAction* actionOf(const std::string& selector, const std::vector<NSNibAction>& actions) {
+    const auto found =
+        std::find_if(actions.begin(), actions.end(), [&](const auto& each) { return each.selector == selector; });
+    return found == actions.end() ? nullptr : &*found;
+}
+
+bool fitsView(const QWidget& widget, const NSView* view) { return view && pairingFor(widget).isModel(*view); }
+
+/// An embedded form comes to stand in the layout of its page.
+bool fitsController(const QWidget& widget, const NSViewController* controller) {
+    return controller && isPlainView(widget) && widget.layout();
+}
+
+bool fitsOutlet(const QWidget& widget, const NSOutlet& outlet) {
+    if (const auto* controller = std::get_if<NSViewController*>(&outlet.target)) {
+        return fitsController(widget, *controller);
+    }
+    return fitsView(widget, std::get<NSView*>(outlet.target));
+}
+
+bool canFire(const QWidget& widget) { return pairingFor(widget).makeModel != nullptr; }
+
+void keepPlaceWhenHidden(QWidget& widget) {
+    // A frame of the platform stays where it is when its neighbour is hidden.
+    QSizePolicy policy = widget.sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    widget.setSizePolicy(policy);
+}
+
+void showHidden(QWidget& widget, const NSView& view) {
+    // A widget that stands nowhere yet would be shown as a window of its own.
+    if (view.isHidden() || widget.parentWidget()) widget.setHidden(view.isHidden());
+}
+
+void showEnabled(QWidget& widget, const NSControl& control) { widget.setEnabled(control.isEnabled()); }
+
+} // namespace
+
+FormBinder::FormBinder(std::string formName, QWidget& form, platform::NSNibOwner& owner, WidgetOfView widgetOfView)
+    : formName_(std::move(formName)), form_(form), owner_(owner), widgetOfView_(std::move(widgetOfView)) {}
+
+FormBinding FormBinder::bind(NSView& view) const {
+    const std::vector<NSOutlet> outlets = owner_.outlets();
+    const std::vector<NSNibAction> actions = owner_.actions();
+
+    FormBinding binding;
+    for (const Match& match : findMatches(outlets, actions)) tie(match, binding);
+    binding.mirror<QWidget, NSView>(form_, view, showHidden);
+    return binding;
+}
+
+std::vector<FormBinder::Match> FormBinder::findMatches(const std::vector<NSOutlet>& outlets,
+                                                       const std::vector<NSNibAction>& actions) const {
+    std::vector<Match> matches;
+    std::string misfits;
+    const auto misfit = [&](const std::string& text) { misfits += (misfits.empty() ? "" : "; ") + text; };
+
+    for (QWidget* widget : form_.findChildren<QWidget*>()) {
+        const std::string name = widget->objectName().toStdString();
+        const std::string selector = widget->property("action").toString().toStdString();
+        const NSOutlet* outlet = outletNamed(name, outlets);
+        const NSNibAction* action = actionOf(selector, actions);
+
+        if (!outlet && !name.empty() && name.back() == '_') misfit("widget " + name + " has no outlet");
+        if (outlet && !fitsOutlet(*widget, *outlet)) misfit("widget " + name + " cannot show its outlet");
+        if (!selector.empty() && !action) misfit("widget " + name + " fires " + selector + ", which is no action");
+        if (action && !canFire(*widget)) misfit("widget " + name + " cannot fire " + selector);
+        if (outlet || action) matches.push_back({*widget, outlet, action});
+    }
+    for (const NSOutlet& outlet : outlets) {
+        const bool isShown =
+            std::any_of(matches.begin(), matches.end(), [&](const Match& each) { return each.outlet == &outlet; });
+        if (!isShown) misfit("outlet " + outlet.name + " has no widget");
+    }
+
+    if (!misfits.empty()) throw std::runtime_error("form " + formName_ + " does not fit its owner: " + misfits);
+    return matches;
+}
+
+void FormBinder::tie(const Match& match, FormBinding& binding) const {
+    if (match.outlet && std::holds_alternative<NSViewController*>(match.outlet->target)) {
+        embed(*std::get<NSViewController*>(match.outlet->target), match.widget);
+        return;
+    }
+    const Pairing& pairing = pairingFor(match.widget);
+    NSView& model = match.outlet ? *std::get<NSView*>(match.outlet->target) : binding.keep(pairing.makeModel());
+    if (match.action) dynamic_cast<NSControl&>(model).setAction(match.action->perform);
+    mirrorView(match.widget, model, binding);
+    pairing.pair(match.widget, model, binding);
+}
+
+void FormBinder::embed(NSViewController& controller, QWidget& page) const {
+    // A controller without a form leaves its page empty.
+    if (QWidget* content = widgetOfView_(controller.view())) page.layout()->addWidget(content);
+}
+
+void FormBinder::mirrorView(QWidget& widget, NSView& model, FormBinding& binding) const {
+    keepPlaceWhenHidden(widget);
+    binding.mirror<QWidget, NSView>(widget, model, showHidden);
+    // A label that names a control has nothing to say without it.
+    for (QLabel* label : form_.findChildren<QLabel*>()) {
+        if (label->buddy() != &widget) continue;
+        keepPlaceWhenHidden(*label);
+        binding.mirror<QWidget, NSView>(*label, model, showHidden);
+    }
+    if (auto* control = dynamic_cast<NSControl*>(&model)) {
+        binding.mirror<QWidget, NSControl>(widget, *control, showEnabled);
+    }
+}
+
+} // namespace kelvo

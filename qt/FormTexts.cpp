@@ -1,0 +1,44 @@
+#include "qt/FormTexts.h"
+
+#include <QComboBox>
+#include <QTabWidget>
+#include <QVariant>
+
+namespace kelvo {
+
+namespace {
+
+constexpr const char* textProperties[] = {
+    "text", "title", "toolTip", "placeholderText", "accessibleName", "accessibleDescription", "windowTitle",
+};
+
+QString textFor(const QString& key, platform::NSBundle* bundle) {
+    if (key.isEmpty() || !bundle) return {};
+    return QString::fromStdString(bundle->localizedStringForKey(key.toStdString(), ""));
+}
+
+void localizeProperties(QWidget& widget, platform::NSBundle* bundle) {
+    for (const char* property : textProperties) {
+        const QString key = widget.property(property).toString();
+        if (!key.isEmpty()) widget.setProperty(property, textFor(key, bundle));
+    }
+}
+
+void localizeItems(QComboBox& comboBox, platform::NSBundle* bundle) {
+    for (int i = 0; i < comboBox.count(); ++i) comboBox.setItemText(i, textFor(comboBox.itemText(i), bundle));
+}
+
+void localizeTabs(QTabWidget& tabWidget, platform::NSBundle* bundle) {
+    for (int i = 0; i < tabWidget.count(); ++i) tabWidget.setTabText(i, textFor(tabWidget.tabText(i), bundle));
+}
+
+} // namespace
+
+void localizeTexts(QWidget& form, platform::NSBundle* bundle) {
+    localizeProperties(form, bundle);
+    for (QWidget* widget : form.findChildren<QWidget*>()) localizeProperties(*widget, bundle);
+    for (QComboBox* comboBox : form.findChildren<QComboBox*>()) localizeItems(*comboBox, bundle);
+    for (QTabWidget* tabWidget : form.findChildren<QTabWidget*>()) localizeTabs(*tabWidget, bundle);
+}
+
+} // namespace kelvo

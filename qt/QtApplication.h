@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/Application.h"
+
+#include <QPointer>
+#include <QWidget>
+
+namespace kelvo {
+
+/// What a sheet that the application ended returns; neither QDialog::Accepted nor QDialog::Rejected, nor any button of
+/// a message box.
+inline constexpr int kSheetWasEnded = -1000;
+
+/// The host application. It has no window until one is given, and does nothing without one.
+class QtApplication final : public platform::NSApplication {
+public:
+    /// The window that is activated and whose sheets are ended. It may go before the application does.
+    void setWindow(QWidget& window) { window_ = &window; }
+
+    void activateIgnoringOtherApps() override;
+    void endSheetInKeyWindow() override;
+
+private:
+    QPointer<QWidget> window_;
+};
+
+} // namespace kelvo

@@ -1,0 +1,56 @@
+#include "qt/QtNibs.h"
+
+#include "qt/FormBinder.h"
+#include "qt/FormBinding.h"
+#include "qt/FormTexts.h"
+
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+class QtNib final : public platform::NSNib {
+public:
+    QtNib(FormBinding binding, std::unique_ptr<QWidget> form) : binding_(std::move(binding)), form_(form.release()) {}
+
+    ~QtNib() override {
+        // Untied first, so that nothing the widgets do while they go reaches a model. The form belongs to whatever
+        // window it was put into as well, and has gone with it if that went first.
+        binding_.reset();
+        const std::unique_ptr<QWidget> remaining(form_.data());
+    }
+
+private:
+    std::optional<FormBinding> binding_;
+    QPointer<QWidget> form_;
+};
+
+} // namespace
+
+QtNibs::QtNibs(std::string bundleIdentifier, Forms forms)
+    : bundleIdentifier_(std::move(bundleIdentifier)), forms_(std::move(forms)) {}
+
+std::unique_ptr<platform::NSNib> QtNibs::instantiate(const std::string& name, platform::NSNibOwner& owner,
+                                                     platform::NSView& view) {
+    const auto entry = forms_.find(name);
+    if (entry == forms_.end()) throw std::runtime_error("there is no form " + name);
+
+    std::unique_ptr<QWidget> form = entry->second();
+    localizeTexts(*form, platform::NSBundle::bundleWithIdentifier(bundleIdentifier_));
+    const FormBinder binder(name, *form, owner, [this](const platform::NSView& each) { return widgetFor(each); });
+    FormBinding binding = binder.bind(view);
+
+    std::erase_if(widgets_, [](const auto& known) { return known.second.isNull(); });
+    widgets_[&view] = form.get();
+    return std::make_unique<QtNib>(std::move(binding), std::move(form));
+}
+
+QWidget* QtNibs::widgetFor(const platform::NSView& view) const {
+    const auto shown = widgets_.find(&view);
+    return shown == widgets_.end() ? nullptr : shown->second.data();
+}
+
+} // namespace kelvo

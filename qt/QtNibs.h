@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/Nib.h"
+#include "qt/Forms.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <map>
+#include <memory>
+#include <string>
+
+namespace kelvo {
+
+/// Makes widgets of forms and binds them to their owners.
+class QtNibs final : public platform::NSNibs {
+public:
+    /// The texts of `forms` come from the loaded bundle of that identifier.
+    QtNibs(std::string bundleIdentifier, Forms forms);
+
+    [[nodiscard]] std::unique_ptr<platform::NSNib> instantiate(const std::string& name, platform::NSNibOwner& owner,
+                                                               platform::NSView& view) override;
+
+    /// The widget that shows `view`, for a host or an outer form to put in its place; null when the view has no form.
+    [[nodiscard]] QWidget* widgetFor(const platform::NSView& view) const;
+
+private:
+    std::string bundleIdentifier_;
+    Forms forms_;
+    std::map<const platform::NSView*, QPointer<QWidget>> widgets_;
+};
+
+} // namespace kelvo

@@ -1,0 +1,153 @@
+#include "TDUtilities.h"
+
+#include "TDNames.h"
+#include "platform/Bundle.h"
+#include "platform/Files.h"
+#include "platform/Log.h"
+#include "platform/MessagePorts.h"
+
+using platform::NSFileManager;
+using platform::Value;
+
+namespace {
+
+/// Each of the two waits of a send may take this long.
+constexpr double kSendTimeoutSeconds = 1.0;
+constexpr double kReceiveTimeoutSeconds = 1.0;
+
+std::string userPreferencesFolder() {
+    return NSFileManager::defaultManager().homeDirectory() + "/Library/Preferences/";
+}
+
+std::string productFolderInApplicationSupport() {
+    return "/Library/Application Support/" + localizedString("PreferenceFolderName");
+}
+
+void createFolderIfMissing(const std::string& path) {
+    NSFileManager& files = NSFileManager::defaultManager();
+    if (!files.fileExistsAtPath(path)) files.createDirectoryAtPath(path);
+}
+
+platform::NSMutableDictionary settingsDefaults() {
+    auto defaults = platform::NSMutableDictionary::dictionary();
+    defaults.setObjectForKey(32, keys::doubleClickRange);
+    defaults.setObjectForKey(0.5, keys::doubleClickRate);
+    // Stored twice on purpose: the file ends up with a boolean, which reads as the unrotated state like the number.
+    defaults.setObjectForKey(0, keys::rotateMode);
+    defaults.setObjectForKey(false, keys::rotateMode);
+    defaults.setObjectForKey("0.8.0.3", keys::driverVersion);
+    return defaults;
+}
+
+platform::NSMutableDictionary utilitiesDefaults() {
+    auto defaults = platform::NSMutableDictionary::dictionary();
+    defaults.setObjectForKey(0, keys::selectedMenuItem);
+    defaults.setObjectForKey(true, keys::isShowStatuMenu);
+    defaults.setObjectForKey(true, keys::driverEnable);
+    defaults.setObjectForKey(platform::NSMutableArray::arrayWithObjects(), keys::currentDeviceType);
+    defaults.setObjectForKey(false, keys::verboseLog);
+    return defaults;
+}
+
+platform::NSMutableDictionary readOrCreate(const std::string& path, platform::NSMutableDictionary (*defaults)()) {
+    if (!NSFileManager::defaultManager().fileExistsAtPath(path)) (void)defaults().writeToFileAtomically(path);
+    return platform::NSMutableDictionary::dictionaryWithContentsOfFile(path);
+}
+
+} // namespace
+
+std::string localizedString(std::string_view key, std::string_view value) {
+    platform::NSBundle* bundle = platform::NSBundle::bundleWithIdentifier(kPaneBundleIdentifier);
+    return bundle ? bundle->localizedStringForKey(key, value) : std::string(value);
+}
+
+std::string getSettingsFileName(const std::optional<std::string>& name) {
+    return "Settings_" + platform::stringWithFormat("%@.plist", {name});
+}
+
+std::string getPreferenceFolderPath() {
+    const std::string path = userPreferencesFolder() + localizedString("PreferenceFolderName");
+    createFolderIfMissing(path);
+    return path;
+}
+
+std::string getSettingsFilePath(const std::optional<std::string>& name) {
+    return platform::stringByAppendingPathComponent(getPreferenceFolderPath(), getSettingsFileName(name));
+}
+
+std::string getUilitiesFilePath() {
+    return platform::stringByAppendingPathComponent(getPreferenceFolderPath(), "Utilities.plist");
+}
+
+std::string getAdvanceCalibrationFilePath() {
+    return platform::stringByAppendingPathComponent(getPreferenceFolderPath(), "advanceCalibrationPoints.plist");
+}
+
+std::string getGlobalPreferenceFilePath() { return userPreferencesFolder() + ".GlobalPreferences.plist"; }
+
+std::string getDockPreferenceFilePath() { return userPreferencesFolder() + "com.apple.dock.plist"; }
+
+std::string getSystemPreferenceFolderPath() {
+    const std::string path =
+        NSFileManager::defaultManager().localLibraryDirectory() + "/Preferences/" + "KelvoTouchDisplay";
+    createFolderIfMissing(path);
+    return path;
+}
+
+std::string getSupportDeviceListFilePath() { return getSystemPreferenceFolderPath() + "/DeviceList.plist"; }
+
+std::string getSupportResolutionListFilePath() {
+    return getSystemPreferenceFolderPath() + "/SupportResolutionList.plist";
+}
+
+std::string utilitiesAppInStatusBarFullPath() {
+    return productFolderInApplicationSupport() + "/StatusBarApp/KelvoTouchDisplaySettingUtility.app";
+}
+
+std::string calibrationToolFullPath() {
+    return productFolderInApplicationSupport() + "/CalibrationTool/CalibrationTool.app";
+}
+
+platform::NSMutableDictionary readSettingItemsFromPlist(const std::string& path) {
+    return readOrCreate(path, settingsDefaults);
+}
+
+platform::NSMutableDictionary readUtilitiesDictionary() {
+    return readOrCreate(getUilitiesFilePath(), utilitiesDefaults);
+}
+
+bool saveSettingItemsToPlist(const platform::NSMutableDictionary& items, const std::string& path) {
+    auto contents = NSFileManager::defaultManager().fileExistsAtPath(path)
+                        ? platform::NSMutableDictionary::dictionaryWithContentsOfFile(path)
+                        : platform::NSMutableDictionary::dictionary();
+    for (const std::string& key : items.allKeys()) contents.setObjectForKey(items.objectForKey(key), key);
+    return contents.writeToFileAtomically(path);
+}
+
+void sendToPort(const std::string& portName, const platform::NSMutableDictionary& dictionary, std::int32_t messageId) {
+    Value object = dictionary;
+    const auto data = Helpers::NSDate::dataWithContentsOfDictionary(object);
+    const auto remotePort = platform::CFMessagePorts::current().createRemote(portName);
+    if (!remotePort || !data) return;
+    platform::NSData unreadReply;
+    remotePort->sendRequest(messageId, *data, kSendTimeoutSeconds, kReceiveTimeoutSeconds, unreadReply);
+}
+
+void resetDeviceParameter(const platform::NSMutableDictionary& dictionary, std::int32_t messageId) {
+    sendToPort(kTouchDisplayDriverPortName, dictionary, messageId);
+}
+
+void sendDisplayStateToStatusBarState(const platform::NSMutableDictionary& dictionary, std::int32_t messageId) {
+    sendToPort(kStatusBarPortName, dictionary, messageId);
+}
+
+std::optional<platform::NSData> Helpers::NSDate::dataWithContentsOfDictionary(Value& object) {
+    if (object.dictionary()) return platform::PropertyLists::current().createXMLData(object);
+    object = Value();
+    return std::nullopt;
+}
+
+platform::NSMutableDictionary
+Helpers::NSMutableDictionary::dictionaryWithContentsOfData(std::span<const std::uint8_t> data) {
+    return platform::PropertyLists::current().createFromXMLData(data).dictionary();
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// A loadable bundle on disk.
+class NSBundle {
+public:
+    NSBundle() = default;
+    NSBundle(const NSBundle&) = delete;
+    NSBundle& operator=(const NSBundle&) = delete;
+    virtual ~NSBundle();
+
+    /// The loaded bundle of that identifier; null when there is none.
+    static NSBundle* bundleWithIdentifier(std::string_view identifier);
+
+    /// The text of `key` in the default strings table of the user's language, with English behind it; `value` where
+    /// neither has an entry.
+    [[nodiscard]] virtual std::string localizedStringForKey(std::string_view key, std::string_view value) = 0;
+};
+
+/// Knows the bundles loaded into this process.
+class NSBundles {
+public:
+    NSBundles() = default;
+    NSBundles(const NSBundles&) = delete;
+    NSBundles& operator=(const NSBundles&) = delete;
+    virtual ~NSBundles();
+
+    [[nodiscard]] virtual NSBundle* bundleWithIdentifier(std::string_view identifier) = 0;
+};
+
+} // namespace platform

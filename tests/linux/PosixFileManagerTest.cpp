@@ -1,0 +1,316 @@
+#include "linux/PosixFileManager.h"
+
+#include "support/EnvironmentVariable.h"
+#include "support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <pwd.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using kelvo::PosixFileManager;
+namespace fs = std::filesystem;
+
+platform::NSData bytes(std::string_view text) { return {text.begin(), text.end()}; }
+
+mode_t modeOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+    return status.st_mode & 07777U;
+}
+
+/// The names in a folder, hidden ones included.
+std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+class Umask {
+public:
+    explicit Umask(mode_t mask) : previous_(::umask(mask)) {}
+    Umask(const Umask&) = delete;
+    Umask& operator=(const Umask&) = delete;
+    ~Umask() { ::umask(previous_); }
+
+private:
+    mode_t previous_;
+};
+
+/// Makes every file of this process end at so many bytes, as a full disk would.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t size) : previousAction_(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &previous_);
+        const rlimit limit{size, previous_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &previous_);
+        (void)std::signal(SIGXFSZ, previousAction_);
+    }
+
+private:
+    rlimit previous_{};
+    void (*previousAction_)(int);
+};
+
+/// A disk of 64 KiB.
+class SmallDisk {
+public:
+    explicit SmallDisk(std::string path) : path_(std::move(path)) {
+        fs::create_directory(path_);
+        isMounted_ = ::mount("none", path_.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "size=64k") == 0;
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+    ~SmallDisk() {
+        if (isMounted_) ::umount(path_.c_str());
+    }
+    [[nodiscard]] bool isMounted() const { return isMounted_; }
+
+private:
+    std::string path_;
+    bool isMounted_ = false;
+};
+
+TEST(PosixFileManager, HomeIsTheVariableWithoutTrailingSlashes) {
+    const EnvironmentVariable home("HOME", "/home/somebody//");
+    EXPECT_EQ(PosixFileManager().homeDirectory(), "/home/somebody");
+}
+
+TEST(PosixFileManager, HomeAtTheRootStaysTheRoot) {
+    const EnvironmentVariable home("HOME", "/");
+    EXPECT_EQ(PosixFileManager().homeDirectory(), "/");
+}
+
+TEST(PosixFileManager, HomeComesFromThePasswordDatabaseWhenTheVariableIsMissingOrEmpty) {
+    const passwd* user = ::getpwuid(::getuid());
+    if (!user) GTEST_SKIP() << "this user is not in the password database";
+    const std::string expected = user->pw_dir;
+    {
+        const EnvironmentVariable missing("HOME", std::nullopt);
+        EXPECT_EQ(PosixFileManager().homeDirectory(), expected);
+    }
+    const EnvironmentVariable empty("HOME", "");
+    EXPECT_EQ(PosixFileManager().homeDirectory(), expected);
+}
+
+TEST(PosixFileManager, LocalLibraryIsTheVariableElseTheBuildSetting) {
+    {
+        const EnvironmentVariable library("KELVO_LOCAL_LIBRARY", "/somewhere/Library/");
+        EXPECT_EQ(PosixFileManager().localLibraryDirectory(), "/somewhere/Library");
+    }
+    std::string setting;
+    {
+        const EnvironmentVariable missing("KELVO_LOCAL_LIBRARY", std::nullopt);
+        setting = PosixFileManager().localLibraryDirectory();
+    }
+    EXPECT_TRUE(setting.starts_with('/'));
+    const EnvironmentVariable empty("KELVO_LOCAL_LIBRARY", "");
+    EXPECT_EQ(PosixFileManager().localLibraryDirectory(), setting);
+}
+
+TEST(PosixFileManager, FilesFoldersAndLinksToThemExistAndDanglingLinksDoNot) {
+    const TemporaryDirectory directory;
+    const std::string file = directory.write("file", "x");
+    fs::create_symlink(file, directory.path("link"));
+    fs::create_symlink("nothing", directory.path("dangling"));
+    PosixFileManager files;
+    EXPECT_TRUE(files.fileExistsAtPath(file));
+    EXPECT_TRUE(files.fileExistsAtPath(directory.path()));
+    EXPECT_TRUE(files.fileExistsAtPath(directory.path("link")));
+    EXPECT_FALSE(files.fileExistsAtPath(directory.path("dangling")));
+    EXPECT_FALSE(files.fileExistsAtPath(directory.path("missing")));
+    EXPECT_FALSE(files.fileExistsAtPath(""));
+}
+
+TEST(PosixFileManager, FoldersAreMadeWithTheirParentsAndNobodyElseMayWriteInThem) {
+    const TemporaryDirectory directory;
+    const Umask open(0);
+    PosixFileManager().createDirectoryAtPath(directory.path("a//b/c/"));
+    EXPECT_EQ(modeOf(directory.path("a")), 0755U);
+    EXPECT_EQ(modeOf(directory.path("a/b/c")), 0755U);
+}
+
+TEST(PosixFileManager, TheUmaskTakesAwayFromNewFolders) {
+    const TemporaryDirectory directory;
+    const Umask strict(077);
+    PosixFileManager().createDirectoryAtPath(directory.path("a/b"));
+    EXPECT_EQ(modeOf(directory.path("a/b")), 0700U);
+}
+
+TEST(PosixFileManager, FolderUnderAFileStaysMissing) {
+    const TemporaryDirectory directory;
+    directory.write("file", "x");
+    PosixFileManager files;
+    files.createDirectoryAtPath(directory.path("file/folder"));
+    EXPECT_FALSE(files.fileExistsAtPath(directory.path("file/folder")));
+    EXPECT_EQ(directory.read("file"), "x");
+}
+
+TEST(PosixFileManager, ContentsAreWhole) {
+    const TemporaryDirectory directory;
+    const std::string large(200'001, 'x');
+    PosixFileManager files;
+    EXPECT_EQ(files.contentsAtPath(directory.write("large", large)), bytes(large));
+    EXPECT_EQ(files.contentsAtPath(directory.write("empty", "")), platform::NSData());
+}
+
+TEST(PosixFileManager, WhatIsNoRegularFileHasNoContents) {
+    const TemporaryDirectory directory;
+    ASSERT_EQ(::mkfifo(directory.path("pipe").c_str(), 0600), 0);
+    PosixFileManager files;
+    EXPECT_EQ(files.contentsAtPath(directory.path("pipe")), std::nullopt);
+    EXPECT_EQ(files.contentsAtPath(directory.path()), std::nullopt);
+    EXPECT_EQ(files.contentsAtPath("/dev/zero"), std::nullopt);
+    EXPECT_EQ(files.contentsAtPath(directory.path("missing")), std::nullopt);
+}
+
+TEST(PosixFileManager, SparseFileBeyondTheLimitHasNoContents) {
+    const TemporaryDirectory directory;
+    const std::string file = directory.write("huge", "");
+    fs::resize_file(file, (std::uintmax_t{256} << 20U) + 1);
+    EXPECT_EQ(PosixFileManager().contentsAtPath(file), std::nullopt);
+}
+
+TEST(PosixFileManager, NewFileIsItsOwnersAlone) {
+    const TemporaryDirectory directory;
+    const Umask open(0);
+    EXPECT_TRUE(PosixFileManager().writeAtomically(directory.path("new"), bytes("text")));
+    EXPECT_EQ(directory.read("new"), "text");
+    EXPECT_EQ(modeOf(directory.path("new")), 0600U);
+}
+
+TEST(PosixFileManager, ReplacedFileKeepsItsModeWhateverTheUmask) {
+    const TemporaryDirectory directory;
+    const std::string file = directory.write("file", "old");
+    ASSERT_EQ(::chmod(file.c_str(), 0664), 0);
+    const Umask strict(077);
+    EXPECT_TRUE(PosixFileManager().writeAtomically(file, bytes("new")));
+    EXPECT_EQ(directory.read("file"), "new");
+    EXPECT_EQ(modeOf(file), 0664U);
+}
+
+TEST(PosixFileManager, WriteLeavesNothingBesideTheFile) {
+    const TemporaryDirectory directory;
+    EXPECT_TRUE(PosixFileManager().writeAtomically(directory.path("file"), {}));
+    EXPECT_EQ(namesIn(directory.path()), std::vector<std::string>{"file"});
+}
+
+TEST(PosixFileManager, ReaderOfTheOldFileKeepsReadingTheOldFile) {
+    const TemporaryDirectory directory;
+    std::ifstream reader(directory.write("file", "old text"));
+    ASSERT_TRUE(PosixFileManager().writeAtomically(directory.path("file"), bytes("new")));
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), "old text");
+}
+
+TEST(PosixFileManager, LinkStaysAndItsTargetIsReplaced) {
+    const TemporaryDirectory directory;
+    directory.write("real/file", "old");
+    fs::create_symlink("real/file", directory.path("inner"));
+    fs::create_symlink(directory.path("inner"), directory.path("outer"));
+    EXPECT_TRUE(PosixFileManager().writeAtomically(directory.path("outer"), bytes("new")));
+    EXPECT_TRUE(fs::is_symlink(directory.path("outer")));
+    EXPECT_TRUE(fs::is_symlink(directory.path("inner")));
+    EXPECT_EQ(directory.read("real/file"), "new");
+    EXPECT_EQ(namesIn(directory.path("real")), std::vector<std::string>{"file"});
+}
+
+TEST(PosixFileManager, TargetOfADanglingLinkIsCreated) {
+    const TemporaryDirectory directory;
+    fs::create_symlink("target", directory.path("link"));
+    EXPECT_TRUE(PosixFileManager().writeAtomically(directory.path("link"), bytes("text")));
+    EXPECT_TRUE(fs::is_symlink(directory.path("link")));
+    EXPECT_EQ(directory.read("target"), "text");
+}
+
+TEST(PosixFileManager, LinksInACircleCannotBeWritten) {
+    const TemporaryDirectory directory;
+    fs::create_symlink("b", directory.path("a"));
+    fs::create_symlink("a", directory.path("b"));
+    EXPECT_FALSE(PosixFileManager().writeAtomically(directory.path("a"), bytes("text")));
+    EXPECT_EQ(namesIn(directory.path()), (std::vector<std::string>{"a", "b"}));
+}
+
+TEST(PosixFileManager, OnlyARegularFileIsReplaced) {
+    const TemporaryDirectory directory;
+    fs::create_directory(directory.path("folder"));
+    ASSERT_EQ(::mkfifo(directory.path("pipe").c_str(), 0600), 0);
+    PosixFileManager files;
+    EXPECT_FALSE(files.writeAtomically(directory.path("folder"), bytes("text")));
+    EXPECT_FALSE(files.writeAtomically(directory.path("pipe"), bytes("text")));
+    EXPECT_FALSE(files.writeAtomically(directory.path("missing/file"), bytes("text")));
+    EXPECT_FALSE(files.writeAtomically(directory.path("new/"), bytes("text")));
+    EXPECT_FALSE(files.writeAtomically("", bytes("text")));
+    EXPECT_EQ(namesIn(directory.path()), (std::vector<std::string>{"folder", "pipe"}));
+}
+
+TEST(PosixFileManager, FileThatCannotBeFinishedLeavesTheOldOne) {
+    const TemporaryDirectory directory;
+    const std::string file = directory.write("file", "old");
+    bool written = true;
+    {
+        const FileSizeLimit limit(1000);
+        written = PosixFileManager().writeAtomically(file, platform::NSData(1001));
+    }
+    EXPECT_FALSE(written);
+    EXPECT_EQ(directory.read("file"), "old");
+    EXPECT_EQ(namesIn(directory.path()), std::vector<std::string>{"file"});
+}
+
+TEST(PosixFileManager, FullDiskLeavesTheOldFile) {
+    const TemporaryDirectory directory;
+    const SmallDisk disk(directory.path("disk"));
+    if (!disk.isMounted()) GTEST_SKIP() << "no disk can be mounted here";
+    const std::string file = directory.write("disk/file", "old");
+    EXPECT_FALSE(PosixFileManager().writeAtomically(file, platform::NSData(1'000'000)));
+    EXPECT_EQ(directory.read("disk/file"), "old");
+    EXPECT_EQ(namesIn(directory.path("disk")), std::vector<std::string>{"file"});
+}
+
+TEST(PosixFileManager, LongestFileNameCanBeWritten) {
+    const TemporaryDirectory directory;
+    const std::string name(255, 'n');
+    EXPECT_TRUE(PosixFileManager().writeAtomically(directory.path(name), bytes("text")));
+    EXPECT_EQ(namesIn(directory.path()), std::vector<std::string>{name});
+}
+
+TEST(PosixFileManager, PathWithANulNamesNothing) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.write("file", "old") + std::string("\0tail", 5);
+    const std::string folder = directory.path("folder") + std::string("\0tail", 5);
+    PosixFileManager files;
+    EXPECT_FALSE(files.fileExistsAtPath(path));
+    EXPECT_EQ(files.contentsAtPath(path), std::nullopt);
+    EXPECT_FALSE(files.writeAtomically(path, bytes("new")));
+    files.createDirectoryAtPath(folder);
+    EXPECT_EQ(namesIn(directory.path()), std::vector<std::string>{"file"});
+    EXPECT_EQ(directory.read("file"), "old");
+}
+
+TEST(PosixFileManager, PathLongerThanTheSystemTakesFails) {
+    const TemporaryDirectory directory;
+    std::string path = directory.path();
+    while (path.size() <= 5000) path += "/folder";
+    PosixFileManager files;
+    EXPECT_FALSE(files.fileExistsAtPath(path));
+    EXPECT_EQ(files.contentsAtPath(path), std::nullopt);
+    EXPECT_FALSE(files.writeAtomically(path, bytes("text")));
+}
+
+} // namespace

@@ -1,0 +1,513 @@
+#include "qt/FormBinder.h"
+#include "qt/ToolkitPlatform.h"
+
+#include <QAbstractItemView>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QSlider>
+#include <QStackedWidget>
+#include <QTabWidget>
+#include <QTest>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+
+namespace kelvo {
+
+namespace {
+
+using platform::NSButton;
+using platform::NSPopUpButton;
+using platform::NSTabView;
+using platform::NSTextField;
+using platform::NSView;
+using platform::NSViewController;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// Publishes what a test gives it, and records which actions fired.
+class Owner : public platform::NSNibOwner {
+public:
+    std::vector<platform::NSOutlet> published;
+    std::vector<std::string> selectors;
+    std::vector<std::string> fired;
+
+    [[nodiscard]] std::vector<platform::NSOutlet> outlets() override { return published; }
+    [[nodiscard]] std::vector<platform::NSNibAction> actions() override {
+        std::vector<platform::NSNibAction> actions;
+        for (const std::string& selector : selectors) {
+            actions.push_back({selector, [this, selector](platform::NSControl&) { fired.push_back(selector); }});
+        }
+        return actions;
+    }
+};
+
+/// A form of the widgets that a test adds, one below the other.
+class FormBinderTest : public testing::Test {
+protected:
+    template <typename Widget>
+    Widget& add(const char* name, const char* action = nullptr) {
+        auto widget = std::make_unique<Widget>();
+        widget->setObjectName(name);
+        if (action) widget->setProperty("action", action);
+        rows_->addWidget(widget.get());
+        return *widget.release();
+    }
+
+    void bind() {
+        const FormBinder binder("TestForm", form_, owner_, [this](const NSView& view) { return widgetOf_(view); });
+        binding_.emplace(binder.bind(view_));
+    }
+
+    /// What a form and an owner that do not fit say about it.
+    std::string misfit() {
+        try {
+            bind();
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    void show() {
+        form_.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&form_));
+    }
+
+    ToolkitPlatform platform_;
+    Owner owner_;
+    NSView view_;
+    QWidget form_;
+    QVBoxLayout* rows_ = std::make_unique<QVBoxLayout>(&form_).release();
+    std::function<QWidget*(const NSView&)> widgetOf_ = [](const NSView&) { return nullptr; };
+    std::optional<FormBinding> binding_;
+};
+
+TEST_F(FormBinderTest, OutletWithoutAWidgetIsAnErrorThatNamesFormAndOutlet) {
+    NSButton button;
+    owner_.published = {{"lonely_", &button}};
+    EXPECT_EQ(misfit(), "form TestForm does not fit its owner: outlet lonely_ has no widget");
+}
+
+TEST_F(FormBinderTest, NamedWidgetWithoutAnOutletIsAnErrorThatNamesFormAndWidget) {
+    add<QCheckBox>("orphan_");
+    EXPECT_EQ(misfit(), "form TestForm does not fit its owner: widget orphan_ has no outlet");
+}
+
+TEST_F(FormBinderTest, UnknownActionIsAnErrorThatNamesFormWidgetAndSelector) {
+    add<QPushButton>("button", "explode:");
+    EXPECT_EQ(misfit(), "form TestForm does not fit its owner: widget button fires explode:, which is no action");
+}
+
+TEST_F(FormBinderTest, WidgetOfAnotherTypeThanItsOutletIsAnErrorThatNamesBoth) {
+    NSPopUpButton popUp;
+    add<QLabel>("choice_");
+    owner_.published = {{"choice_", &popUp}};
+    EXPECT_EQ(misfit(), "form TestForm does not fit its owner: widget choice_ cannot show its outlet");
+}
+
+TEST_F(FormBinderTest, ControlCannotBeShownByAWidgetThatOnlyHoldsOthers) {
+    NSButton button;
+    add<QWidget>("button_");
+    owner_.published = {{"button_", &button}};
+    EXPECT_THAT(misfit(), HasSubstr("widget button_ cannot show its outlet"));
+}
+
+TEST_F(FormBinderTest, WidgetThatNoPairingKnowsCannotShowAControl) {
+    NSButton button;
+    add<QSlider>("slider_");
+    owner_.published = {{"slider_", &button}};
+    EXPECT_THAT(misfit(), HasSubstr("widget slider_ cannot show its outlet"));
+}
+
+TEST_F(FormBinderTest, WidgetThatTheUserCannotActOnCannotFire) {
+    add<QLabel>("label", "explode:");
+    owner_.selectors = {"explode:"};
+    EXPECT_EQ(misfit(), "form TestForm does not fit its owner: widget label cannot fire explode:");
+}
+
+TEST_F(FormBinderTest, PageWithoutALayoutCannotHoldAForm) {
+    NSViewController controller("");
+    add<QWidget>("page_");
+    owner_.published = {{"page_", &controller}};
+    EXPECT_THAT(misfit(), HasSubstr("widget page_ cannot show its outlet"));
+}
+
+TEST_F(FormBinderTest, OutletThatPointsNowhereIsAnError) {
+    add<QCheckBox>("nothing_");
+    owner_.published = {{"nothing_", static_cast<NSView*>(nullptr)}};
+    EXPECT_THAT(misfit(), HasSubstr("widget nothing_ cannot show its outlet"));
+}
+
+TEST_F(FormBinderTest, EveryMisfitIsNamedAtOnceAndNothingIsTied) {
+    NSPopUpButton popUp;
+    NSButton button;
+    add<QComboBox>("choice_").addItem("item");
+    add<QCheckBox>("orphan_");
+    owner_.published = {{"choice_", &popUp}, {"lonely_", &button}};
+
+    const std::string message = misfit();
+
+    EXPECT_THAT(message, HasSubstr("orphan_"));
+    EXPECT_THAT(message, HasSubstr("lonely_"));
+    EXPECT_THAT(popUp.itemTitles(), IsEmpty());
+}
+
+TEST_F(FormBinderTest, NamesOfTheLayoutNeedNoOutlet) {
+    add<QLabel>("heading");
+    add<QWidget>("");
+    EXPECT_EQ(misfit(), "");
+}
+
+TEST_F(FormBinderTest, OutletMayHaveANameThatDoesNotEndInAnUnderscore) {
+    NSTextField text;
+    text.setStringValue("shown");
+    QLabel& label = add<QLabel>("m_title");
+    owner_.published = {{"m_title", &text}};
+    bind();
+    EXPECT_EQ(label.text(), "shown");
+}
+
+TEST_F(FormBinderTest, BindingFiresNothing) {
+    NSPopUpButton popUp;
+    NSButton button(NSButton::Type::Switch);
+    button.setState(1);
+    NSTabView tabView;
+    QComboBox& comboBox = add<QComboBox>("choice_", "choose:");
+    comboBox.addItems({"first", "second"});
+    add<QCheckBox>("check_", "check:");
+    QTabWidget& tabs = add<QTabWidget>("tabs_");
+    tabs.addTab(std::make_unique<QWidget>().release(), "one");
+    tabs.addTab(std::make_unique<QWidget>().release(), "two");
+    tabs.setCurrentIndex(1);
+    owner_.published = {{"choice_", &popUp}, {"check_", &button}, {"tabs_", &tabView}};
+    owner_.selectors = {"choose:", "check:"};
+
+    bind();
+
+    EXPECT_THAT(owner_.fired, IsEmpty());
+    EXPECT_EQ(button.state(), 1);
+    EXPECT_EQ(tabView.indexOfSelectedTabViewItem(), 0);
+    EXPECT_EQ(tabs.currentIndex(), 0);
+}
+
+TEST_F(FormBinderTest, ItemsOfTheFormGoIntoAnEmptyPopUp) {
+    NSPopUpButton popUp;
+    add<QComboBox>("choice_").addItems({"first", "second"});
+    owner_.published = {{"choice_", &popUp}};
+    bind();
+    EXPECT_THAT(popUp.itemTitles(), ElementsAre("first", "second"));
+    EXPECT_EQ(popUp.indexOfSelectedItem(), 0);
+}
+
+TEST_F(FormBinderTest, PopUpThatHasItemsKeepsThem) {
+    NSPopUpButton popUp;
+    popUp.addItemWithTitle("own");
+    QComboBox& comboBox = add<QComboBox>("choice_");
+    comboBox.addItem("of the form");
+    owner_.published = {{"choice_", &popUp}};
+    bind();
+    EXPECT_THAT(popUp.itemTitles(), ElementsAre("own"));
+    EXPECT_EQ(comboBox.count(), 1);
+    EXPECT_EQ(comboBox.itemText(0), "own");
+}
+
+TEST_F(FormBinderTest, TextOfTheFormGoesIntoAnEmptyTextField) {
+    NSTextField text;
+    add<QLabel>("text_").setText("of the form");
+    owner_.published = {{"text_", &text}};
+    bind();
+    EXPECT_EQ(text.stringValue(), "of the form");
+}
+
+TEST_F(FormBinderTest, PagesOfAStackBecomeTabsNamedAsThePagesAre) {
+    NSTabView tabView;
+    QStackedWidget& stack = add<QStackedWidget>("tabs_");
+    for (const char* name : {"one", "two"}) {
+        stack.addWidget(std::make_unique<QWidget>().release());
+        stack.widget(stack.count() - 1)->setAccessibleName(name);
+    }
+    owner_.published = {{"tabs_", &tabView}};
+
+    bind();
+    tabView.selectTabViewItemAtIndex(1);
+
+    EXPECT_EQ(tabView.numberOfTabViewItems(), 2);
+    EXPECT_EQ(stack.currentIndex(), 1);
+}
+
+TEST_F(FormBinderTest, ChangesByTheProgramAreShownAndFireNothing) {
+    NSPopUpButton popUp;
+    NSButton button(NSButton::Type::Switch);
+    NSTextField text;
+    QComboBox& comboBox = add<QComboBox>("choice_", "choose:");
+    comboBox.addItems({"first", "second"});
+    QCheckBox& checkBox = add<QCheckBox>("check_", "check:");
+    QLabel& label = add<QLabel>("text_");
+    owner_.published = {{"choice_", &popUp}, {"check_", &button}, {"text_", &text}};
+    owner_.selectors = {"choose:", "check:"};
+    bind();
+
+    popUp.removeAllItems();
+    popUp.addItemWithTitle("KD-55");
+    popUp.addItemWithTitle("KD-65");
+    popUp.selectItemAtIndex(1);
+    button.setState(1);
+    text.setStringValue("an alert");
+
+    EXPECT_EQ(comboBox.currentText(), "KD-65");
+    EXPECT_EQ(comboBox.count(), 2);
+    EXPECT_TRUE(checkBox.isChecked());
+    EXPECT_EQ(label.text(), "an alert");
+    EXPECT_THAT(owner_.fired, IsEmpty());
+}
+
+TEST_F(FormBinderTest, MixedStateIsShownAsPartlyChecked) {
+    NSButton button(NSButton::Type::Switch);
+    QCheckBox& checkBox = add<QCheckBox>("check_");
+    owner_.published = {{"check_", &button}};
+    bind();
+    button.setState(-1);
+    EXPECT_EQ(checkBox.checkState(), Qt::PartiallyChecked);
+}
+
+TEST_F(FormBinderTest, HiddenControlTakesTheLabelThatNamesItAlong) {
+    NSPopUpButton popUp;
+    QLabel& label = add<QLabel>("label");
+    QComboBox& comboBox = add<QComboBox>("choice_");
+    label.setBuddy(&comboBox);
+    owner_.published = {{"choice_", &popUp}};
+    bind();
+
+    popUp.setHidden(true);
+    EXPECT_TRUE(comboBox.isHidden());
+    EXPECT_TRUE(label.isHidden());
+
+    popUp.setHidden(false);
+    EXPECT_FALSE(comboBox.isHidden());
+    EXPECT_FALSE(label.isHidden());
+}
+
+TEST_F(FormBinderTest, HidingAViewMovesNothingElse) {
+    NSButton upper;
+    add<QPushButton>("upper_");
+    QLabel& lower = add<QLabel>("lower");
+    lower.setText("stays");
+    owner_.published = {{"upper_", &upper}};
+    bind();
+    show();
+    const QRect before = lower.geometry();
+
+    upper.setHidden(true);
+    rows_->activate();
+
+    EXPECT_EQ(lower.geometry(), before);
+}
+
+TEST_F(FormBinderTest, HidingTheViewHidesTheForm) {
+    bind();
+    view_.setHidden(true);
+    EXPECT_TRUE(form_.isHidden());
+}
+
+TEST_F(FormBinderTest, BoundFormDoesNotBecomeAWindowByItself) {
+    bind();
+    view_.setHidden(false);
+    EXPECT_FALSE(form_.isVisible());
+}
+
+TEST_F(FormBinderTest, ClickOnACheckBoxChangesTheControlAndFires) {
+    NSButton button(NSButton::Type::Switch);
+    QCheckBox& checkBox = add<QCheckBox>("check_", "check:");
+    owner_.published = {{"check_", &button}};
+    owner_.selectors = {"check:"};
+    bind();
+    show();
+
+    QTest::mouseClick(&checkBox, Qt::LeftButton, {}, {8, checkBox.height() / 2});
+
+    EXPECT_EQ(button.state(), 1);
+    EXPECT_TRUE(checkBox.isChecked());
+    EXPECT_THAT(owner_.fired, ElementsAre("check:"));
+}
+
+TEST_F(FormBinderTest, SpaceKeyOnACheckBoxChangesTheControlAndFires) {
+    NSButton button(NSButton::Type::Switch);
+    QCheckBox& checkBox = add<QCheckBox>("check_", "check:");
+    owner_.published = {{"check_", &button}};
+    owner_.selectors = {"check:"};
+    bind();
+    show();
+
+    QTest::keyClick(&checkBox, Qt::Key_Space);
+
+    EXPECT_EQ(button.state(), 1);
+    EXPECT_THAT(owner_.fired, ElementsAre("check:"));
+}
+
+TEST_F(FormBinderTest, ButtonsThatOnlyFireNeedNoOutlet) {
+    QPushButton& pushButton = add<QPushButton>("", "push:");
+    QToolButton& toolButton = add<QToolButton>("", "use:");
+    owner_.selectors = {"push:", "use:"};
+    bind();
+    show();
+
+    QTest::mouseClick(&pushButton, Qt::LeftButton);
+    QTest::mouseClick(&toolButton, Qt::LeftButton);
+
+    EXPECT_THAT(owner_.fired, ElementsAre("push:", "use:"));
+}
+
+TEST_F(FormBinderTest, DisabledControlsAreDeafToMouseAndKeys) {
+    NSButton button(NSButton::Type::Switch);
+    NSPopUpButton popUp;
+    QCheckBox& checkBox = add<QCheckBox>("check_", "check:");
+    QComboBox& comboBox = add<QComboBox>("choice_", "choose:");
+    comboBox.addItems({"first", "second"});
+    owner_.published = {{"check_", &button}, {"choice_", &popUp}};
+    owner_.selectors = {"check:", "choose:"};
+    bind();
+    show();
+    button.setEnabled(false);
+    popUp.setEnabled(false);
+
+    QTest::mouseClick(&checkBox, Qt::LeftButton, {}, {8, checkBox.height() / 2});
+    QTest::keyClick(&comboBox, Qt::Key_Down);
+
+    EXPECT_EQ(button.state(), 0);
+    EXPECT_EQ(popUp.indexOfSelectedItem(), 0);
+    EXPECT_THAT(owner_.fired, IsEmpty());
+}
+
+TEST_F(FormBinderTest, DownKeyOnAPopUpSelectsTheNextItemAndFires) {
+    NSPopUpButton popUp;
+    QComboBox& comboBox = add<QComboBox>("choice_", "choose:");
+    comboBox.addItems({"first", "second"});
+    owner_.published = {{"choice_", &popUp}};
+    owner_.selectors = {"choose:"};
+    bind();
+    show();
+
+    QTest::keyClick(&comboBox, Qt::Key_Down);
+
+    EXPECT_EQ(popUp.indexOfSelectedItem(), 1);
+    EXPECT_THAT(owner_.fired, ElementsAre("choose:"));
+}
+
+TEST_F(FormBinderTest, PickingTheSelectedItemAgainFiresAgain) {
+    NSPopUpButton popUp;
+    QComboBox& comboBox = add<QComboBox>("choice_", "choose:");
+    comboBox.addItems({"first", "second"});
+    owner_.published = {{"choice_", &popUp}};
+    owner_.selectors = {"choose:"};
+    bind();
+    show();
+
+    comboBox.showPopup();
+    QTest::keyClick(comboBox.view(), Qt::Key_Enter);
+
+    EXPECT_EQ(popUp.indexOfSelectedItem(), 0);
+    EXPECT_THAT(owner_.fired, ElementsAre("choose:"));
+}
+
+TEST_F(FormBinderTest, ClickOnATabSelectsIt) {
+    NSTabView tabView;
+    QTabWidget& tabs = add<QTabWidget>("tabs_");
+    tabs.addTab(std::make_unique<QWidget>().release(), "one");
+    tabs.addTab(std::make_unique<QWidget>().release(), "two");
+    owner_.published = {{"tabs_", &tabView}};
+    bind();
+    show();
+
+    QTest::mouseClick(tabs.tabBar(), Qt::LeftButton, {}, tabs.tabBar()->tabRect(1).center());
+
+    EXPECT_EQ(tabView.indexOfSelectedTabViewItem(), 1);
+}
+
+TEST_F(FormBinderTest, WidgetShowsTheControlAgainAfterAnActThatTheControlRefused) {
+    NSPopUpButton popUp;
+    QComboBox& comboBox = add<QComboBox>("choice_", "choose:");
+    owner_.published = {{"choice_", &popUp}};
+    owner_.selectors = {"choose:"};
+    popUp.addItemWithTitle("first");
+    bind();
+    show();
+    // An item that only the widget knows stands for a menu that is open while the program takes items away.
+    comboBox.addItem("no longer there");
+
+    QTest::keyClick(&comboBox, Qt::Key_Down);
+
+    EXPECT_EQ(comboBox.count(), 1);
+    EXPECT_EQ(comboBox.currentText(), "first");
+    EXPECT_THAT(owner_.fired, IsEmpty());
+}
+
+TEST_F(FormBinderTest, ActionThatTakesItsChangeBackIsShown) {
+    NSButton button(NSButton::Type::Switch);
+    QCheckBox& checkBox = add<QCheckBox>("check_");
+    owner_.published = {{"check_", &button}};
+    bind();
+    button.setAction([&](platform::NSControl&) { button.setState(0); });
+    show();
+
+    QTest::keyClick(&checkBox, Qt::Key_Space);
+
+    EXPECT_FALSE(checkBox.isChecked());
+}
+
+TEST_F(FormBinderTest, ActionThatThrowsIsLoggedAndTheToolkitGoesOn) {
+    NSButton button(NSButton::Type::Switch);
+    QCheckBox& checkBox = add<QCheckBox>("check_");
+    owner_.published = {{"check_", &button}};
+    bind();
+    button.setAction([](platform::NSControl&) { throw std::runtime_error("bad luck"); });
+    show();
+
+    QTest::keyClick(&checkBox, Qt::Key_Space);
+
+    EXPECT_THAT(platform_.log.lines, ElementsAre("Unexpected error: bad luck"));
+}
+
+TEST_F(FormBinderTest, EmbeddedControllersWidgetComesToStandInItsPage) {
+    NSViewController controller("");
+    QWidget& page = add<QWidget>("page_");
+    page.setLayout(std::make_unique<QVBoxLayout>().release());
+    QLabel content;
+    widgetOf_ = [&](const NSView& view) { return &view == &controller.view() ? &content : nullptr; };
+    owner_.published = {{"page_", &controller}};
+
+    bind();
+
+    EXPECT_EQ(content.parentWidget(), &page);
+    content.setParent(nullptr);
+}
+
+TEST_F(FormBinderTest, UntiedWidgetsNoLongerReachTheModelNorFollowIt) {
+    NSButton button(NSButton::Type::Switch);
+    QCheckBox& checkBox = add<QCheckBox>("check_", "check:");
+    owner_.published = {{"check_", &button}};
+    owner_.selectors = {"check:"};
+    bind();
+    show();
+
+    binding_.reset();
+    QTest::keyClick(&checkBox, Qt::Key_Space);
+    EXPECT_EQ(button.state(), 0);
+    EXPECT_TRUE(checkBox.isChecked());
+
+    button.setState(1);
+    button.setState(0);
+    EXPECT_TRUE(checkBox.isChecked());
+}
+
+} // namespace
+
+} // namespace kelvo

@@ -1,0 +1,159 @@
+"""A message bus and peers for tests, which share no code with the program: plain D-Bus and Python's own plistlib."""
+
+import contextlib
+import os
+import pathlib
+import plistlib
+import select
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+
+import dbus
+import dbus.bus
+import dbus.mainloop.glib
+import dbus.service
+from gi.repository import GLib
+
+NAME_PREFIX = "com.kelvo.TouchDisplay."
+PATH = "/com/kelvo/TouchDisplay/MessagePort"
+INTERFACE = "com.kelvo.TouchDisplay.MessagePort"
+
+# How long anything that must happen may take on the slowest machine.
+PATIENCE_SECONDS = 30
+
+dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
+
+
+def wait_until(condition, what):
+    """Runs the main loop until the condition holds; a condition that never does is an AssertionError."""
+    deadline = time.monotonic() + PATIENCE_SECONDS
+    context = GLib.MainContext.default()
+    while not condition():
+        if time.monotonic() > deadline:
+            raise AssertionError(f"waited in vain for {what}")
+        if not context.iteration(False):
+            time.sleep(0.005)
+
+
+class World(contextlib.AbstractContextManager):
+    """A private bus and a private home, with the processes started in them."""
+
+    def __init__(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kelvo-test-"))
+        self.home = self.folder / "home"
+        self.home.mkdir()
+        self.preferences = self.home / "Library/Preferences/KelvoTouchDisplay"
+        self.processes = []
+        self.start_bus()
+        self.environment = dict(
+            os.environ, HOME=str(self.home), DBUS_SESSION_BUS_ADDRESS=self.address,
+            KELVO_LOCAL_LIBRARY=str(self.folder / "Library"), KELVO_LOG_STDERR="1")
+
+    def start_bus(self):
+        self.bus_process = subprocess.Popen(
+            ["dbus-daemon", "--session", "--nofork", "--print-address=1", f"--address=unix:path={self.folder}/bus"],
+            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        # Without the daemon's own identity, which a daemon started anew would not have.
+        self.address = self.bus_process.stdout.readline().strip().split(",guid=")[0]
+        self.bus = dbus.bus.BusConnection(self.address)
+        self.bus.set_exit_on_disconnect(False)
+
+    def stop_bus(self):
+        self.bus.close()
+        self.bus_process.kill()
+        self.bus_process.wait(PATIENCE_SECONDS)
+        self.bus_process.stdout.close()
+        (self.folder / "bus").unlink(missing_ok=True)
+
+    def __exit__(self, *_):
+        for process in self.processes:
+            if process.poll() is None:
+                process.send_signal(signal.SIGCONT)
+                process.terminate()
+                process.wait(PATIENCE_SECONDS)
+            for stream in (process.stdout, process.stderr):
+                if stream:
+                    stream.close()
+        self.stop_bus()
+        shutil.rmtree(self.folder)
+
+    def start(self, *command):
+        process = subprocess.Popen([str(word) for word in command], env=self.environment, text=True,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.processes.append(process)
+        return process
+
+    def run(self, *command):
+        """Runs a command to its end, while this process goes on answering messages."""
+        process = self.start(*command)
+        wait_until(lambda: process.poll() is not None, command)
+        return process.returncode, process.stdout.read(), process.stderr.read()
+
+    def set_plist(self, name, contents):
+        self.preferences.mkdir(parents=True, exist_ok=True)
+        with open(self.preferences / name, "wb") as file:
+            plistlib.dump(contents, file, sort_keys=False)
+
+    def plist(self, name):
+        with open(self.preferences / name, "rb") as file:
+            return plistlib.load(file)
+
+    def has_owner(self, port):
+        return self.bus.name_has_owner(NAME_PREFIX + port)
+
+    def send(self, port, message_id, payload):
+        """Sends to a port and gives the reply's bytes."""
+        data = payload if isinstance(payload, bytes) else plistlib.dumps(payload, sort_keys=False)
+        proxy = self.bus.get_object(NAME_PREFIX + port, PATH, introspect=False)
+        return bytes(proxy.Send(dbus.Int32(message_id), dbus.ByteArray(data), dbus_interface=INTERFACE,
+                                signature="iay"))
+
+
+class Peer(dbus.service.Object):
+    """Owns a message port, on a connection of its own, and keeps what arrives there.
+
+    `heard`, if given, is called with each message's id and data before it is answered.
+    """
+
+    def __init__(self, world, port, heard=None):
+        self.bus = dbus.bus.BusConnection(world.address)
+        self.bus.set_exit_on_disconnect(False)
+        self.bus_name = dbus.service.BusName(NAME_PREFIX + port, self.bus, do_not_queue=True)
+        super().__init__(self.bus, PATH)
+        self.received = []
+        self.heard = heard
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.remove_from_connection()
+        del self.bus_name
+        self.bus.close()
+
+    @dbus.service.method(INTERFACE, in_signature="iay", out_signature="ay", byte_arrays=True)
+    def Send(self, message_id, data):
+        self.received.append((int(message_id), bytes(data)))
+        if self.heard:
+            self.heard(*self.received[-1])
+        return dbus.ByteArray(b"")
+
+
+class Lines:
+    """The lines that come out of a process's stream, as they come."""
+
+    def __init__(self, stream):
+        self.stream = stream
+        self.lines = []
+        self.rest = ""
+
+    def read(self):
+        readable, _, _ = select.select([self.stream], [], [], 0)
+        if readable:
+            self.rest += os.read(self.stream.fileno(), 65536).decode()
+            *complete, self.rest = self.rest.split("\n")
+            self.lines += complete
+        return self.lines
