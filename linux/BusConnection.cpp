@@ -12,7 +12,7 @@ namespace kelvo {
 namespace {
 
 /// As many messages as one turn of the loop may bring, so that timers and painting get theirs under a flood.
-constexpr int messagesPerTurn = 64;
+constexpr int kMessagesPerTurn = 64;
 
 /// Both ways of opening connect without waiting; the rest of the handshake is left to sd_bus_process(). Null when
 /// nobody listens there.
@@ -61,7 +61,7 @@ void BusConnection::process() {
     // What is called at the end may let go of this connection.
     const auto self = shared_from_this();
     int progress = 1;
-    for (int i = 0; progress > 0 && i < messagesPerTurn; ++i) progress = sd_bus_process(bus_.get(), nullptr);
+    for (int i = 0; progress > 0 && i < kMessagesPerTurn; ++i) progress = sd_bus_process(bus_.get(), nullptr);
     if (progress < 0 || !awaitMore()) close();
     if (processed_) processed_();
 }

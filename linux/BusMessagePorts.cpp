@@ -1,6 +1,7 @@
 #include "linux/BusMessagePorts.h"
 
 #include "linux/BusConnection.h"
+#include "linux/BusService.h"
 
 #include <systemd/sd-bus.h>
 
@@ -20,23 +21,10 @@ using platform::NSData;
 
 namespace {
 
-/// Opening a port gives up on a bus that hangs after so many seconds.
-constexpr double openTimeout = 2.0;
-/// A port looks for a lost bus at these intervals, each twice the one before. In seconds.
-constexpr double firstRetryInterval = 0.1;
-constexpr double longestRetryInterval = 2.0;
 /// A port that nobody takes messages from refuses more than these, to bound what it holds.
-constexpr std::size_t longestQueue = 4096;
+constexpr std::size_t kLongestQueue = 4096;
 /// The wait for a reply is ours, not the library's.
-constexpr auto noTimeout = std::numeric_limits<std::uint64_t>::max();
-/// The answer to RequestName that makes the asker the owner.
-constexpr std::uint32_t primaryOwner = 1;
-
-struct MessageReleaser {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using BusMessage = std::unique_ptr<sd_bus_message, MessageReleaser>;
-
+constexpr auto kNoTimeout = std::numeric_limits<std::uint64_t>::max();
 struct SlotReleaser {
     void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
 };
@@ -57,7 +45,7 @@ int readData(sd_bus_message* message, NSData& data) {
 BusMessage newSendCall(sd_bus* bus, const std::string& destination, std::int32_t messageId,
                        std::span<const std::uint8_t> data) {
     sd_bus_message* created = nullptr;
-    if (sd_bus_message_new_method_call(bus, &created, destination.c_str(), portPath, portInterface, sendMethod) < 0)
+    if (sd_bus_message_new_method_call(bus, &created, destination.c_str(), kPortPath, kPortInterface, kSendMethod) < 0)
         return nullptr;
     BusMessage call(created);
     // A port that nobody has opened is absent; the bus is not to start anybody for it.
@@ -123,7 +111,7 @@ std::shared_ptr<BusConnection> BusSender::connection() {
 
 CFMessagePortStatus BusSender::send(const std::string& name, std::int32_t messageId, std::span<const std::uint8_t> data,
                                     double sendTimeout, double receiveTimeout, NSData& reply) {
-    const std::string destination = busNamePrefix + name;
+    const std::string destination = kBusNamePrefix + name;
     if (sd_bus_service_name_is_valid(destination.c_str()) <= 0) return CFMessagePortStatus::IsInvalid;
     // The waits may deliver anything, another send included, which may close this connection but not destroy it.
     const auto connection = this->connection();
@@ -133,7 +121,7 @@ CFMessagePortStatus BusSender::send(const std::string& name, std::int32_t messag
 
     Answer answer;
     sd_bus_slot* created = nullptr;
-    if (sd_bus_call_async(connection->bus(), &created, call.get(), onAnswer, &answer, noTimeout) < 0)
+    if (sd_bus_call_async(connection->bus(), &created, call.get(), onAnswer, &answer, kNoTimeout) < 0)
         return CFMessagePortStatus::TransportError;
     // Without its slot an answer that comes too late is nobody's.
     const BusSlot slot(created);
@@ -173,16 +161,19 @@ private:
     std::string name_;
 };
 
-/// What a local port, its source and the bus share: the connection that owns the port's name, and the messages that
-/// came. It lives on while a message is being handled, even if the handler destroys the port.
+/// What a local port, its source and the bus share: the service that owns the port's name, and the messages that came.
+/// It lives on while a message is being handled, even if the handler destroys the port.
 class Mailbox : public std::enable_shared_from_this<Mailbox> {
 public:
     Mailbox(CFRunLoop& loop, std::string address, const std::string& name, platform::CFMessagePorts::CallBack callBack)
-        : loop_(loop), address_(std::move(address)), busName_(busNamePrefix + name), callBack_(std::move(callBack)) {}
+        : callBack_(std::move(callBack)),
+          service_(std::make_shared<BusService>(
+              loop, std::move(address),
+              BusService::Offer{kBusNamePrefix + name, kPortPath, kPortInterface, vtable, this, {}})) {}
 
-    /// Whether the name was got, within `openTimeout`.
-    [[nodiscard]] bool open();
-    /// From now on the messages are those of `port`, and the name is got back whenever the bus goes away.
+    /// Whether the name was got.
+    [[nodiscard]] bool open() { return service_->open(); }
+    /// From now on the messages are those of `port`.
     void attach(platform::CFMessagePort& port) { port_ = &port; }
     /// Gives the name and all messages up.
     void close();
@@ -196,32 +187,17 @@ private:
         std::int32_t id = 0;
         NSData data;
     };
-    enum class NameState { Requested, Owned, Refused };
 
     static const sd_bus_vtable vtable[];
-    static int onNameAnswer(sd_bus_message* answer, void* userData, sd_bus_error* error) noexcept;
     static int onSend(sd_bus_message* call, void* userData, sd_bus_error* error) noexcept;
 
-    void connect();
-    [[nodiscard]] bool requestName();
-    [[nodiscard]] bool isConnected() const { return connection_ && connection_->isOpen(); }
-    [[nodiscard]] bool hasName() const { return isConnected() && nameState_ == NameState::Owned; }
-    [[nodiscard]] bool hasFailed() const { return !isConnected() || nameState_ == NameState::Refused; }
-    void keepName();
     int receive(sd_bus_message* call);
     void deliverSoon();
     void deliver();
 
-    CFRunLoop& loop_;
-    std::string address_;
-    std::string busName_;
     platform::CFMessagePorts::CallBack callBack_;
     platform::CFMessagePort* port_ = nullptr;
-
-    std::shared_ptr<BusConnection> connection_;
-    NameState nameState_ = NameState::Refused;
-    double retryInterval_ = firstRetryInterval;
-    std::shared_ptr<platform::NSTimer> retry_;
+    std::shared_ptr<BusService> service_;
 
     std::deque<Message> queue_;
     const platform::CFRunLoopSource* source_ = nullptr;
@@ -233,63 +209,15 @@ private:
 // its own user alone, so the method is open to everybody on it.
 const sd_bus_vtable Mailbox::vtable[] = {
     SD_BUS_VTABLE_START(0),
-    SD_BUS_METHOD(sendMethod, sendSignature, replySignature, Mailbox::onSend, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD(kSendMethod, kSendSignature, kReplySignature, Mailbox::onSend, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END,
 };
 
-bool Mailbox::open() {
-    connect();
-    loop_.runUntil([this] { return hasName() || hasFailed(); }, openTimeout);
-    return hasName();
-}
-
 void Mailbox::close() {
     port_ = nullptr;
-    if (retry_) retry_->invalidate();
     if (delivery_) delivery_->invalidate();
-    connection_.reset();
+    service_->close();
     queue_.clear();
-}
-
-void Mailbox::connect() {
-    connection_ = BusConnection::open(loop_, address_, [weakSelf = weak_from_this()] {
-        if (const auto self = weakSelf.lock()) self->keepName();
-    });
-    nameState_ = connection_ && requestName() ? NameState::Requested : NameState::Refused;
-    if (connection_) {
-        connection_->process();
-    } else {
-        keepName();
-    }
-}
-
-/// Nothing here waits; the bus answers by onNameAnswer(). False when the name cannot even be asked for.
-bool Mailbox::requestName() {
-    sd_bus* bus = connection_->bus();
-    // Without flags the request neither queues behind another owner nor takes the name away from one.
-    return sd_bus_add_object_vtable(bus, nullptr, portPath, portInterface, vtable, this) >= 0 &&
-           sd_bus_request_name_async(bus, nullptr, busName_.c_str(), 0, onNameAnswer, this) >= 0;
-}
-
-int Mailbox::onNameAnswer(sd_bus_message* answer, void* userData, sd_bus_error*) noexcept {
-    std::uint32_t result = 0;
-    const bool isOwner = !sd_bus_message_is_method_error(answer, nullptr) &&
-                         sd_bus_message_read(answer, "u", &result) > 0 && result == primaryOwner;
-    static_cast<Mailbox*>(userData)->nameState_ = isOwner ? NameState::Owned : NameState::Refused;
-    return 0;
-}
-
-/// Called after each change of the connection. While a port stands without its name, tries to get it back.
-void Mailbox::keepName() {
-    if (hasName()) retryInterval_ = firstRetryInterval;
-    if (!port_ || !hasFailed() || retry_) return;
-    retry_ = loop_.scheduleTimer(retryInterval_, [weakSelf = weak_from_this()] {
-        const auto self = weakSelf.lock();
-        if (!self) return;
-        self->retry_.reset();
-        self->connect();
-    });
-    retryInterval_ = std::min(2.0 * retryInterval_, longestRetryInterval);
 }
 
 int Mailbox::onSend(sd_bus_message* call, void* userData, sd_bus_error*) noexcept {
@@ -303,11 +231,11 @@ int Mailbox::onSend(sd_bus_message* call, void* userData, sd_bus_error*) noexcep
 /// Answers the sender, by an error when negative, and leaves the message for later: sd-bus, which calls this, could not
 /// go on receiving in a loop that the handler runs.
 int Mailbox::receive(sd_bus_message* call) {
-    if (queue_.size() >= longestQueue) return -ENOBUFS;
+    if (queue_.size() >= kLongestQueue) return -ENOBUFS;
     Message message;
     int result = sd_bus_message_read(call, "i", &message.id);
     if (result >= 0) result = readData(call, message.data);
-    if (result >= 0) result = sd_bus_reply_method_return(call, replySignature, 0);
+    if (result >= 0) result = sd_bus_reply_method_return(call, kReplySignature, 0);
     if (result < 0) return result;
     queue_.push_back(std::move(message));
     deliverSoon();

@@ -8,15 +8,15 @@
 
 namespace kelvo {
 
-/// What a message port looks like on the bus: the port P owns the name `busNamePrefix` + P and answers
-/// `sendMethod` (`sendSignature` → `replySignature`) of `portInterface` at `portPath`. The arguments are the message's
-/// id and its data; an empty reply means none.
-inline constexpr const char* busNamePrefix = "com.kelvo.TouchDisplay.";
-inline constexpr const char* portPath = "/com/kelvo/TouchDisplay/MessagePort";
-inline constexpr const char* portInterface = "com.kelvo.TouchDisplay.MessagePort";
-inline constexpr const char* sendMethod = "Send";
-inline constexpr const char* sendSignature = "iay";
-inline constexpr const char* replySignature = "ay";
+/// What a message port looks like on the bus: the port P owns the name `kBusNamePrefix` + P and answers
+/// `kSendMethod` (`kSendSignature` → `kReplySignature`) of `kPortInterface` at `kPortPath`. The arguments are the
+/// message's id and its data; an empty reply means none.
+inline constexpr const char* kBusNamePrefix = "com.kelvo.TouchDisplay.";
+inline constexpr const char* kPortPath = "/com/kelvo/TouchDisplay/MessagePort";
+inline constexpr const char* kPortInterface = "com.kelvo.TouchDisplay.MessagePort";
+inline constexpr const char* kSendMethod = "Send";
+inline constexpr const char* kSendSignature = "iay";
+inline constexpr const char* kReplySignature = "ay";
 
 class BusSender;
 

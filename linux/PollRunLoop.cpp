@@ -15,7 +15,7 @@ namespace kelvo {
 namespace {
 
 /// Longer waits than a century are cut to it, so that no time computed from one overflows.
-constexpr double longestWait = 100.0 * 365.0 * 24.0 * 3600.0;
+constexpr double kLongestWaitSeconds = 100.0 * 365.0 * 24.0 * 3600.0;
 
 /// One watched descriptor. Whoever is calling `ready` shares it, so that a watch may be destroyed by its own call.
 struct WatchedDescriptor {
@@ -137,7 +137,7 @@ void PollRunLoop::runUntil(const std::function<bool()>& done, double seconds) {
 }
 
 PollRunLoop::Clock::time_point PollRunLoop::timeAfter(double seconds) {
-    const double wait = seconds > 0.0 ? std::min(seconds, longestWait) : 0.0;
+    const double wait = seconds > 0.0 ? std::min(seconds, kLongestWaitSeconds) : 0.0;
     return Clock::now() + std::chrono::ceil<Clock::duration>(std::chrono::duration<double>(wait));
 }
 

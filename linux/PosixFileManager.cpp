@@ -1,12 +1,16 @@
 #include "linux/PosixFileManager.h"
 
+#include "linux/SystemClock.h"
+
 #include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <utility>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -58,6 +62,17 @@ public:
 private:
     int descriptor_;
 };
+
+struct DirectoryCloser {
+    void operator()(DIR* directory) const { (void)::closedir(directory); }
+};
+using Directory = std::unique_ptr<DIR, DirectoryCloser>;
+
+/// The next entry of the folder; null at its end, where errno is 0, or when it cannot be read on.
+const dirent* nextEntry(DIR& directory) {
+    errno = 0;
+    return ::readdir(&directory);
+}
 
 /// A file that is removed unless it gets another's place.
 class TemporaryFile {
@@ -139,6 +154,25 @@ void PosixFileManager::createDirectoryAtPath(const std::string& path) {
         (void)::mkdir(path.substr(0, end).c_str(), kModeOfNewFolder);
     }
     (void)::mkdir(path.c_str(), kModeOfNewFolder);
+}
+
+bool PosixFileManager::visitDirectoryAtPath(const std::string& path,
+                                            const std::function<bool(std::string_view name)>& visit) {
+    if (!canBeNamed(path)) return false;
+    const Directory directory(::opendir(path.c_str()));
+    if (!directory) return false;
+    while (const dirent* entry = nextEntry(*directory)) {
+        const std::string_view name(entry->d_name);
+        if (name == "." || name == "..") continue;
+        if (!visit(name)) return true;
+    }
+    return errno == 0;
+}
+
+std::optional<platform::NSDate> PosixFileManager::modificationDateAtPath(const std::string& path) {
+    struct stat status {};
+    if (!canBeNamed(path) || ::lstat(path.c_str(), &status) != 0) return std::nullopt;
+    return dateOf(status.st_mtim);
 }
 
 std::optional<platform::NSData> PosixFileManager::contentsAtPath(const std::string& path) {

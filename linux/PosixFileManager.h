@@ -11,6 +11,12 @@ public:
     [[nodiscard]] bool fileExistsAtPath(const std::string& path) override;
     /// New folders are rwxr-xr-x, less what the umask takes away.
     void createDirectoryAtPath(const std::string& path) override;
+    /// The folder itself and its parent ("." and "..") are left out. Costs no more than reading the folder, and stays
+    /// sound when `visit` throws.
+    [[nodiscard]] bool visitDirectoryAtPath(const std::string& path,
+                                            const std::function<bool(std::string_view name)>& visit) override;
+    /// As exact as the file system keeps it.
+    [[nodiscard]] std::optional<platform::NSDate> modificationDateAtPath(const std::string& path) override;
     /// None also for what is no regular file, and for a file larger than anything that is ever read here (256 MiB).
     [[nodiscard]] std::optional<platform::NSData> contentsAtPath(const std::string& path) override;
     /// A symbolic link stays and what it points to is replaced. The old file's mode is kept; a new file is its owner's

@@ -1,9 +1,11 @@
 #include "qt/FormBinder.h"
 
+#include "qt/Frames.h"
 #include "qt/Pairings.h"
+#include "qt/TabOrder.h"
 
-#include <QLabel>
 #include <QLayout>
+#include <QLocale>
 #include <QVariant>
 
 #include <algorithm>
@@ -15,6 +17,9 @@ namespace kelvo {
 using platform::NSControl;
 using platform::NSNibAction;
 using platform::NSOutlet;
+using platform::NSPopUpButtonCell;
+using platform::NSSlider;
+using platform::NSTextField;
 using platform::NSView;
 using platform::NSViewController;
 
@@ -50,7 +55,16 @@ bool fitsOutlet(const QWidget& widget, const NSOutlet& outlet) {
     if (const auto* controller = std::get_if<NSViewController*>(&outlet.target)) {
         return fitsController(widget, *controller);
     }
-    return fitsView(widget, std::get<NSView*>(outlet.target));
+    if (const auto* view = std::get_if<NSView*>(&outlet.target)) return fitsView(widget, *view);
+    return false;
+}
+
+/// Whether what a widget stands for shows `outlet`, too: the outlet's own widget does, and that of a cell's pop-up.
+bool showsOutlet(const NSOutlet* shown, const NSOutlet& outlet) {
+    if (shown == &outlet) return true;
+    const auto* cell = std::get_if<NSPopUpButtonCell*>(&outlet.target);
+    const auto* view = shown ? std::get_if<NSView*>(&shown->target) : nullptr;
+    return cell && *cell && view && *view == &(*cell)->popUp();
 }
 
 bool canFire(const QWidget& widget) { return pairingFor(widget).makeModel != nullptr; }
@@ -69,6 +83,26 @@ void showHidden(QWidget& widget, const NSView& view) {
 
 void showEnabled(QWidget& widget, const NSControl& control) { widget.setEnabled(control.isEnabled()); }
 
+void showFrame(QWidget& widget, const NSView& view) {
+    widget.setGeometry(geometryFromFrame(view.frame(), widget.parentWidget()->height()));
+}
+
+/// A rectangle that others are put into at their frames, instead of being laid out by the form.
+bool holdsSubviews(const QWidget& widget, const NSView& model) {
+    return isPlainView(widget) && pairingFor(widget).isModel(model) && !widget.layout();
+}
+
+/// The text for `label` to say that a slider is at `value`: offset + factor × value in so many decimals.
+QString readOutOf(const QLabel& label, double value) {
+    const QVariant factor = label.property("factor");
+    const double shown = label.property("offset").toDouble() + (factor.isValid() ? factor.toDouble() : 1.0) * value;
+    return QLocale().toString(shown, 'f', label.property("decimals").toInt());
+}
+
+QString inserted(const QString& pattern, const QString& text) {
+    return pattern.isEmpty() ? text : QString(pattern).replace(QStringLiteral("%1"), text);
+}
+
 } // namespace
 
 FormBinder::FormBinder(std::string formName, QWidget& form, platform::NSNibOwner& owner, WidgetOfView widgetOfView)
@@ -80,6 +114,7 @@ FormBinding FormBinder::bind(NSView& view) const {
 
     FormBinding binding;
     for (const Match& match : findMatches(outlets, actions)) tie(match, binding);
+    view.setFrame(frameFromGeometry(form_.rect(), form_.height()));
     binding.mirror<QWidget, NSView>(form_, view, showHidden);
     return binding;
 }
@@ -103,8 +138,8 @@ std::vector<FormBinder::Match> FormBinder::findMatches(const std::vector<NSOutle
         if (outlet || action) matches.push_back({*widget, outlet, action});
     }
     for (const NSOutlet& outlet : outlets) {
-        const bool isShown =
-            std::any_of(matches.begin(), matches.end(), [&](const Match& each) { return each.outlet == &outlet; });
+        const bool isShown = std::any_of(matches.begin(), matches.end(),
+                                         [&](const Match& each) { return showsOutlet(each.outlet, outlet); });
         if (!isShown) misfit("outlet " + outlet.name + " has no widget");
     }
 
@@ -113,20 +148,32 @@ std::vector<FormBinder::Match> FormBinder::findMatches(const std::vector<NSOutle
 }
 
 void FormBinder::tie(const Match& match, FormBinding& binding) const {
+    QWidget& widget = match.widget;
     if (match.outlet && std::holds_alternative<NSViewController*>(match.outlet->target)) {
-        embed(*std::get<NSViewController*>(match.outlet->target), match.widget);
+        embed(*std::get<NSViewController*>(match.outlet->target), widget);
         return;
     }
-    const Pairing& pairing = pairingFor(match.widget);
+    const Pairing& pairing = pairingFor(widget);
     NSView& model = match.outlet ? *std::get<NSView*>(match.outlet->target) : binding.keep(pairing.makeModel());
     if (match.action) dynamic_cast<NSControl&>(model).setAction(match.action->perform);
-    mirrorView(match.widget, model, binding);
-    pairing.pair(match.widget, model, binding);
+    mirrorView(widget, model, binding);
+    if (holdsSubviews(widget, model)) {
+        binding.keep(std::make_unique<ShownSubviews>(widget, model, widgetOfView_));
+    } else {
+        mirrorFrame(widget, model, binding);
+        pairing.pair(widget, model, binding);
+    }
+    const auto* label = qobject_cast<const QLabel*>(&widget);
+    if (label) nameAfter(*label, dynamic_cast<NSTextField&>(model), binding);
+    if (auto* slider = dynamic_cast<NSSlider*>(&model)) readOut(widget, *slider, binding);
 }
 
 void FormBinder::embed(NSViewController& controller, QWidget& page) const {
     // A controller without a form leaves its page empty.
-    if (QWidget* content = widgetOfView_(controller.view())) page.layout()->addWidget(content);
+    QWidget* const content = widgetOfView_(controller.view());
+    if (!content) return;
+    page.layout()->addWidget(content);
+    putInsideInTabOrder(page, *content);
 }
 
 void FormBinder::mirrorView(QWidget& widget, NSView& model, FormBinding& binding) const {
@@ -140,6 +187,33 @@ void FormBinder::mirrorView(QWidget& widget, NSView& model, FormBinding& binding
     }
     if (auto* control = dynamic_cast<NSControl*>(&model)) {
         binding.mirror<QWidget, NSControl>(widget, *control, showEnabled);
+    }
+}
+
+void FormBinder::mirrorFrame(QWidget& widget, NSView& model, FormBinding& binding) const {
+    const QWidget& parent = *widget.parentWidget();
+    if (parent.layout()) return;
+    model.setFrame(frameFromGeometry(widget.geometry(), parent.height()));
+    binding.mirror<QWidget, NSView>(widget, model, showFrame);
+}
+
+void FormBinder::nameAfter(const QLabel& label, NSTextField& model, FormBinding& binding) const {
+    for (QWidget* widget : form_.findChildren<QWidget*>()) {
+        if (widget->property("namedBy").toString() != label.objectName()) continue;
+        const auto name = [pattern = widget->accessibleName()](QWidget& named, const NSTextField& text) {
+            named.setAccessibleName(inserted(pattern, QString::fromStdString(text.stringValue())));
+        };
+        binding.mirror<QWidget, NSTextField>(*widget, model, name);
+    }
+}
+
+void FormBinder::readOut(const QWidget& slider, NSSlider& model, FormBinding& binding) const {
+    for (QLabel* label : form_.findChildren<QLabel*>()) {
+        if (label->property("reads").toString() != slider.objectName()) continue;
+        const auto show = [pattern = label->text()](QLabel& shown, const NSSlider& read) {
+            shown.setText(inserted(pattern, readOutOf(shown, read.doubleValue())));
+        };
+        binding.mirror<QLabel, NSSlider>(*label, model, show);
     }
 }
 

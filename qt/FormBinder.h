@@ -2,10 +2,11 @@
 
 #include "platform/Nib.h"
 #include "qt/FormBinding.h"
+#include "qt/ShownSubviews.h"
 
+#include <QLabel>
 #include <QWidget>
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,12 +16,14 @@ namespace kelvo {
 ///
 /// A widget whose object name is that of an outlet shows that outlet. A widget whose object name ends in "_" must have
 /// an outlet, and one with a dynamic property "action" fires the owner's action of that selector; a button that only
-/// fires needs no outlet. Any other name is for the layout alone. Every outlet needs a widget.
+/// fires needs no outlet. Any other name is for the layout alone. Every outlet needs a widget, but for the cell of a
+/// pop-up, which its pop-up's widget shows.
+///
+/// Where a parent lays nothing out, frames are those of the form to begin with, and then the model's. Dynamic
+/// properties of the form say the rest: "namedBy" of a widget is the label whose words it is called by, put into its
+/// accessible name where that has a "%1"; "reads" of a label is the slider whose value it shows.
 class FormBinder {
 public:
-    /// Finds the widget that shows a view; null when the view has none.
-    using WidgetOfView = std::function<QWidget*(const platform::NSView&)>;
-
     FormBinder(std::string formName, QWidget& form, platform::NSNibOwner& owner, WidgetOfView widgetOfView);
 
     /// Ties everything, `view` to the form's outermost widget, and fires nothing. A form and an owner that do not fit
@@ -35,6 +38,9 @@ private:
     void tie(const Match& match, FormBinding& binding) const;
     void embed(platform::NSViewController& controller, QWidget& page) const;
     void mirrorView(QWidget& widget, platform::NSView& model, FormBinding& binding) const;
+    void mirrorFrame(QWidget& widget, platform::NSView& model, FormBinding& binding) const;
+    void nameAfter(const QLabel& label, platform::NSTextField& model, FormBinding& binding) const;
+    void readOut(const QWidget& slider, platform::NSSlider& model, FormBinding& binding) const;
 
     std::string formName_;
     QWidget& form_;

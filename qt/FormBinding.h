@@ -8,6 +8,8 @@
 
 #include <functional>
 #include <memory>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace kelvo {
@@ -18,13 +20,18 @@ class FormBinding {
 public:
     FormBinding();
 
+    template <typename Widget, typename Model>
+    using Show = std::type_identity_t<std::function<void(Widget&, const Model&)>>;
+
     /// Shows `model` in `widget` by means of `show`, now and after each change of the model. No signal of the widget
     /// tells of it. The result shows it once more.
     template <typename Widget, typename Model>
-    std::function<void()> mirror(Widget& widget, Model& model, void (*show)(Widget&, const Model&)) {
-        // A host may destroy its widgets before the form is let go.
-        std::function<void()> showNow = [target = QPointer<Widget>(&widget), &model, show] {
-            if (!target) return;
+    std::function<void()> mirror(Widget& widget, Model& model, Show<Widget, Model> show) {
+        // What the user does may end the binding, and the models with it; a host may destroy its widgets before the
+        // form is let go.
+        std::function<void()> showNow = [tied = QPointer<QObject>(connections()), target = QPointer<Widget>(&widget),
+                                         &model, show = std::move(show)] {
+            if (!tied || !target) return;
             const QSignalBlocker silence(target.data());
             show(*target, model);
         };
@@ -36,17 +43,18 @@ public:
     /// The context of the form's signal connections, which end with it.
     [[nodiscard]] QObject* connections() const { return connections_.get(); }
 
-    /// Keeps a model that no outlet of the owner stands for.
-    platform::NSControl& keep(std::unique_ptr<platform::NSControl> model);
+    /// Keeps what is needed for as long as the form is tied.
+    template <typename T>
+    T& keep(std::unique_ptr<T> kept) {
+        T& result = *kept;
+        kept_.push_back(std::move(kept));
+        return result;
+    }
 
 private:
-    std::vector<std::unique_ptr<platform::NSControl>> ownModels_;
+    std::vector<std::shared_ptr<void>> kept_;
     std::vector<platform::Subscription> subscriptions_;
     std::unique_ptr<QObject> connections_;
 };
-
-/// The user did something to a widget: `act` tells the model, and `show` lets the widget show what the model made of
-/// it, which is what it was before if the model refused.
-void userActed(const std::function<void()>& act, const std::function<void()>& show);
 
 } // namespace kelvo

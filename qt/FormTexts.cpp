@@ -1,6 +1,7 @@
 #include "qt/FormTexts.h"
 
 #include <QComboBox>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVariant>
 
@@ -36,7 +37,10 @@ void localizeTabs(QTabWidget& tabWidget, platform::NSBundle* bundle) {
 
 void localizeTexts(QWidget& form, platform::NSBundle* bundle) {
     localizeProperties(form, bundle);
-    for (QWidget* widget : form.findChildren<QWidget*>()) localizeProperties(*widget, bundle);
+    for (QWidget* widget : form.findChildren<QWidget*>()) {
+        // What the toolkit puts into a tab bar has the toolkit's own texts.
+        if (!qobject_cast<QTabBar*>(widget->parentWidget())) localizeProperties(*widget, bundle);
+    }
     for (QComboBox* comboBox : form.findChildren<QComboBox*>()) localizeItems(*comboBox, bundle);
     for (QTabWidget* tabWidget : form.findChildren<QTabWidget*>()) localizeTabs(*tabWidget, bundle);
 }

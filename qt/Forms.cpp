@@ -1,6 +1,11 @@
 #include "qt/Forms.h"
 
 #include "ui_KelvoTouchDisplayPref.h"
+#include "ui_TDCalibrationViewCtl.h"
+#include "ui_TDGesturesCellView.h"
+#include "ui_TDHardwareInformationViewCtl.h"
+#include "ui_TDSettingViewCtl.h"
+#include "ui_TDVersionViewCtl.h"
 
 namespace kelvo {
 
@@ -18,6 +23,11 @@ std::unique_ptr<QWidget> make() {
 Forms paneForms() {
     return {
         {"KelvoTouchDisplayPref", make<Ui::KelvoTouchDisplayPref>},
+        {"TDCalibrationViewCtl", make<Ui::TDCalibrationViewCtl>},
+        {"TDGesturesCellView", make<Ui::TDGesturesCellView>},
+        {"TDHardwareInformationViewCtl", make<Ui::TDHardwareInformationViewCtl>},
+        {"TDSettingViewCtl", make<Ui::TDSettingViewCtl>},
+        {"TDVersionViewCtl", make<Ui::TDVersionViewCtl>},
     };
 }
 

@@ -1,15 +1,28 @@
 #include "qt/Pairings.h"
 
+#include "qt/CanvasView.h"
+#include "qt/Guarded.h"
+#include "qt/PullDown.h"
+#include "qt/QtGraphicsContext.h"
+#include "qt/UserAct.h"
+#include "qt/WheelFilter.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QSlider>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QToolButton>
+#include <QVariant>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
+#include <optional>
 #include <typeinfo>
 
 namespace kelvo {
@@ -18,13 +31,28 @@ namespace {
 
 using platform::NSButton;
 using platform::NSControl;
+using platform::NSEvent;
+using platform::NSMatrix;
+using platform::NSPoint;
 using platform::NSPopUpButton;
+using platform::NSSlider;
 using platform::NSTabView;
 using platform::NSTextField;
 using platform::NSView;
 
 // Contents that a form brings along (items, tabs, a text) go into a control that has none yet; from then on the widget
 // shows the control.
+
+/// A number that the form's designer gave a widget.
+std::optional<double> numberProperty(const QWidget& widget, const char* name) {
+    bool isNumber = false;
+    const double number = widget.property(name).toDouble(&isNumber);
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
+void letWheelPass(QWidget& widget, FormBinding& binding) {
+    binding.keep(std::make_unique<WheelFilter>()).guard(widget);
+}
 
 QStringList itemTexts(const QComboBox& comboBox) {
     QStringList texts;
@@ -46,10 +74,44 @@ void pairPopUp(QComboBox& comboBox, NSPopUpButton& popUp, FormBinding& binding) 
     if (popUp.itemTitles().empty()) {
         for (const QString& text : itemTexts(comboBox)) popUp.addItemWithTitle(text.toStdString());
     }
+    letWheelPass(comboBox, binding);
     const auto show = binding.mirror(comboBox, popUp, showPopUp);
     // Of the signals only this one comes when the selected item is picked again, and never from the program.
     QObject::connect(&comboBox, qOverload<int>(&QComboBox::activated), binding.connections(),
                      [&popUp, show](int index) { userActed([&] { popUp.performSelectItemAtIndex(index); }, show); });
+}
+
+// The first item of a pull-down only carries its title, so the menu begins with the second.
+
+void showPullDown(PullDown& pullDown, const NSPopUpButton& popUp) {
+    QStringList choices;
+    for (const std::string& title : popUp.itemTitles()) choices.append(QString::fromStdString(title));
+    if (!choices.isEmpty()) choices.removeFirst();
+    pullDown.setChoices(choices, popUp.indexOfSelectedItem() - 1);
+    pullDown.setTitle(QString::fromStdString(popUp.title()));
+    pullDown.setLook(popUp.cell().isBordered(), popUp.cell().hasArrow());
+}
+
+/// What the program makes a pop-up wider than its title.
+constexpr int kPopUpMargin = 25;
+
+/// The width of a title, with what the style's border and arrow take beyond that margin.
+double measured(const PullDown& pullDown, const std::string& title) {
+    const QString text = QString::fromStdString(title);
+    return std::max(pullDown.textWidthOf(text), pullDown.widthFor(text) - kPopUpMargin);
+}
+
+void pairPullDown(PullDown& pullDown, NSPopUpButton& popUp, FormBinding& binding) {
+    letWheelPass(pullDown, binding);
+    popUp.cell().setMeasure([shown = QPointer<PullDown>(&pullDown)](const std::string& title) {
+        return shown ? measured(*shown, title) : 0.0;
+    });
+    pullDown.setOpensMenu(
+        [&popUp, tied = QPointer<QObject>(binding.connections())] { return tied && popUp.opensMenu(); });
+    const auto show = binding.mirror(pullDown, popUp, showPullDown);
+    QObject::connect(
+        &pullDown, qOverload<int>(&QComboBox::activated), binding.connections(),
+        [&popUp, show](int choice) { userActed([&] { popUp.performSelectItemAtIndex(choice + 1); }, show); });
 }
 
 void showCheckBox(QCheckBox& checkBox, const NSButton& button) {
@@ -81,6 +143,116 @@ void showText(QLabel& label, const NSTextField& textField) {
 void pairText(QLabel& label, NSTextField& textField, FormBinding& binding) {
     if (textField.stringValue().empty()) textField.setStringValue(label.text().toStdString());
     binding.mirror(label, textField, showText);
+}
+
+void showEditable(QLineEdit& lineEdit, const NSTextField& textField) {
+    const QString text = QString::fromStdString(textField.stringValue());
+    if (lineEdit.text() != text) lineEdit.setText(text);
+}
+
+/// The numbers that the form lets into a field; none when every text may be in it.
+std::optional<platform::NSNumberFormatter> formatterOf(const QLineEdit& lineEdit) {
+    const auto minimum = numberProperty(lineEdit, "minimum");
+    const auto maximum = numberProperty(lineEdit, "maximum");
+    if (!minimum || !maximum) return std::nullopt;
+    return platform::NSNumberFormatter{*minimum, *maximum};
+}
+
+void endEditing(QLineEdit& lineEdit, NSTextField& textField) {
+    if (textField.performEndEditing(lineEdit.text().toStdString())) return;
+    // The focus may be just leaving.
+    QMetaObject::invokeMethod(
+        &lineEdit, [&lineEdit] { lineEdit.setFocus(); }, Qt::QueuedConnection);
+}
+
+void pairEditable(QLineEdit& lineEdit, NSTextField& textField, FormBinding& binding) {
+    textField.setFormatter(formatterOf(lineEdit));
+    if (textField.stringValue().empty()) textField.setStringValue(lineEdit.text().toStdString());
+    const auto show = binding.mirror(lineEdit, textField, showEditable);
+    const auto end = [&lineEdit, &textField, show] { userActed([&] { endEditing(lineEdit, textField); }, show); };
+    QObject::connect(&lineEdit, &QLineEdit::returnPressed, binding.connections(), end);
+    // This one comes with every loss of the focus, and behind the Return key.
+    QObject::connect(&lineEdit, &QLineEdit::editingFinished, binding.connections(), [&lineEdit, &textField, end] {
+        if (lineEdit.text().toStdString() != textField.stringValue()) end();
+    });
+}
+
+/// A slider counts whole steps, of which the form says how many make one.
+double stepsPerUnit(const QSlider& slider) { return numberProperty(slider, "stepsPerUnit").value_or(1.0); }
+
+void showValue(QSlider& slider, const NSSlider& model) {
+    slider.setValue(static_cast<int>(std::lround(model.doubleValue() * stepsPerUnit(slider))));
+}
+
+void pairSlider(QSlider& slider, NSSlider& model, FormBinding& binding) {
+    letWheelPass(slider, binding);
+    const double steps = stepsPerUnit(slider);
+    model.setBounds(slider.minimum() / steps, slider.maximum() / steps);
+    const auto show = binding.mirror(slider, model, showValue);
+    // What the program sets is shown in silence, so a change that is heard of is the user's.
+    QObject::connect(&slider, &QSlider::valueChanged, binding.connections(), [&model, steps, show](int value) {
+        userActed([&] { model.performSetDoubleValue(value / steps); }, show);
+    });
+}
+
+/// The radio buttons that are the rows of a matrix.
+QList<QRadioButton*> rowsOf(const QWidget& matrix) {
+    return matrix.findChildren<QRadioButton*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+void showSelectedRow(QWidget& widget, const NSMatrix& matrix) {
+    const int row = matrix.selectedRow();
+    const auto rows = rowsOf(widget);
+    if (row >= 0 && row < rows.size()) rows[row]->setChecked(true);
+}
+
+void pairMatrix(QWidget& widget, NSMatrix& matrix, FormBinding& binding) {
+    const auto rows = rowsOf(widget);
+    matrix.setNumberOfRows(static_cast<int>(rows.size()));
+    const auto show = binding.mirror(widget, matrix, showSelectedRow);
+    for (int row = 0; row < rows.size(); ++row) {
+        QObject::connect(rows[row], &QRadioButton::clicked, binding.connections(),
+                         [&matrix, show, row] { userActed([&] { matrix.performSelectRow(row); }, show); });
+    }
+}
+
+void draw(NSView& view, QPainter& painter) {
+    QtGraphicsContext context(painter);
+    const platform::NSGraphicsContext::Current current(context);
+    view.drawRect(view.bounds());
+}
+
+void fitFrame(NSView& view, const CanvasView& canvas) {
+    platform::NSRect frame = view.frame();
+    frame.width = canvas.width();
+    frame.height = canvas.height();
+    view.setFrame(frame);
+}
+
+/// A press or release at `place` of the canvas, by the window's content, whose origin is at the bottom left.
+NSEvent eventAt(const CanvasView& canvas, NSView& view, QPoint place) {
+    const QWidget& content = *canvas.window();
+    const auto inContent = [&](QPoint point) {
+        const QPoint mapped = canvas.mapTo(&content, point);
+        return NSPoint{static_cast<double>(mapped.x()), static_cast<double>(content.height() - mapped.y())};
+    };
+    view.setOriginInContentView(inContent({0, canvas.height()}));
+    return {inContent(place)};
+}
+
+void pairCanvas(CanvasView& canvas, NSView& view, FormBinding& binding) {
+    fitFrame(view, canvas);
+    binding.mirror<CanvasView, NSView>(canvas, view, [](CanvasView& shown, const NSView&) { shown.update(); });
+    QObject* const context = binding.connections();
+    QObject::connect(&canvas, &CanvasView::resized, context, [&canvas, &view] { fitFrame(view, canvas); });
+    QObject::connect(&canvas, &CanvasView::drawn, context,
+                     [&view](QPainter& painter) { guarded([&] { draw(view, painter); }); });
+    QObject::connect(&canvas, &CanvasView::pressed, context, [&canvas, &view](QPoint place) {
+        userActed([&] { view.mouseDown(eventAt(canvas, view, place)); });
+    });
+    QObject::connect(&canvas, &CanvasView::released, context, [&canvas, &view](QPoint place) {
+        userActed([&] { view.mouseUp(eventAt(canvas, view, place)); });
+    });
 }
 
 void showTab(QTabWidget& tabWidget, const NSTabView& tabView) {
@@ -120,6 +292,18 @@ bool isControl(const NSView& model) {
     return dynamic_cast<const Model*>(&model) != nullptr;
 }
 
+bool hasRadioButtons(const QWidget& widget) { return !rowsOf(widget).isEmpty(); }
+
+bool isPullDown(const NSView& model) {
+    const auto* popUp = dynamic_cast<const NSPopUpButton*>(&model);
+    return popUp && popUp->pullsDown();
+}
+
+bool isPopUp(const NSView& model) { return isControl<NSPopUpButton>(model) && !isPullDown(model); }
+
+/// A view of any class that draws itself.
+bool isDrawn(const NSView& model) { return !isControl<NSControl>(model) && !isControl<NSTabView>(model); }
+
 /// A control of any other kind needs a widget of its own, or nobody would see it.
 bool isMereView(const NSView& model) { return typeid(model) == typeid(NSView); }
 
@@ -130,9 +314,12 @@ void pairAs(QWidget& widget, NSView& model, FormBinding& binding) {
 
 void pairView(QWidget&, NSView&, FormBinding&) {}
 
+std::unique_ptr<NSControl> makeMatrix() { return std::make_unique<NSMatrix>(); }
 std::unique_ptr<NSControl> makePopUp() { return std::make_unique<NSPopUpButton>(); }
-std::unique_ptr<NSControl> makeSwitch() { return std::make_unique<NSButton>(NSButton::Type::Switch); }
+std::unique_ptr<NSControl> makePullDown() { return std::make_unique<NSPopUpButton>(true); }
 std::unique_ptr<NSControl> makePushButton() { return std::make_unique<NSButton>(); }
+std::unique_ptr<NSControl> makeSlider() { return std::make_unique<NSSlider>(); }
+std::unique_ptr<NSControl> makeSwitch() { return std::make_unique<NSButton>(NSButton::Type::Switch); }
 
 template <typename Widget, typename Model, auto pair>
 constexpr Pairing pairing(std::unique_ptr<NSControl> (*makeModel)()) {
@@ -141,8 +328,14 @@ constexpr Pairing pairing(std::unique_ptr<NSControl> (*makeModel)()) {
 
 constexpr Pairing plainView = {isA<QWidget>, isMereView, pairView, nullptr};
 
+// A widget is of the first kind that fits.
 constexpr Pairing pairings[] = {
-    pairing<QComboBox, NSPopUpButton, pairPopUp>(makePopUp),
+    {isA<PullDown>, isPullDown, pairAs<PullDown, NSPopUpButton, pairPullDown>, makePullDown},
+    {isA<QComboBox>, isPopUp, pairAs<QComboBox, NSPopUpButton, pairPopUp>, makePopUp},
+    {isA<CanvasView>, isDrawn, pairAs<CanvasView, NSView, pairCanvas>, nullptr},
+    {hasRadioButtons, isControl<NSMatrix>, pairAs<QWidget, NSMatrix, pairMatrix>, makeMatrix},
+    pairing<QSlider, NSSlider, pairSlider>(makeSlider),
+    pairing<QLineEdit, NSTextField, pairEditable>(nullptr),
     pairing<QCheckBox, NSButton, pairCheckBox>(makeSwitch),
     pairing<QPushButton, NSButton, pairPushButton>(makePushButton),
     pairing<QToolButton, NSButton, pairPushButton>(makePushButton),

@@ -1,9 +1,19 @@
 #include "qt/QtApplication.h"
 
+#include "qt/Guarded.h"
+
 #include <QApplication>
 #include <QDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <memory>
+#include <utility>
 
 namespace kelvo {
+
+using platform::NSAlertSheet;
 
 namespace {
 
@@ -13,6 +23,26 @@ bool isSheetOf(const QDialog& dialog, const QWidget& window) {
            dialog.parentWidget()->window() == &window;
 }
 
+/// Texts are shown as they are, the title as a heading.
+void showTexts(QMessageBox& box, const NSAlertSheet& sheet) {
+    const QString title = QString::fromStdString(sheet.title);
+    box.setText(title);
+    box.setInformativeText(QString::fromStdString(sheet.message));
+    for (QLabel* label : box.findChildren<QLabel*>()) {
+        label->setTextFormat(Qt::PlainText);
+        if (label->text() != title) continue;
+        QFont heading = label->font();
+        heading.setBold(true);
+        label->setFont(heading);
+    }
+}
+
+std::int32_t returnCodeOf(const QMessageBox& box, const QAbstractButton* confirms, const QAbstractButton* declines) {
+    if (box.clickedButton() == confirms) return platform::kNSAlertDefaultReturn;
+    if (box.clickedButton() == declines) return platform::kNSAlertAlternateReturn;
+    return kSheetWasEnded;
+}
+
 } // namespace
 
 void QtApplication::activateIgnoringOtherApps() {
@@ -20,6 +50,34 @@ void QtApplication::activateIgnoringOtherApps() {
     if (window_->isMinimized()) window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
     window_->raise();
     window_->activateWindow();
+}
+
+void QtApplication::beginInformationalAlertSheet(const NSAlertSheet& sheet, const platform::NSObject& delegate,
+                                                 std::function<void(std::int32_t returnCode)> didEnd) {
+    const auto tell = [target = delegate.weakReference(), didEnd = std::move(didEnd)](std::int32_t returnCode) {
+        guarded([&] {
+            if (!target.expired()) didEnd(returnCode);
+        });
+    };
+    if (!window_) {
+        QMetaObject::invokeMethod(
+            qApp, [tell] { tell(kSheetWasEnded); }, Qt::QueuedConnection);
+        return;
+    }
+
+    // The window owns it until it has been closed.
+    QMessageBox* const box = std::make_unique<QMessageBox>(window_.data()).release();
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setIcon(QMessageBox::Information);
+    showTexts(*box, sheet);
+    QPushButton* const confirms = box->addButton(QString::fromStdString(sheet.defaultButton), QMessageBox::AcceptRole);
+    QPushButton* const declines =
+        box->addButton(QString::fromStdString(sheet.alternateButton), QMessageBox::RejectRole);
+    box->setDefaultButton(confirms);
+    box->setEscapeButton(declines);
+    QObject::connect(box, &QDialog::finished, box,
+                     [box, confirms, declines, tell] { tell(returnCodeOf(*box, confirms, declines)); });
+    box->open();
 }
 
 void QtApplication::endSheetInKeyWindow() {

@@ -5,6 +5,9 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <cstdint>
+#include <functional>
+
 namespace kelvo {
 
 /// What a sheet that the application ended returns; neither QDialog::Accepted nor QDialog::Rejected, nor any button of
@@ -18,6 +21,9 @@ public:
     void setWindow(QWidget& window) { window_ = &window; }
 
     void activateIgnoringOtherApps() override;
+    /// Without a window the alert counts as ended by the program.
+    void beginInformationalAlertSheet(const platform::NSAlertSheet& sheet, const platform::NSObject& delegate,
+                                      std::function<void(std::int32_t returnCode)> didEnd) override;
     void endSheetInKeyWindow() override;
 
 private:

@@ -3,6 +3,7 @@
 #include "qt/FormBinder.h"
 #include "qt/FormBinding.h"
 #include "qt/FormTexts.h"
+#include "qt/UserAct.h"
 
 #include <optional>
 #include <stdexcept>
@@ -20,7 +21,7 @@ public:
         // Untied first, so that nothing the widgets do while they go reaches a model. The form belongs to whatever
         // window it was put into as well, and has gone with it if that went first.
         binding_.reset();
-        const std::unique_ptr<QWidget> remaining(form_.data());
+        discardForm(std::unique_ptr<QWidget>(form_.data()));
     }
 
 private:

@@ -42,6 +42,11 @@ std::optional<std::string> deviceNameFromList(const Value& stored) {
     return names->empty() ? "" : names->front();
 }
 
+void readDevicesAndDriver(const NSMutableDictionary& utilities) {
+    setDevicesModel(deviceNames(utilities.objectForKey(keys::currentDeviceType)));
+    gDriverEnable = utilities.objectForKey(keys::driverEnable).boolValue();
+}
+
 std::size_t countOfDevices() { return gDeviceModel ? gDeviceModel->size() : 0; }
 
 void saveSelectDeviceName() {
@@ -161,7 +166,7 @@ void KelvoTouchDisplayPref::mainViewDidLoad() {
         alertTextField_.setHidden(false);
         alertTextField_.setStringValue(localizedString("Alert.disconnect"));
     } else if (!gDriverEnable) {
-        showDriverDisabled();
+        disableSettingsForString(localizedString("Alert.driverDisable"));
     } else if (countOfDevices() == 1) {
         setSettingsHidden(false);
         alertTextField_.setHidden(true);
@@ -181,7 +186,7 @@ void KelvoTouchDisplayPref::willSelect() {
         setSettingsHidden(true);
         selectDeviceView_.setHidden(true);
     } else if (!gDriverEnable) {
-        showDriverDisabled();
+        disableSettingsForString(localizedString("Alert.driverDisable"));
     } else if (countOfDevices() == 1) {
         setSettingsHidden(false);
         selectDeviceView_.setHidden(true);
@@ -191,6 +196,7 @@ void KelvoTouchDisplayPref::willSelect() {
     }
 
     _panelPref = this;
+    isSelected_ = true;
     if (!localPortForSBApp_) openPort();
     if (gModelType == "" || !gDriverEnable) {
         NSLog("return");
@@ -205,6 +211,7 @@ void KelvoTouchDisplayPref::willSelect() {
 }
 
 void KelvoTouchDisplayPref::willUnselect() {
+    isSelected_ = false;
     unselectedView();
     if (RunLoopForSBApp_) platform::CFRunLoop::getCurrent().removeSource(*RunLoopForSBApp_);
     localPortForSBApp_.reset();
@@ -294,8 +301,7 @@ void KelvoTouchDisplayPref::tabViewWillSelectTabViewItem(platform::NSTabView& ta
 
 void KelvoTouchDisplayPref::readDeviceState(const NSMutableDictionary& utilities) {
     verboseLog = utilities.objectForKey(keys::verboseLog).boolValue();
-    setDevicesModel(deviceNames(utilities.objectForKey(keys::currentDeviceType)));
-    gDriverEnable = utilities.objectForKey(keys::driverEnable).boolValue();
+    readDevicesAndDriver(utilities);
 }
 
 void KelvoTouchDisplayPref::setSettingsHidden(bool hidden) {
@@ -304,20 +310,15 @@ void KelvoTouchDisplayPref::setSettingsHidden(bool hidden) {
     tabPopUp_.setHidden(hidden);
 }
 
-void KelvoTouchDisplayPref::showDriverDisabled() {
-    selectDeviceView_.setHidden(true);
-    setSettingsHidden(true);
-    alertTextField_.setHidden(false);
-    alertTextField_.setStringValue(localizedString("Alert.driverDisable"));
-}
-
 void KelvoTouchDisplayPref::openPort() {
-    localPortForSBApp_ = platform::CFMessagePorts::current().createLocal(
+    auto port = platform::CFMessagePorts::current().createLocal(
         kPreferencePortName,
         [this](platform::CFMessagePort& local, std::int32_t messageId, std::span<const std::uint8_t> data) {
             preferencePortCallBack(local, messageId, data, *this);
         });
-    if (!localPortForSBApp_) return;
+    // Opening may run the main loop, in which the host may leave the pane.
+    if (!port || !isSelected_) return;
+    localPortForSBApp_ = std::move(port);
     RunLoopForSBApp_ = localPortForSBApp_->createRunLoopSource();
     platform::CFRunLoop::getCurrent().addSource(*RunLoopForSBApp_);
 }
@@ -351,9 +352,7 @@ void KelvoTouchDisplayPref::saveStatusMenuState() {
 
 void preferencePortCallBack(platform::CFMessagePort& /*local*/, std::int32_t messageId,
                             std::span<const std::uint8_t> data, KelvoTouchDisplayPref& context) {
-    const NSMutableDictionary utilities = readUtilitiesDictionary();
-    setDevicesModel(deviceNames(utilities.objectForKey(keys::currentDeviceType)));
-    gDriverEnable = utilities.objectForKey(keys::driverEnable).boolValue();
+    readDevicesAndDriver(readUtilitiesDictionary());
     const NSMutableDictionary payload = Helpers::NSMutableDictionary::dictionaryWithContentsOfData(data);
 
     switch (messageId) {

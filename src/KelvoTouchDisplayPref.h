@@ -63,7 +63,6 @@ private:
 
     void readDeviceState(const platform::NSMutableDictionary& utilities);
     void setSettingsHidden(bool hidden);
-    void showDriverDisabled();
     void openPort();
     void updateTab(int index);
     [[nodiscard]] TDTabController& controllerOfTab(int index);
@@ -85,6 +84,8 @@ private:
     std::unique_ptr<platform::CFRunLoopSource> RunLoopForSBApp_;
     [[maybe_unused]] std::unique_ptr<platform::CFMessagePort> localPortForDeviceDriver_;
     [[maybe_unused]] std::unique_ptr<platform::CFRunLoopSource> RunLoopForDeviceDriver_;
+    // Between willSelect and willUnselect.
+    bool isSelected_ = false;
 };
 
 /// Handles one message on the port of `context`, which is the pane that opened it. Messages are not replied to.

@@ -41,6 +41,7 @@ enum MessageID : std::int32_t {
 namespace keys {
 inline constexpr std::string_view autoCalibration = "AutoCalibration";
 inline constexpr std::string_view currentDeviceType = "CurrentDeviceType";
+inline constexpr std::string_view descriptor = "Descriptor";
 inline constexpr std::string_view deviceName = "DeviceName";
 inline constexpr std::string_view doubleClickRange = "DoubleClickRange";
 inline constexpr std::string_view doubleClickRate = "DoubleClickRate";
@@ -48,8 +49,11 @@ inline constexpr std::string_view driverEnable = "DriverEnable";
 inline constexpr std::string_view driverVersion = "DriverVersion";
 inline constexpr std::string_view gestureArray = "GestureArray";
 inline constexpr std::string_view isConnected = "IsConnected";
+inline constexpr std::string_view isEnable = "IsEnable";
 inline constexpr std::string_view isShowStatuMenu = "IsShowStatuMenu";
 inline constexpr std::string_view manualCalibration = "ManualCalibration";
+inline constexpr std::string_view moreGesture = "MoreGesture";
+inline constexpr std::string_view name = "Name";
 inline constexpr std::string_view OSDHeight = "OSDHeight";
 inline constexpr std::string_view OSDWidth = "OSDWidth";
 inline constexpr std::string_view rightClick = "RightClick";
@@ -58,5 +62,29 @@ inline constexpr std::string_view rightClickTimeIntelval = "RightClickTimeIntelv
 inline constexpr std::string_view rotateMode = "RotateMode";
 inline constexpr std::string_view selectDeviceName = "SelectDeviceName";
 inline constexpr std::string_view selectedMenuItem = "SelectedMenuItem";
+inline constexpr std::string_view selectedIndex = "SelectedIndex";
 inline constexpr std::string_view verboseLog = "VerboseLog";
 } // namespace keys
+
+/// The switches of the system's own gestures, in the dock's preferences and, the last one, in the global preferences.
+namespace systemKeys {
+inline constexpr std::string_view appExpose = "showAppExposeGestureEnabled";
+inline constexpr std::string_view launchpad = "showLaunchpadGestureEnabled";
+inline constexpr std::string_view missionControl = "showMissionControlGestureEnabled";
+inline constexpr std::string_view showDesktop = "showDesktopGestureEnabled";
+inline constexpr std::string_view swipeNavigateWithScrolls = "AppleEnableSwipeNavigateWithScrolls";
+} // namespace systemKeys
+
+/// The identifiers of the gestures that have rules of their own, and of the actions that collide.
+namespace gestures {
+inline constexpr std::string_view appExpose = "AppExpos\u00e9";
+inline constexpr std::string_view fullScreenApps = "FullScreenApps";
+inline constexpr std::string_view launchpad = "Launchpad";
+inline constexpr std::string_view missionControl = "MissionControl";
+inline constexpr std::string_view showDesktop = "ShowDesktop";
+inline constexpr std::string_view swipeBetweenPages = "SwipeBetweenPages";
+
+inline constexpr std::string_view swipeLeftOrRightWithThreeFingers = "SwipeLeftOrRightWithThreeFingers";
+inline constexpr std::string_view swipeWithThreeFingers = "SwipeWithThreeFingers";
+inline constexpr std::string_view swipeWithTwoOrThreeFingers = "SwipeWithTwoOrThreeFingers";
+} // namespace gestures

@@ -2,6 +2,7 @@
 
 #include "TDNames.h"
 #include "platform/Bundle.h"
+#include "platform/Clock.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
 #include "platform/MessagePorts.h"
@@ -54,6 +55,30 @@ platform::NSMutableDictionary readOrCreate(const std::string& path, platform::NS
     return platform::NSMutableDictionary::dictionaryWithContentsOfFile(path);
 }
 
+/// A temporary file younger than this is still being written.
+constexpr double kLockLifetimeSeconds = 15.0;
+
+/// The first temporary file that the folder lists decides, whatever comes behind it.
+bool isPreferenceFileLock(std::string_view prefix, std::string_view excludedName) {
+    NSFileManager& files = NSFileManager::defaultManager();
+    const std::string folder = userPreferencesFolder();
+    std::optional<bool> isLocked;
+    const bool wasListed = files.visitDirectoryAtPath(folder, [&](std::string_view name) {
+        if (name.size() <= prefix.size() || !name.starts_with(prefix) || name == excludedName) return true;
+        platform::NSLog("  tempFile = %@", name);
+        platform::NSLog("  return YES");
+        const auto modified = files.modificationDateAtPath(folder + std::string(name));
+        if (!modified) return true;
+        const double age =
+            platform::Clock::current().date().timeIntervalSinceReferenceDate - modified->timeIntervalSinceReferenceDate;
+        isLocked = age < kLockLifetimeSeconds;
+        return false;
+    });
+    if (wasListed && isLocked) return *isLocked;
+    platform::NSLog("  return NO");
+    return false;
+}
+
 } // namespace
 
 std::string localizedString(std::string_view key, std::string_view value) {
@@ -66,7 +91,7 @@ std::string getSettingsFileName(const std::optional<std::string>& name) {
 }
 
 std::string getPreferenceFolderPath() {
-    const std::string path = userPreferencesFolder() + localizedString("PreferenceFolderName");
+    std::string path = userPreferencesFolder() + localizedString("PreferenceFolderName");
     createFolderIfMissing(path);
     return path;
 }
@@ -88,8 +113,7 @@ std::string getGlobalPreferenceFilePath() { return userPreferencesFolder() + ".G
 std::string getDockPreferenceFilePath() { return userPreferencesFolder() + "com.apple.dock.plist"; }
 
 std::string getSystemPreferenceFolderPath() {
-    const std::string path =
-        NSFileManager::defaultManager().localLibraryDirectory() + "/Preferences/" + "KelvoTouchDisplay";
+    std::string path = NSFileManager::defaultManager().localLibraryDirectory() + "/Preferences/" + "KelvoTouchDisplay";
     createFolderIfMissing(path);
     return path;
 }
@@ -122,6 +146,19 @@ bool saveSettingItemsToPlist(const platform::NSMutableDictionary& items, const s
                         : platform::NSMutableDictionary::dictionary();
     for (const std::string& key : items.allKeys()) contents.setObjectForKey(items.objectForKey(key), key);
     return contents.writeToFileAtomically(path);
+}
+
+bool isDockPreferenceFileLock() {
+    return isPreferenceFileLock("com.apple.dock.plist.", "com.apple.dock.plist.lockfile");
+}
+
+bool isSystemPreferenceFileLock() {
+    return isPreferenceFileLock("com.apple.systempreferences.plist.", "com.apple.systempreferences.plist.lockfile");
+}
+
+bool isGlobalPreferenceFileLock() {
+    // Without a final "." as the others have: any longer name counts.
+    return isPreferenceFileLock(".GlobalPreferences.plist", ".GlobalPreferences.plist.lockfile");
 }
 
 void sendToPort(const std::string& portName, const platform::NSMutableDictionary& dictionary, std::int32_t messageId) {

@@ -46,6 +46,14 @@
 /// nothing was written; a file that cannot be read is never overwritten.
 bool saveSettingItemsToPlist(const platform::NSMutableDictionary& items, const std::string& path);
 
+// Whether the system is writing one of its preference files right now: a temporary file beside it, named after it, was
+// modified less than 15 seconds ago. Only a hint, since the writing may begin after the answer. Each logs what it
+// found.
+
+[[nodiscard]] bool isDockPreferenceFileLock();
+[[nodiscard]] bool isSystemPreferenceFileLock();
+[[nodiscard]] bool isGlobalPreferenceFileLock();
+
 /// Sends a message to the port of another process and waits for its answer, for at most two seconds. Whether it arrived
 /// shows nowhere.
 void sendToPort(const std::string& portName, const platform::NSMutableDictionary& dictionary, std::int32_t messageId);

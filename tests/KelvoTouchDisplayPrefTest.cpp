@@ -408,6 +408,15 @@ TEST_F(WillSelect, WithThePortsNameTakenTriesAgainTheNextTime) {
     EXPECT_TRUE(platform.ports.isListening("PreferenceMessagePort"));
 }
 
+TEST_F(WillSelect, LeavesNoPortBehindWhenThePaneIsLeftWhileThatOpens) {
+    setUtilities({"A"}, true);
+    platform.ports.duringOpening = [&] { pane->willUnselect(); };
+
+    pane->willSelect();
+
+    EXPECT_FALSE(platform.ports.isListening("PreferenceMessagePort"));
+}
+
 TEST_F(WillSelect, LogsItselfByTheVerbosityFromBeforeTheCall) {
     setUtilities({}, true);
     setUtilitiesItem(true, keys::verboseLog);
@@ -1108,7 +1117,7 @@ TEST_F(AnyMessage, IsNotHeardOnceThePaneWasLeft) {
     expectSettingsShown();
 }
 
-TEST_F(AnyMessage, ThatMovesThePaneToAnotherStateInTheMiddleOfASendLeavesTheSendersStateStanding) {
+TEST_F(AnyMessage, ThatDisconnectsInTheMiddleOfASendLeavesTheChoiceOfTheStatusMenuStanding) {
     setUtilities({"A"}, true);
     show();
     platform.ports.peers["StatusBarMessagePort"] = support::MemoryPorts::Peer::Hung;
@@ -1122,6 +1131,19 @@ TEST_F(AnyMessage, ThatMovesThePaneToAnotherStateInTheMiddleOfASendLeavesTheSend
     expectDisconnected();
     EXPECT_FALSE(utilitiesItem(keys::isShowStatuMenu).boolValue());
     EXPECT_TRUE(utilitiesItem(keys::currentDeviceType).isEqual(arrayOf({})));
+}
+
+TEST_F(AnyMessage, ThatReloadsThePaneInTheMiddleOfASendTakesTheChoiceOfTheStatusMenuBackEverywhere) {
+    setUtilities({"A"}, true);
+    show();
+    platform.ports.peers["StatusBarMessagePort"] = support::MemoryPorts::Peer::Hung;
+    platform.runLoop.scheduleTimer(0.5, [&] { receive(4, dictionaryOf({{true, "DriverEnable"}})); });
+
+    statusBarState().performClick();
+
+    // The file, which was not written yet, is what the pane reloads from; file and check box stay in step.
+    EXPECT_TRUE(utilitiesItem(keys::isShowStatuMenu).boolValue());
+    EXPECT_EQ(statusBarState().state(), 1);
 }
 
 TEST_F(AnyMessage, ThatRefillsTheChooserInTheMiddleOfAChoiceLeavesTheChoiceStanding) {

@@ -303,6 +303,15 @@ TEST_F(Sending, ToAHungDriverReturnsAfterItsTimeOutAndTellsNobody) {
     EXPECT_EQ(platform.runLoop.now(), 1.0);
 }
 
+TEST_F(Sending, ToASlowDriverWaitsForItsAnswer) {
+    platform.ports.peers["TouchDisplayDriverMessagePort"] = MemoryPorts::Peer::Slow;
+
+    resetDeviceParameter(payload, 0);
+
+    EXPECT_EQ(platform.runLoop.now(), 0.5);
+    EXPECT_EQ(platform.ports.received.size(), 1U);
+}
+
 TEST_F(Sending, LooksThePortUpForEachMessage) {
     platform.ports.peers["TouchDisplayDriverMessagePort"] = MemoryPorts::Peer::Answers;
     resetDeviceParameter(payload, 0);

@@ -7,6 +7,7 @@
 #include "linux/Launcher.h"
 #include "linux/PlistCoder.h"
 #include "linux/PosixFileManager.h"
+#include "linux/SystemClock.h"
 #include "linux/TerminationSignals.h"
 #include "platform/Platform.h"
 #include "qt/Forms.h"
@@ -57,13 +58,23 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
     kelvo::PlistCoder propertyLists;
     kelvo::QtRunLoop runLoop;
     kelvo::BusMessagePorts messagePorts(runLoop);
+    kelvo::SystemClock clock;
     kelvo::Launcher workspace(fileManager);
     kelvo::QtApplication application;
     const auto bundle = kelvo::BundleDirectory::open(options.panePath.value_or(installedPanePath()));
     kelvo::QtNibs nibs(bundle->identifier(), kelvo::paneForms());
-    platform::Platform platform{log,     fileManager, propertyLists, *bundle, messagePorts,
-                                runLoop, &workspace,  &application,  &nibs};
-    platform::usePlatform(&platform);
+    platform::Platform platform{.log = log,
+                                .fileManager = fileManager,
+                                .propertyLists = propertyLists,
+                                .bundles = *bundle,
+                                .messagePorts = messagePorts,
+                                .runLoop = runLoop,
+                                .clock = clock,
+                                .systemVersion = clock,
+                                .workspace = &workspace,
+                                .application = &application,
+                                .nibs = &nibs};
+    const platform::PlatformInUse inUse(platform);
 
     kelvo::SingleInstance instance(messagePorts, runLoop, [&] { application.activateIgnoringOtherApps(); });
     switch (instance.claim()) {

@@ -6,8 +6,8 @@ namespace kelvo {
 
 namespace {
 
-constexpr std::string_view paneOption = "--pane";
-constexpr std::string_view paneOptionWithValue = "--pane=";
+constexpr std::string_view kPaneOption = "--pane";
+constexpr std::string_view kPaneOptionWithValue = "--pane=";
 
 Options mistaken(const std::string& mistake) {
     Options options;
@@ -20,15 +20,15 @@ Options mistaken(const std::string& mistake) {
 Options parseOptions(const std::vector<std::string>& arguments) {
     Options options;
     for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-        if (*argument == "--help") {
+        if (*argument == "--help" || *argument == "-h") {
             options.help = true;
         } else if (*argument == "--version") {
             options.version = true;
-        } else if (*argument == paneOption) {
+        } else if (*argument == kPaneOption) {
             if (++argument == arguments.end()) return mistaken("--pane needs the path of a pane: --pane PATH");
             options.panePath = *argument;
-        } else if (argument->starts_with(paneOptionWithValue)) {
-            options.panePath = argument->substr(paneOptionWithValue.size());
+        } else if (argument->starts_with(kPaneOptionWithValue)) {
+            options.panePath = argument->substr(kPaneOptionWithValue.size());
         } else {
             return mistaken("unknown argument " + *argument);
         }
@@ -42,7 +42,7 @@ std::string helpText() {
            "Shows the settings of the touch display in a window.\n"
            "\n"
            "  --pane PATH  show the pane bundle at PATH instead of the installed one\n"
-           "  --help       print this text and exit\n"
+           "  -h, --help   print this text and exit\n"
            "  --version    print the version and exit\n";
 }
 

@@ -3,6 +3,7 @@
 #include "TDNames.h"
 #include "TDUtilities.h"
 #include "peers/driver/JsonLine.h"
+#include "platform/Log.h"
 
 #include <algorithm>
 #include <optional>
@@ -69,10 +70,20 @@ bool DriverSimulator::start() {
     source_ = port_->createRunLoopSource();
     platform::CFRunLoop::getCurrent().addSource(*source_);
 
-    const Value enabled = readUtilitiesDictionary().objectForKey(keys::driverEnable);
+    const NSMutableDictionary utilities = readUtilitiesDictionary();
+    const Value enabled = utilities.objectForKey(keys::driverEnable);
     isDriverEnabled_ = !enabled || enabled.boolValue();
-    saveState();
+    if (utilities.objectForKey(keys::currentDeviceType).array().count() > 0) {
+        tellOfDisconnection();
+    } else {
+        saveState();
+    }
     return true;
+}
+
+void DriverSimulator::stop() {
+    if (std::exchange(devices_, {}).empty()) return;
+    tellOfDisconnection();
 }
 
 void DriverSimulator::connect(const std::string& name) {
@@ -90,8 +101,7 @@ void DriverSimulator::connect(const std::string& name) {
 void DriverSimulator::disconnect(const std::string& name) {
     if (!isConnected(name)) throw std::runtime_error("\"" + name + "\" is not connected; see \"status\"");
     std::erase(devices_, name);
-    tellPane(kMessageIDForDeviceIsConnected,
-             NSMutableDictionary::dictionaryWithObjectsAndKeys({{false, keys::isConnected}}));
+    tellOfDisconnection();
 }
 
 void DriverSimulator::setDriverEnabled(bool enabled) {
@@ -124,7 +134,10 @@ void DriverSimulator::receive(std::int32_t messageId, std::span<const std::uint8
 /// Only a display that is connected has settings to change; any other name would make a file of its own.
 void DriverSimulator::store(const NSMutableDictionary& payload) const {
     const auto name = payload.objectForKey(keys::deviceName).string();
-    if (name && isConnected(*name)) saveSettingItemsToPlist(withoutDeviceName(payload), getSettingsFilePath(name));
+    if (!name || !isConnected(*name)) return;
+    if (!saveSettingItemsToPlist(withoutDeviceName(payload), getSettingsFilePath(name))) {
+        platform::NSLog("%@ cannot be read or written; repair or remove it", getSettingsFilePath(name));
+    }
 }
 
 bool DriverSimulator::isConnected(const std::string& name) const {
@@ -132,9 +145,16 @@ bool DriverSimulator::isConnected(const std::string& name) const {
 }
 
 void DriverSimulator::saveState() const {
-    saveSettingItemsToPlist(NSMutableDictionary::dictionaryWithObjectsAndKeys(
-                                {{deviceList(), keys::currentDeviceType}, {isDriverEnabled_, keys::driverEnable}}),
-                            getUilitiesFilePath());
+    const auto state = NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{deviceList(), keys::currentDeviceType}, {isDriverEnabled_, keys::driverEnable}});
+    if (!saveSettingItemsToPlist(state, getUilitiesFilePath())) {
+        throw std::runtime_error(getUilitiesFilePath() + " cannot be read or written; repair or remove it");
+    }
+}
+
+void DriverSimulator::tellOfDisconnection() const {
+    tellPane(kMessageIDForDeviceIsConnected,
+             NSMutableDictionary::dictionaryWithObjectsAndKeys({{false, keys::isConnected}}));
 }
 
 /// The pane takes the state from the file when it hears of a change, so the file comes first.

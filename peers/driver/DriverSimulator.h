@@ -21,9 +21,11 @@ public:
     /// `printLine` gets each message received as one line of JSON.
     explicit DriverSimulator(std::function<void(const std::string&)> printLine);
 
-    /// Takes the port, and the devices' state into the utilities file with no device connected. False when another
-    /// driver has the port or there is no bus.
+    /// Takes the port, and begins with no display connected, whatever an earlier driver left in the utilities file.
+    /// False when another driver has the port or there is no bus.
     [[nodiscard]] bool start();
+    /// Disconnects every display, as the end of a driver does.
+    void stop();
 
     // Each of these makes its change and tells the pane. What cannot be done is a std::runtime_error that names the
     // fix.
@@ -43,6 +45,7 @@ private:
     void store(const platform::NSMutableDictionary& payload) const;
     [[nodiscard]] bool isConnected(const std::string& name) const;
     void saveState() const;
+    void tellOfDisconnection() const;
     void tellPane(std::int32_t messageId, const platform::NSMutableDictionary& payload) const;
     [[nodiscard]] platform::NSMutableArray deviceList() const;
 

@@ -3,26 +3,28 @@
 #include "linux/PlistCoder.h"
 #include "linux/PollRunLoop.h"
 #include "linux/PosixFileManager.h"
+#include "linux/SystemClock.h"
 #include "linux/TerminationSignals.h"
 #include "peers/ProductStrings.h"
 #include "peers/driver/ControlChannel.h"
 #include "peers/driver/DriverSimulator.h"
+#include "peers/driver/SystemGestures.h"
 #include "platform/Platform.h"
 
 #include <algorithm>
 #include <charconv>
-#include <chrono>
+#include <cmath>
+#include <ctime>
 #include <exception>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
-#include <thread>
 
 namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr char kUsage[] = R"(Usage: kelvo-touch-driver-sim [run] [--connect NAME]...
+constexpr char kUsage[] = R"(Usage: kelvo-touch-driver-sim [run] [--connect NAME]... [--system-gestures]
        kelvo-touch-driver-sim COMMAND
 
 Stands in for the driver of a touch display. "run" starts it in the foreground; it prints each message that the
@@ -32,11 +34,15 @@ settings pane sends as one line of JSON, and ends with Ctrl-C. The commands are 
   disconnect NAME   disconnect it
   enable, disable   switch the driver on or off
   show-tab N        have the pane show a tab (0 calibration, 1 touch, 2 hardware, 3 version)
+  system-gesture NAME on|off
+                    switch one of the system's own gestures in the home's preference files, which the pane follows when
+                    it next shows the touch tab: AppExpose, ShowDesktop, MissionControl, Launchpad, SwipeBetweenPages
   hang SECONDS      answer nothing for so long
   status            print what is connected
 
   --connect NAME    with "run": begin with this display connected
-  --help            print this
+  --system-gestures with "run": first make the system's preference files, all gestures on, where there are none
+  --help, --version print this, or the version
 )";
 
 /// A number that is the whole of `text`; none when it is no number.
@@ -48,6 +54,13 @@ std::optional<Number> wholeNumber(const std::string& text) {
     return number;
 }
 
+/// Does nothing at all, but for the signals that end the process.
+void standStill(double seconds) {
+    const double whole = std::floor(seconds);
+    const timespec duration{static_cast<time_t>(whole), static_cast<long>((seconds - whole) * 1e9)};
+    nanosleep(&duration, nullptr);
+}
+
 /// Answers nothing for a while: the whole process stands still, as a driver that hangs does.
 std::string hang(const std::string& secondsText) {
     constexpr double kLongest = 600.0;
@@ -56,8 +69,7 @@ std::string hang(const std::string& secondsText) {
         throw std::runtime_error("\"hang\" takes a number of seconds, more than 0 and up to 600");
     }
     // Later, so that whoever gave the command still has its answer.
-    platform::CFRunLoop::getCurrent().scheduleTimer(
-        0.0, [duration = std::chrono::duration<double>(*seconds)] { std::this_thread::sleep_for(duration); });
+    platform::CFRunLoop::getCurrent().scheduleTimer(0.0, [duration = *seconds] { standStill(duration); });
     return "hanging for " + secondsText + " s";
 }
 
@@ -81,6 +93,9 @@ std::string performCommand(kelvo::DriverSimulator& driver, const Words& words) {
         const auto index = wholeNumber<std::int64_t>(words[1]);
         if (!index) throw std::runtime_error("\"show-tab\" takes the number of a tab, 0 to 3");
         driver.showTab(*index);
+    } else if (is("system-gesture", 2)) {
+        kelvo::setSystemGesture(words[1], words[2]);
+        return kelvo::systemGestureStates();
     } else if (is("hang", 1)) {
         return hang(words[1]);
     } else if (!is("status", 0)) {
@@ -99,33 +114,44 @@ kelvo::CommandResult resultOf(kelvo::DriverSimulator& driver, const Words& words
 
 void printLine(const std::string& line) { std::cout << line << std::endl; }
 
-/// The displays after each --connect.
-Words displaysToConnect(const Words& words) {
-    Words names;
-    for (std::size_t i = 0; i < words.size(); i += 2) {
-        if (words[i] != "--connect" || i + 1 == words.size()) {
-            throw std::runtime_error("\"run\" takes only --connect NAME; see --help");
+/// What "run" begins with.
+struct Beginning {
+    Words displays;
+    bool makesSystemGestureFiles = false;
+};
+
+Beginning beginningOf(const Words& words) {
+    Beginning beginning;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (words[i] == "--system-gestures") {
+            beginning.makesSystemGestureFiles = true;
+        } else if (words[i] == "--connect" && i + 1 < words.size()) {
+            beginning.displays.push_back(words[++i]);
+        } else {
+            throw std::runtime_error("\"run\" takes only --connect NAME and --system-gestures; see --help");
         }
-        names.push_back(words[i + 1]);
     }
-    return names;
+    return beginning;
 }
 
 int run(const Words& words) {
-    const Words displays = displaysToConnect(words);
+    const Beginning beginning = beginningOf(words);
     kelvo::Journal journal("kelvo-touch-driver-sim");
     kelvo::PosixFileManager fileManager;
     kelvo::PlistCoder propertyLists;
     kelvo::ProductStrings strings;
     kelvo::PollRunLoop runLoop;
     kelvo::BusMessagePorts ports(runLoop);
+    kelvo::SystemClock clock;
     platform::Platform platform{.log = journal,
                                 .fileManager = fileManager,
                                 .propertyLists = propertyLists,
                                 .bundles = strings,
                                 .messagePorts = ports,
-                                .runLoop = runLoop};
-    platform::usePlatform(&platform);
+                                .runLoop = runLoop,
+                                .clock = clock,
+                                .systemVersion = clock};
+    const platform::PlatformInUse inUse(platform);
 
     kelvo::DriverSimulator driver(printLine);
     const kelvo::TerminationSignals signals(runLoop, [&] { runLoop.stop(); });
@@ -135,9 +161,11 @@ int run(const Words& words) {
         throw std::runtime_error("the driver's place on the session bus cannot be had: another driver has it (end that "
                                  "one), or there is no bus (set DBUS_SESSION_BUS_ADDRESS)");
     }
-    for (const std::string& name : displays) driver.connect(name);
+    if (beginning.makesSystemGestureFiles) kelvo::createSystemGestureFiles();
+    for (const std::string& name : beginning.displays) driver.connect(name);
     printLine(driver.status());
     runLoop.run();
+    driver.stop();
     return 0;
 }
 
@@ -157,7 +185,11 @@ int main(int argc, char* argv[]) {
             std::cout << kUsage;
             return 0;
         }
-        if (words.empty() || words[0] == "--connect") return run(words);
+        if (!words.empty() && words[0] == "--version") {
+            std::cout << "kelvo-touch-driver-sim " KELVO_VERSION "\n";
+            return 0;
+        }
+        if (words.empty() || words[0].starts_with("--")) return run(words);
         if (words[0] == "run") return run(Words(words.begin() + 1, words.end()));
         return perform(words);
     } catch (const std::exception& error) {

@@ -1,12 +1,44 @@
 #include "platform/Controls.h"
 
+#include "platform/PropertyList.h"
+
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace platform {
 
 NSObject::~NSObject() = default;
 
-NSView::~NSView() = default;
+NSView::~NSView() {
+    for (const auto& subview : subviews_) subview->superview_ = nullptr;
+}
+
+void NSView::addSubview(std::shared_ptr<NSView> view) {
+    view->removeFromSuperview();
+    view->superview_ = this;
+    subviews_.push_back(std::move(view));
+    notifyChanged();
+}
+
+void NSView::removeFromSuperview() {
+    NSView* const superview = std::exchange(superview_, nullptr);
+    if (!superview) return;
+    const auto isThis = [this](const auto& subview) { return subview.get() == this; };
+    const auto place = std::find_if(superview->subviews_.begin(), superview->subviews_.end(), isThis);
+    // This view stays alive until the superview has shown that it is gone.
+    const std::shared_ptr<NSView> self = std::move(*place);
+    superview->subviews_.erase(place);
+    superview->notifyChanged();
+}
+
+NSPoint NSView::convertPointFromContentView(NSPoint point) const {
+    return {point.x - originInContentView_.x, point.y - originInContentView_.y};
+}
+
+void NSView::setNeedsDisplay(bool needsDisplay) {
+    if (needsDisplay) notifyChanged();
+}
 
 Subscription NSView::observeChanges(std::function<void()> observer) {
     auto registered = std::make_shared<const std::function<void()>>(std::move(observer));
@@ -38,6 +70,12 @@ void NSButton::performClick() {
     sendAction();
 }
 
+void NSPopUpButtonCell::setBordered(bool bordered) { popUp_.set(bordered_, bordered); }
+
+void NSPopUpButtonCell::setArrow(bool arrow) { popUp_.set(arrow_, arrow); }
+
+double NSPopUpButtonCell::attributedTitleWidth() const { return measure_ ? measure_(popUp_.title()) : 0.0; }
+
 NSPopUpButton::~NSPopUpButton() = default;
 
 std::optional<std::string> NSPopUpButton::titleOfSelectedItem() const {
@@ -67,14 +105,71 @@ void NSPopUpButton::selectItemAtIndex(int index) {
 }
 
 void NSPopUpButton::performSelectItemAtIndex(int index) {
-    if (!isEnabled() || !hasItem(index)) return;
+    if (!opensMenu() || !hasItem(index) || (pullsDown_ && index == 0)) return;
     selectItemAtIndex(index);
     sendAction();
 }
 
 bool NSPopUpButton::hasItem(int index) const { return index >= 0 && index < static_cast<int>(titles_.size()); }
 
+NSSlider::~NSSlider() = default;
+
+void NSSlider::setDoubleValue(double value) { set(value_, bounded(value)); }
+
+void NSSlider::setBounds(double minimum, double maximum) {
+    minimum_ = minimum;
+    maximum_ = maximum;
+    setDoubleValue(value_);
+}
+
+void NSSlider::performSetDoubleValue(double value) {
+    if (!isEnabled()) return;
+    setDoubleValue(value);
+    sendAction();
+}
+
+double NSSlider::bounded(double value) const {
+    if (std::isnan(value)) return minimum_.value_or(0.0);
+    if (minimum_ && value < *minimum_) return *minimum_;
+    if (maximum_ && value > *maximum_) return *maximum_;
+    return value;
+}
+
+bool NSNumberFormatter::accepts(const std::string& text) const {
+    if (text.empty()) return true;
+    const double number = leadingNumber(text);
+    return isWhollyNumber(text) && number >= minimum && number <= maximum;
+}
+
 NSTextField::~NSTextField() = default;
+
+bool NSTextField::performEndEditing(const std::string& text) {
+    if (!isEnabled()) return true;
+    setStringValue(text);
+    if (!delegate_) return true;
+    if (formatter_ && !formatter_->accepts(text)) {
+        return delegate_->controlDidFailToFormatStringErrorDescription(*this, text, "not a number within the bounds");
+    }
+    return delegate_->controlTextShouldEndEditing(*this, text);
+}
+
+NSMatrix::~NSMatrix() = default;
+
+void NSMatrix::setNumberOfRows(int rows) {
+    rows_ = rows;
+    selected_ = rows > 0 ? std::clamp(selected_, 0, rows - 1) : -1;
+    notifyChanged();
+}
+
+void NSMatrix::selectCellAtRowColumn(int row, int column) {
+    if (row >= 0 && row < rows_ && column == 0) set(selected_, row);
+}
+
+void NSMatrix::performSelectRow(int row) {
+    if (!isEnabled() || row < 0 || row >= rows_) return;
+    selectCellAtRowColumn(row, 0);
+    sendAction();
+}
 
 NSTabView::~NSTabView() = default;
 

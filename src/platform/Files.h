@@ -2,6 +2,7 @@
 
 #include "platform/PropertyList.h"
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -24,6 +25,12 @@ public:
     [[nodiscard]] virtual bool fileExistsAtPath(const std::string& path) = 0;
     /// Creates the folder with all its parents; failure shows only in that the folder is still missing.
     virtual void createDirectoryAtPath(const std::string& path) = 0;
+    /// Calls `visit` with the name of each entry of the folder, in the order in which the file system lists them, until
+    /// it returns false. False when the folder cannot be listed.
+    [[nodiscard]] virtual bool visitDirectoryAtPath(const std::string& path,
+                                                    const std::function<bool(std::string_view name)>& visit) = 0;
+    /// When the entry itself, not what it may link to, was modified; none when it cannot be told.
+    [[nodiscard]] virtual std::optional<NSDate> modificationDateAtPath(const std::string& path) = 0;
     /// The bytes of the file; none when it cannot be read.
     [[nodiscard]] virtual std::optional<NSData> contentsAtPath(const std::string& path) = 0;
     /// Puts `contents` in the file's place so that every reader, at any moment, finds the old file or the new one,

@@ -20,10 +20,8 @@ public:
     virtual void willSelect() {}
     virtual void willUnselect() {}
 
-    /// Loads the pane's form at the first call.
+    /// The pane's view; its form is loaded at the first call.
     NSView& loadMainView();
-    /// The view that `loadMainView` filled.
-    NSView& mainView() { return mainView_; }
 
 private:
     std::string mainNibName_;

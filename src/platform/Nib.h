@@ -12,11 +12,11 @@ namespace platform {
 
 class NSViewController;
 
-/// One field of a controller that a form shows: the field's name with the control, or with the controller of an
-/// embedded form.
+/// One field of a controller that a form shows: the field's name with the control, with the controller of an embedded
+/// form, or with the cell of a pop-up, which the form shows by its pop-up.
 struct NSOutlet {
     std::string name;
-    std::variant<NSView*, NSViewController*> target;
+    std::variant<NSView*, NSViewController*, NSPopUpButtonCell*> target;
 };
 
 /// One operation of a controller that a control of a form may fire, by its selector.

@@ -2,12 +2,14 @@
 
 #include "platform/Application.h"
 #include "platform/Bundle.h"
+#include "platform/Clock.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
 #include "platform/MessagePorts.h"
 #include "platform/Nib.h"
 #include "platform/PropertyList.h"
 #include "platform/RunLoop.h"
+#include "platform/SystemVersion.h"
 
 #include <stdexcept>
 
@@ -73,6 +75,14 @@ std::shared_ptr<NSTimer> NSTimer::scheduledTimerWithTimeInterval(double seconds,
                                                      if (!weakTarget.expired()) action();
                                                  });
 }
+
+Clock& Clock::current() { return platform::current().clock; }
+
+Clock::~Clock() = default;
+
+std::int32_t Gestalt(std::uint32_t selector) { return current().systemVersion.gestalt(selector); }
+
+SystemVersion::~SystemVersion() = default;
 
 CFMessagePorts& CFMessagePorts::current() { return platform::current().messagePorts; }
 

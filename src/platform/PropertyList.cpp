@@ -286,6 +286,13 @@ double leadingNumber(std::string_view text) {
     return number.negative ? -magnitude : magnitude;
 }
 
+bool isWhollyNumber(std::string_view text) {
+    const std::string_view digits = numberAtStart(text).digits;
+    if (digits.empty()) return false;
+    const auto end = static_cast<std::size_t>(digits.data() - text.data()) + digits.size();
+    return withoutLeadingBlanks(text.substr(end)).empty();
+}
+
 std::int32_t truncatedToInt32(double number) { return saturated<std::int32_t>(number); }
 
 NSMutableArray NSMutableArray::arrayWithObjects(std::initializer_list<Value> values) {

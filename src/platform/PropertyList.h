@@ -158,6 +158,8 @@ struct NSMutableDictionary::ObjectAndKey {
 /// The number at the start of `text`: leading blanks, a sign, decimal digits with point and exponent, in no locale.
 /// 0 when there is none; "inf", "nan" and the x of "0x10" are no digits.
 [[nodiscard]] double leadingNumber(std::string_view text);
+/// Whether nothing stands around the number that `text` begins with but blanks.
+[[nodiscard]] bool isWhollyNumber(std::string_view text);
 /// Toward zero, saturating at the bounds of 32 bits; NaN gives 0.
 [[nodiscard]] std::int32_t truncatedToInt32(double number);
 

@@ -115,10 +115,12 @@ class PaneWindow(unittest.TestCase):
             wait_until(lambda: log.read() is not None and process.poll() is not None, "the window's end")
             self.assertEqual(process.returncode, 0)
 
-    def test_started_again_comes_to_the_front_instead(self):
-        Window(self.world)
+    def test_started_again_tells_the_first_to_come_to_the_front_instead(self):
+        with Peer(self.world, "WindowMessagePort") as first:
+            self.assertEqual(self.world.run(PROGRAM)[0], 0)
 
-        self.assertEqual(self.world.run(PROGRAM)[0], 0)
+            self.assertEqual(first.received, [(1, b"")])
+        self.assertFalse(self.world.has_owner(PANE))
 
     def test_started_again_while_it_hangs_says_so(self):
         window = Window(self.world)

@@ -2,6 +2,7 @@
 
 #include "linux/PlistCoder.h"
 #include "linux/PosixFileManager.h"
+#include "linux/SystemClock.h"
 #include "platform/Log.h"
 #include "platform/MessagePorts.h"
 #include "platform/RunLoop.h"
@@ -98,13 +99,16 @@ protected:
     kelvo::PlistCoder propertyLists_;
     NoPorts ports_;
     NoRunLoop loop_;
+    kelvo::SystemClock clock_;
     std::unique_ptr<BundleDirectory> bundle_ = openBundle();
     platform::Platform platform_{.log = log_,
                                  .fileManager = files_,
                                  .propertyLists = propertyLists_,
                                  .bundles = *bundle_,
                                  .messagePorts = ports_,
-                                 .runLoop = loop_};
+                                 .runLoop = loop_,
+                                 .clock = clock_,
+                                 .systemVersion = clock_};
 };
 
 TEST_F(BundleDirectoryTest, InfoTellsIdentifierAndPrincipalClass) {

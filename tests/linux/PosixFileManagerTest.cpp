@@ -6,11 +6,17 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <optional>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -36,6 +42,22 @@ std::vector<std::string> namesIn(const std::string& folder) {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
+}
+
+/// The names that a visit of the folder meets, in its order; none when it cannot be listed.
+std::optional<std::vector<std::string>> namesVisitedIn(const std::string& folder) {
+    std::vector<std::string> names;
+    const bool wasListed = PosixFileManager().visitDirectoryAtPath(folder, [&](std::string_view name) {
+        names.emplace_back(name);
+        return true;
+    });
+    return wasListed ? std::optional(names) : std::nullopt;
+}
+
+/// Of the entry itself, not of what it may link to.
+void setModificationTime(const std::string& path, timespec time) {
+    const std::array<timespec, 2> times{time, time};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW), 0) << path;
 }
 
 class Umask {
@@ -72,10 +94,10 @@ private:
 /// A disk of 64 KiB.
 class SmallDisk {
 public:
-    explicit SmallDisk(std::string path) : path_(std::move(path)) {
-        fs::create_directory(path_);
-        isMounted_ = ::mount("none", path_.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "size=64k") == 0;
-    }
+    explicit SmallDisk(std::string path)
+        : path_(std::move(path)),
+          isMounted_(fs::create_directory(path_) &&
+                     ::mount("none", path_.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "size=64k") == 0) {}
     SmallDisk(const SmallDisk&) = delete;
     SmallDisk& operator=(const SmallDisk&) = delete;
     ~SmallDisk() {
@@ -85,7 +107,7 @@ public:
 
 private:
     std::string path_;
-    bool isMounted_ = false;
+    bool isMounted_;
 };
 
 TEST(PosixFileManager, HomeIsTheVariableWithoutTrailingSlashes) {
@@ -161,6 +183,86 @@ TEST(PosixFileManager, FolderUnderAFileStaysMissing) {
     files.createDirectoryAtPath(directory.path("file/folder"));
     EXPECT_FALSE(files.fileExistsAtPath(directory.path("file/folder")));
     EXPECT_EQ(directory.read("file"), "x");
+}
+
+TEST(PosixFileManager, FolderIsVisitedInTheOrderOfTheFileSystem) {
+    const TemporaryDirectory directory;
+    for (const char* name : {"c", "a", ".hidden", "b", "...", "longer name"}) directory.write(name, "");
+    directory.write("folder/inner", "");
+    fs::create_symlink("nothing", directory.path("dangling"));
+    std::vector<std::string> listed;
+    for (const auto& entry : fs::directory_iterator(directory.path())) listed.push_back(entry.path().filename());
+
+    EXPECT_EQ(namesVisitedIn(directory.path()), listed);
+    EXPECT_EQ(listed.size(), 8U);
+    EXPECT_EQ(namesVisitedIn(directory.path() + "/"), listed);
+    EXPECT_EQ(namesVisitedIn(directory.path("folder")), std::vector<std::string>{"inner"});
+}
+
+TEST(PosixFileManager, EmptyFolderIsListedWithoutAVisit) {
+    const TemporaryDirectory directory;
+    EXPECT_EQ(namesVisitedIn(directory.path()), std::vector<std::string>());
+}
+
+TEST(PosixFileManager, VisitEndsWhereItIsToldTo) {
+    const TemporaryDirectory directory;
+    for (const char* name : {"a", "b", "c"}) directory.write(name, "");
+    int visits = 0;
+    EXPECT_TRUE(
+        PosixFileManager().visitDirectoryAtPath(directory.path(), [&](std::string_view) { return ++visits < 2; }));
+    EXPECT_EQ(visits, 2);
+}
+
+TEST(PosixFileManager, WhatAVisitDoesToTheErrorNumberIsNoFailureOfTheListing) {
+    const TemporaryDirectory directory;
+    directory.write("file", "");
+    EXPECT_TRUE(PosixFileManager().visitDirectoryAtPath(directory.path(), [](std::string_view) {
+        errno = EIO;
+        return true;
+    }));
+}
+
+TEST(PosixFileManager, ExceptionOfAVisitPassesAndClosesTheFolder) {
+    const TemporaryDirectory directory;
+    directory.write("file", "");
+    PosixFileManager files;
+    const std::vector<std::string> open = namesIn("/proc/self/fd");
+    EXPECT_THROW((void)files.visitDirectoryAtPath(
+                     directory.path(), [](std::string_view) -> bool { throw std::runtime_error("no more"); }),
+                 std::runtime_error);
+    EXPECT_EQ(namesIn("/proc/self/fd"), open);
+}
+
+TEST(PosixFileManager, WhatIsNoFolderCannotBeListed) {
+    const TemporaryDirectory directory;
+    directory.write("file", "");
+    fs::create_symlink(directory.path(), directory.path("link"));
+    EXPECT_EQ(namesVisitedIn(directory.path("file")), std::nullopt);
+    EXPECT_EQ(namesVisitedIn(directory.path("missing")), std::nullopt);
+    EXPECT_EQ(namesVisitedIn(""), std::nullopt);
+    EXPECT_TRUE(namesVisitedIn(directory.path("link")));
+}
+
+TEST(PosixFileManager, ModificationDateIsTheEntrysOwnToTheNanosecond) {
+    const TemporaryDirectory directory;
+    const std::string file = directory.write("file", "");
+    fs::create_symlink(file, directory.path("link"));
+    fs::create_symlink("nothing", directory.path("dangling"));
+    setModificationTime(file, {978'307'203, 250'000'001});
+    setModificationTime(directory.path("link"), {978'307'300, 0});
+    setModificationTime(directory.path("dangling"), {978'307'000, 0});
+    setModificationTime(directory.path(), {978'307'400, 0});
+    PosixFileManager files;
+    EXPECT_EQ(files.modificationDateAtPath(file), platform::NSDate{3.250000001});
+    EXPECT_EQ(files.modificationDateAtPath(directory.path("link")), platform::NSDate{100.0});
+    EXPECT_EQ(files.modificationDateAtPath(directory.path("dangling")), platform::NSDate{-200.0});
+    EXPECT_EQ(files.modificationDateAtPath(directory.path()), platform::NSDate{200.0});
+}
+
+TEST(PosixFileManager, WhatIsMissingHasNoModificationDate) {
+    const TemporaryDirectory directory;
+    EXPECT_EQ(PosixFileManager().modificationDateAtPath(directory.path("missing")), std::nullopt);
+    EXPECT_EQ(PosixFileManager().modificationDateAtPath(""), std::nullopt);
 }
 
 TEST(PosixFileManager, ContentsAreWhole) {
@@ -297,6 +399,8 @@ TEST(PosixFileManager, PathWithANulNamesNothing) {
     PosixFileManager files;
     EXPECT_FALSE(files.fileExistsAtPath(path));
     EXPECT_EQ(files.contentsAtPath(path), std::nullopt);
+    EXPECT_EQ(files.modificationDateAtPath(path), std::nullopt);
+    EXPECT_EQ(namesVisitedIn(directory.path() + std::string("\0tail", 5)), std::nullopt);
     EXPECT_FALSE(files.writeAtomically(path, bytes("new")));
     files.createDirectoryAtPath(folder);
     EXPECT_EQ(namesIn(directory.path()), std::vector<std::string>{"file"});

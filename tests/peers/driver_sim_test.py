@@ -2,7 +2,9 @@
 
 import json
 import plistlib
+import shutil
 import sys
+import time
 import unittest
 
 from peers import Lines, Peer, World, wait_until
@@ -11,6 +13,13 @@ SIMULATOR = sys.argv.pop(1)
 
 DRIVER = "TouchDisplayDriverMessagePort"
 PANE = "PreferenceMessagePort"
+
+# The system's preference files, beside the product's folder.
+DOCK = "../com.apple.dock.plist"
+GLOBAL = "../.GlobalPreferences.plist"
+ALL_DOCK_GESTURES_ON = {"showAppExposeGestureEnabled": True, "showDesktopGestureEnabled": True,
+                        "showMissionControlGestureEnabled": True, "showLaunchpadGestureEnabled": True}
+ALL_GLOBAL_GESTURES_ON = {"AppleEnableSwipeNavigateWithScrolls": True}
 
 
 class Simulator:
@@ -114,12 +123,78 @@ class DriverSimulator(unittest.TestCase):
                 (("connect", "Desk"), 'see "status"'), (("disconnect", "Wall"), 'see "status"'),
                 (("connect", "a/b"), 'none of them "/"'), (("connect", ""), "1 to 200 bytes"),
                 (("connect",), "see --help"), (("enable", "now"), "see --help"), (("dance",), "see --help"),
-                (("show-tab", "two"), "0 to 3"), (("hang", "-1"), "up to 600"), (("hang", "soon"), "up to 600")):
+                (("show-tab", "two"), "0 to 3"), (("hang", "-1"), "up to 600"), (("hang", "soon"), "up to 600"),
+                (("system-gesture", "AppExpos\u00e9", "off"),
+                 "AppExpose, ShowDesktop, MissionControl, Launchpad, SwipeBetweenPages"),
+                (("system-gesture", "Launchpad", "maybe"), '"on" or "off"'),
+                (("system-gesture", "Launchpad"), "see --help")):
             with self.subTest(words=words):
                 status, output, errors = simulator.command(*words)
                 self.assertEqual((status, output), (1, ""))
                 self.assertIn(hint, errors)
         self.assertEqual(json.loads(simulator.command("status")[1]), {"devices": ["Desk"], "enabled": True})
+
+    def test_switches_a_system_gesture_and_keeps_what_else_the_file_holds(self):
+        simulator = Simulator(self.world)
+        self.world.set_plist(DOCK, {"tilesize": 48, "showLaunchpadGestureEnabled": True})
+
+        self.assertEqual(simulator.command("system-gesture", "Launchpad", "off")[0], 0)
+        self.assertEqual(self.world.plist(DOCK), {"tilesize": 48, "showLaunchpadGestureEnabled": False})
+        for name, file, key in (
+                ("AppExpose", DOCK, "showAppExposeGestureEnabled"),
+                ("ShowDesktop", DOCK, "showDesktopGestureEnabled"),
+                ("MissionControl", DOCK, "showMissionControlGestureEnabled"),
+                ("Launchpad", DOCK, "showLaunchpadGestureEnabled"),
+                ("SwipeBetweenPages", GLOBAL, "AppleEnableSwipeNavigateWithScrolls")):
+            with self.subTest(name=name):
+                status, output, _ = simulator.command("system-gesture", name, "on")
+                self.assertEqual((status, json.loads(output)[name]), (0, True))
+                self.assertIs(self.world.plist(file)[key], True)
+        self.assertEqual(self.world.plist(DOCK), {"tilesize": 48, **ALL_DOCK_GESTURES_ON})
+        self.assertEqual(self.world.plist(GLOBAL), ALL_GLOBAL_GESTURES_ON)
+
+    def test_tells_which_system_gestures_are_on(self):
+        simulator = Simulator(self.world, "--system-gestures")
+
+        self.assertEqual(json.loads(simulator.command("system-gesture", "ShowDesktop", "off")[1]),
+                         {"AppExpose": True, "ShowDesktop": False, "MissionControl": True, "Launchpad": True,
+                          "SwipeBetweenPages": True})
+
+    def test_makes_the_systems_files_and_their_folder_when_they_are_missing(self):
+        simulator = Simulator(self.world)
+        self.assertFalse((self.world.preferences / DOCK).exists())
+        shutil.rmtree(self.world.home / "Library")
+
+        simulator.command("system-gesture", "SwipeBetweenPages", "off")
+
+        with open(self.world.home / "Library/Preferences/.GlobalPreferences.plist", "rb") as file:
+            self.assertEqual(plistlib.load(file), {"AppleEnableSwipeNavigateWithScrolls": False})
+
+    def test_begins_with_all_system_gestures_on_where_nothing_says_otherwise(self):
+        self.world.set_plist(GLOBAL, {"AppleEnableSwipeNavigateWithScrolls": False})
+        simulator = Simulator(self.world, "--connect", "Desk", "--system-gestures")
+
+        self.assertEqual(json.loads(simulator.output.lines[0])["devices"], ["Desk"])
+        self.assertEqual(self.world.plist(DOCK), ALL_DOCK_GESTURES_ON)
+        self.assertEqual(self.world.plist(GLOBAL), {"AppleEnableSwipeNavigateWithScrolls": False})
+
+    def test_leaves_a_damaged_file_of_the_system_as_it_is(self):
+        simulator = Simulator(self.world)
+        file = self.world.preferences / DOCK
+        file.write_bytes(b"<plist><dict>")
+
+        status, output, errors = simulator.command("system-gesture", "Launchpad", "on")
+
+        self.assertEqual((status, output), (1, ""))
+        self.assertIn("repair or remove it", errors)
+        self.assertEqual(file.read_bytes(), b"<plist><dict>")
+
+    def test_an_option_that_it_does_not_have_names_those_it_has(self):
+        for words in (("run", "--connect"), ("run", "now"), ("--verbose",)):
+            with self.subTest(words=words):
+                status, _, errors = self.world.run(SIMULATOR, *words)
+                self.assertEqual(status, 1)
+                self.assertIn("--connect NAME and --system-gestures", errors)
 
     def test_a_command_without_a_simulator_names_the_fix(self):
         status, _, errors = self.world.run(SIMULATOR, "status")
@@ -134,7 +209,44 @@ class DriverSimulator(unittest.TestCase):
 
     def test_hangs_for_as_long_as_it_is_told(self):
         simulator = Simulator(self.world, "--connect", "Desk")
-        self.assertEqual(simulator.command("hang", "0.2")[:2], (0, "hanging for 0.2 s\n"))
+        begin = time.monotonic()
+        self.assertEqual(simulator.command("hang", "1.5")[:2], (0, "hanging for 1.5 s\n"))
+        self.assertEqual(json.loads(simulator.command("status")[1]), {"devices": ["Desk"], "enabled": True})
+        self.assertGreaterEqual(time.monotonic() - begin, 1.5)
+
+    def test_can_be_ended_while_it_hangs(self):
+        simulator = Simulator(self.world)
+        self.assertEqual(simulator.command("hang", "600")[0], 0)
+        simulator.process.terminate()
+        wait_until(lambda: simulator.process.poll() is not None, "the simulator's end")
+        self.assertEqual(simulator.process.returncode, 0)
+
+    def test_begins_and_ends_without_displays_and_tells_the_pane(self):
+        self.world.set_plist("Utilities.plist", {"CurrentDeviceType": ["Stale"], "DriverEnable": True})
+        with Peer(self.world, PANE) as pane:
+            simulator = Simulator(self.world, "--connect", "Desk")
+            simulator.process.terminate()
+            wait_until(lambda: simulator.process.poll() is not None, "the simulator's end")
+
+            self.assertEqual([(message_id, plistlib.loads(data)) for message_id, data in pane.received],
+                             [(7, {"IsConnected": False}), (7, {"IsConnected": True}), (7, {"IsConnected": False})])
+        self.assertEqual(self.world.plist("Utilities.plist")["CurrentDeviceType"], [])
+
+    def test_says_so_when_a_file_cannot_be_written(self):
+        simulator = Simulator(self.world)
+        (self.world.preferences / "Utilities.plist").write_bytes(b"damaged")
+
+        status, _, errors = simulator.command("connect", "Desk")
+
+        self.assertEqual(status, 1)
+        self.assertIn("repair or remove", errors)
+        self.assertEqual((self.world.preferences / "Utilities.plist").read_bytes(), b"damaged")
+
+    def test_is_found_again_on_a_bus_that_came_back(self):
+        simulator = Simulator(self.world, "--connect", "Desk")
+        self.world.stop_bus()
+        self.world.start_bus()
+        wait_until(lambda: self.world.has_owner("DriverSimulator"), "the simulator on the new bus")
         self.assertEqual(json.loads(simulator.command("status")[1]), {"devices": ["Desk"], "enabled": True})
 
     def test_ends_by_a_signal_with_success(self):
@@ -147,7 +259,8 @@ class DriverSimulator(unittest.TestCase):
     def test_help_names_every_command(self):
         status, output, _ = self.world.run(SIMULATOR, "--help")
         self.assertEqual(status, 0)
-        for word in ("run", "connect", "disconnect", "enable", "disable", "show-tab", "hang", "status"):
+        for word in ("run", "connect", "disconnect", "enable", "disable", "show-tab", "system-gesture", "hang", "status",
+                     "--connect", "--system-gestures"):
             self.assertIn(word, output)
 
 

@@ -1,12 +1,14 @@
-#include "qt/FormBinder.h"
-#include "qt/ToolkitPlatform.h"
+#include "qt/FormFixture.h"
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDial>
+#include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QSlider>
+#include <QRadioButton>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QTest>
@@ -16,7 +18,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <stdexcept>
 
 namespace kelvo {
@@ -33,63 +34,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-/// Publishes what a test gives it, and records which actions fired.
-class Owner : public platform::NSNibOwner {
-public:
-    std::vector<platform::NSOutlet> published;
-    std::vector<std::string> selectors;
-    std::vector<std::string> fired;
-
-    [[nodiscard]] std::vector<platform::NSOutlet> outlets() override { return published; }
-    [[nodiscard]] std::vector<platform::NSNibAction> actions() override {
-        std::vector<platform::NSNibAction> actions;
-        for (const std::string& selector : selectors) {
-            actions.push_back({selector, [this, selector](platform::NSControl&) { fired.push_back(selector); }});
-        }
-        return actions;
-    }
-};
-
-/// A form of the widgets that a test adds, one below the other.
-class FormBinderTest : public testing::Test {
-protected:
-    template <typename Widget>
-    Widget& add(const char* name, const char* action = nullptr) {
-        auto widget = std::make_unique<Widget>();
-        widget->setObjectName(name);
-        if (action) widget->setProperty("action", action);
-        rows_->addWidget(widget.get());
-        return *widget.release();
-    }
-
-    void bind() {
-        const FormBinder binder("TestForm", form_, owner_, [this](const NSView& view) { return widgetOf_(view); });
-        binding_.emplace(binder.bind(view_));
-    }
-
-    /// What a form and an owner that do not fit say about it.
-    std::string misfit() {
-        try {
-            bind();
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
-        return "";
-    }
-
-    void show() {
-        form_.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&form_));
-    }
-
-    ToolkitPlatform platform_;
-    Owner owner_;
-    NSView view_;
-    QWidget form_;
-    QVBoxLayout* rows_ = std::make_unique<QVBoxLayout>(&form_).release();
-    std::function<QWidget*(const NSView&)> widgetOf_ = [](const NSView&) { return nullptr; };
-    std::optional<FormBinding> binding_;
-};
+class FormBinderTest : public FormFixture {};
 
 TEST_F(FormBinderTest, OutletWithoutAWidgetIsAnErrorThatNamesFormAndOutlet) {
     NSButton button;
@@ -123,9 +68,9 @@ TEST_F(FormBinderTest, ControlCannotBeShownByAWidgetThatOnlyHoldsOthers) {
 
 TEST_F(FormBinderTest, WidgetThatNoPairingKnowsCannotShowAControl) {
     NSButton button;
-    add<QSlider>("slider_");
-    owner_.published = {{"slider_", &button}};
-    EXPECT_THAT(misfit(), HasSubstr("widget slider_ cannot show its outlet"));
+    add<QDial>("dial_");
+    owner_.published = {{"dial_", &button}};
+    EXPECT_THAT(misfit(), HasSubstr("widget dial_ cannot show its outlet"));
 }
 
 TEST_F(FormBinderTest, WidgetThatTheUserCannotActOnCannotFire) {
@@ -488,6 +433,111 @@ TEST_F(FormBinderTest, EmbeddedControllersWidgetComesToStandInItsPage) {
 
     EXPECT_EQ(content.parentWidget(), &page);
     content.setParent(nullptr);
+}
+
+TEST_F(FormBinderTest, TabKeyGoesThroughAnEmbeddedFormWhereItStands) {
+    NSViewController controller("");
+    QCheckBox& before = add<QCheckBox>("");
+    QWidget& page = add<QWidget>("page_");
+    page.setLayout(std::make_unique<QVBoxLayout>().release());
+    QCheckBox& behind = add<QCheckBox>("");
+    QWidget content;
+    auto* const first = std::make_unique<QCheckBox>(&content).release();
+    auto* const second = std::make_unique<QCheckBox>(&content).release();
+    widgetOf_ = [&](const NSView& view) { return &view == &controller.view() ? &content : nullptr; };
+    owner_.published = {{"page_", &controller}};
+    bind();
+    show();
+    form_.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form_));
+
+    before.setFocus();
+    std::vector<QWidget*> stops;
+    for (int i = 0; i < 3; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        stops.push_back(QApplication::focusWidget());
+    }
+
+    EXPECT_THAT(stops, ElementsAre(first, second, &behind));
+    content.setParent(nullptr);
+}
+
+TEST_F(FormBinderTest, TabKeyComesToAnEmbeddedFormFirstWhereNothingStandsBeforeIt) {
+    NSViewController controller("");
+    QWidget& page = add<QWidget>("page_");
+    page.setLayout(std::make_unique<QVBoxLayout>().release());
+    QCheckBox& behind = add<QCheckBox>("");
+    QCheckBox& last = add<QCheckBox>("");
+    QWidget content;
+    auto* const only = std::make_unique<QCheckBox>(&content).release();
+    widgetOf_ = [&](const NSView& view) { return &view == &controller.view() ? &content : nullptr; };
+    owner_.published = {{"page_", &controller}};
+    bind();
+    show();
+    form_.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form_));
+
+    only->setFocus();
+    std::vector<QWidget*> stops;
+    for (int i = 0; i < 3; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        stops.push_back(QApplication::focusWidget());
+    }
+
+    EXPECT_THAT(stops, ElementsAre(&behind, &last, only));
+    content.setParent(nullptr);
+}
+
+/// A matrix of three radio buttons.
+class MatrixTest : public FormFixture {
+protected:
+    MatrixTest() {
+        for (const char* text : {"one", "two", "three"}) {
+            radios_.push_back(std::make_unique<QRadioButton>(text, &box_).release());
+        }
+        owner_.published = {{"matrix_", &model_}};
+        owner_.selectors = {"turn:"};
+        box_.setLayout(std::make_unique<QVBoxLayout>().release());
+        for (QRadioButton* radio : radios_) box_.layout()->addWidget(radio);
+        bind();
+        show();
+    }
+
+    platform::NSMatrix model_;
+    QGroupBox& box_ = add<QGroupBox>("matrix_", "turn:");
+    std::vector<QRadioButton*> radios_;
+};
+
+TEST_F(MatrixTest, RowsComeFromTheFormAndTheFirstIsSelected) {
+    EXPECT_EQ(model_.numberOfRows(), 3);
+    EXPECT_EQ(model_.selectedRow(), 0);
+    EXPECT_TRUE(radios_[0]->isChecked());
+    EXPECT_THAT(owner_.fired, IsEmpty());
+}
+
+TEST_F(MatrixTest, RowSelectedByTheProgramIsShownAndFiresNothing) {
+    model_.selectCellAtRowColumn(2, 0);
+    EXPECT_TRUE(radios_[2]->isChecked());
+    EXPECT_THAT(owner_.fired, IsEmpty());
+}
+
+TEST_F(MatrixTest, ClickSelectsARowAndFiresEachTime) {
+    QTest::mouseClick(radios_[1], Qt::LeftButton, {}, {8, radios_[1]->height() / 2});
+    QTest::mouseClick(radios_[1], Qt::LeftButton, {}, {8, radios_[1]->height() / 2});
+    EXPECT_EQ(model_.selectedRow(), 1);
+    EXPECT_THAT(owner_.fired, ElementsAre("turn:", "turn:"));
+}
+
+TEST_F(MatrixTest, ArrowKeySelectsTheNextRow) {
+    QTest::keyClick(radios_[0], Qt::Key_Down);
+    EXPECT_EQ(model_.selectedRow(), 1);
+}
+
+TEST_F(MatrixTest, ActionThatGoesBackIsShown) {
+    model_.setAction([this](platform::NSControl&) { model_.selectCellAtRowColumn(0, 0); });
+    QTest::keyClick(radios_[0], Qt::Key_Down);
+    EXPECT_TRUE(radios_[0]->isChecked());
+    EXPECT_FALSE(radios_[1]->isChecked());
 }
 
 TEST_F(FormBinderTest, UntiedWidgetsNoLongerReachTheModelNorFollowIt) {

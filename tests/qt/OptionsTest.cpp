@@ -34,7 +34,7 @@ TEST(Options, PaneWithoutAPathSaysWhatIsMissing) {
 }
 
 TEST(Options, UnknownArgumentIsNamedWithTheWayToTheKnownOnes) {
-    for (const char* argument : {"--pain", "-h", "file", ""}) {
+    for (const char* argument : {"--pain", "-x", "file", ""}) {
         const std::string error = parseOptions({argument}).error;
         EXPECT_THAT(error, HasSubstr(std::string("unknown argument ") + argument));
         EXPECT_THAT(error, HasSubstr("--help"));

@@ -1,10 +1,19 @@
+#include "HardwareInfo/TDHardwareInformationViewCtl.h"
+#include "Information/TDVersionViewCtl.h"
+#include "Properties/TDGesturesCellView.h"
+#include "Properties/TDSettingViewCtl.h"
+#include "TDCalibrationViewCtl.h"
+#include "qt/CanvasView.h"
 #include "qt/ToolkitPlatform.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QComboBox>
 #include <QFile>
+#include <QLineEdit>
 #include <QRegularExpression>
+#include <QSlider>
+#include <QTabBar>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,10 +29,24 @@ namespace {
 using testing::IsSupersetOf;
 using testing::Not;
 
-/// An owner for each form of the pane, with the outlets and actions of its controller.
+/// An owner for each form of the pane: its controller, or what has the same outlets and actions.
 const std::map<std::string, std::function<std::unique_ptr<platform::NSNibOwner>()>> owners = {
     {"KelvoTouchDisplayPref", [] { return std::make_unique<PaneStandIn>(); }},
+    {"TDCalibrationViewCtl", [] { return std::make_unique<TDCalibrationViewCtl>(); }},
+    {"TDGesturesCellView", [] { return std::make_unique<TDGesturesCellView>(); }},
+    {"TDHardwareInformationViewCtl", [] { return std::make_unique<TDHardwareInformationViewCtl>(); }},
+    {"TDSettingViewCtl", [] { return std::make_unique<TDSettingViewCtl>(); }},
+    {"TDVersionViewCtl", [] { return std::make_unique<TDVersionViewCtl>(); }},
 };
+
+/// Gives each text field of `owner` a text, as its controller does before anyone sees it.
+void giveTexts(platform::NSNibOwner& owner) {
+    for (const platform::NSOutlet& outlet : owner.outlets()) {
+        const auto* view = std::get_if<platform::NSView*>(&outlet.target);
+        auto* textField = view ? dynamic_cast<platform::NSTextField*>(*view) : nullptr;
+        if (textField) textField->setStringValue("a text");
+    }
+}
 
 /// A form that is bound for as long as this lives.
 struct BoundForm {
@@ -49,6 +72,52 @@ std::set<std::string> keysOfEnglishStrings() {
     return keys;
 }
 
+/// The names of gestures, whose texts title the rows, and of their actions.
+const std::set<std::string> gestureKeys = {
+    "SecondaryClick",
+    "Scroll",
+    "ScrollDirection",
+    "LookUp",
+    "ZoomInOrOut",
+    "SmartZoom",
+    "Rotate",
+    "SwipeBetweenPages",
+    "FullScreenApps",
+    "FullScreenAppsForSnowLeopard",
+    "NotificationCenter",
+    "MissionControl",
+    "AppExpos\u00e9",
+    "Launchpad",
+    "ShowDesktop",
+    "ClickOrTapWithTwoFingers",
+    "ScrollWithTwoFingers",
+    "ContentTracksFingerMovement",
+    "PinchWithTwoFingers",
+    "RotateWithTwoFingers",
+    "TapWithThreeFingers",
+    "DoubleTapWithTwoFingers",
+    "ScrollLeftOrRightWithTwoFingers",
+    "SwipeWithThreeFingers",
+    "SwipeWithTwoOrThreeFingers",
+    "SwipeLeftOrRightWithThreeFingers",
+    "SwipeLeftOrRightWithFourFingers",
+    "SwipeUpWithThreeFingers",
+    "SwipeUpWithFourFingers",
+    "SwipeDownWithThreeFingers",
+    "SwipeDownWithFourFingers",
+    "SwipeLeftFromTheRightEdgeWithTwoFingers",
+    "PinchWithThumbAndThreeFingers",
+    "SpreadWithThumbAndThreeFingers",
+};
+
+/// What the user operates, and not a part of the toolkit's own widgets.
+bool isOperated(const QWidget& widget) {
+    if (qobject_cast<const QTabBar*>(widget.parentWidget())) return false;
+    const auto* canvas = qobject_cast<const CanvasView*>(&widget);
+    return canvas || qobject_cast<const QAbstractButton*>(&widget) || qobject_cast<const QComboBox*>(&widget) ||
+           qobject_cast<const QLineEdit*>(&widget) || qobject_cast<const QSlider*>(&widget);
+}
+
 class PaneFormsTest : public testing::TestWithParam<std::string> {};
 
 TEST(PaneForms, EachHasAnOwnerHere) {
@@ -61,6 +130,10 @@ TEST(PaneForms, EnglishHasTheTextsThatTheLogicAsksFor) {
                               "Alert.Button.NO", "Alert.HotKey.Title", "PreferenceFolderName", "Window.Title"}));
 }
 
+TEST(PaneForms, EnglishHasATextForEveryGestureAndAction) {
+    EXPECT_THAT(keysOfEnglishStrings(), IsSupersetOf(gestureKeys));
+}
+
 TEST_P(PaneFormsTest, FitsItsOwner) { EXPECT_NO_THROW(BoundForm{GetParam()}); }
 
 TEST_P(PaneFormsTest, EveryTextItAsksForExistsInEnglish) {
@@ -71,15 +144,18 @@ TEST_P(PaneFormsTest, EveryTextItAsksForExistsInEnglish) {
 
 TEST_P(PaneFormsTest, EveryControlHasAnAccessibleNameAndIsLargeEnoughToTouch) {
     const BoundForm form(GetParam());
+    giveTexts(*form.owner);
     for (QWidget* widget : form.widget().findChildren<QWidget*>()) {
-        if (!qobject_cast<QAbstractButton*>(widget) && !qobject_cast<QComboBox*>(widget)) continue;
+        if (!isOperated(*widget)) continue;
         const std::string name = widget->objectName().toStdString();
         EXPECT_FALSE(QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).isEmpty()) << name;
         EXPECT_GE(widget->minimumHeight(), 40) << name;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, PaneFormsTest, testing::Values("KelvoTouchDisplayPref"),
+INSTANTIATE_TEST_SUITE_P(Forms, PaneFormsTest,
+                         testing::Values("KelvoTouchDisplayPref", "TDCalibrationViewCtl", "TDGesturesCellView",
+                                         "TDHardwareInformationViewCtl", "TDSettingViewCtl", "TDVersionViewCtl"),
                          [](const auto& form) { return form.param; });
 
 } // namespace

@@ -66,7 +66,7 @@ TEST_F(PaneWindowTest, PaneIsLoadedBeforeItIsFirstShown) {
 
 TEST_F(PaneWindowTest, WindowShowsThePanesFormInItsSize) {
     const PaneWindow& window = openWindow();
-    EXPECT_EQ(window.centralWidget(), platform_.nibs.widgetFor(pane_.mainView()));
+    EXPECT_EQ(window.centralWidget(), platform_.nibs.widgetFor(pane_.loadMainView()));
     EXPECT_TRUE(window.centralWidget()->isVisible());
     EXPECT_EQ(window.size(), QSize(400, 300));
 }

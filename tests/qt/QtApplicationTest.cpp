@@ -1,7 +1,12 @@
 #include "qt/QtApplication.h"
+#include "qt/ToolkitPlatform.h"
 
 #include <QApplication>
 #include <QDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
 #include <QTest>
 
 #include <gmock/gmock.h>
@@ -66,6 +71,113 @@ TEST_F(QtApplicationTest, SheetOfAnotherWindowIsLeftAlone) {
 TEST_F(QtApplicationTest, WithoutASheetThereIsNothingToEnd) {
     application_.endSheetInKeyWindow();
     EXPECT_TRUE(window_.isVisible());
+}
+
+/// Alerts of one that stands for a controller.
+class AlertSheetTest : public QtApplicationTest {
+protected:
+    /// Begins the alert of a rotation and records what it comes to.
+    QMessageBox& begin() {
+        application_.beginInformationalAlertSheet({.title = "Rotate <b>input</b>?",
+                                                   .message = "Touches follow the &picture.\nReally.",
+                                                   .defaultButton = "Rotate",
+                                                   .alternateButton = "Cancel"},
+                                                  *delegate_,
+                                                  [this](std::int32_t returnCode) { codes_.push_back(returnCode); });
+        auto* sheet = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        EXPECT_TRUE(sheet && QTest::qWaitForWindowExposed(sheet));
+        return *sheet;
+    }
+
+    static QAbstractButton& button(const QMessageBox& sheet, const QString& text) {
+        for (QAbstractButton* each : sheet.buttons()) {
+            if (each->text() == text) return *each;
+        }
+        throw std::runtime_error("the sheet has no such button");
+    }
+
+    ToolkitPlatform platform_;
+    std::unique_ptr<platform::NSObject> delegate_ = std::make_unique<platform::NSView>();
+    std::vector<std::int32_t> codes_;
+};
+
+TEST_F(AlertSheetTest, BlocksItsWindowAloneAndReturnsAtOnce) {
+    const QMessageBox& sheet = begin();
+    EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
+    EXPECT_EQ(sheet.parentWidget(), &window_);
+    EXPECT_THAT(codes_, IsEmpty());
+}
+
+TEST_F(AlertSheetTest, ShowsItsTextsAsTheyAre) {
+    const QMessageBox& sheet = begin();
+    EXPECT_EQ(sheet.icon(), QMessageBox::Information);
+    EXPECT_EQ(sheet.text(), "Rotate <b>input</b>?");
+    EXPECT_EQ(sheet.informativeText(), "Touches follow the &picture.\nReally.");
+    for (const QLabel* label : sheet.findChildren<QLabel*>()) EXPECT_EQ(label->textFormat(), Qt::PlainText);
+}
+
+TEST_F(AlertSheetTest, DefaultButtonConfirms) {
+    QTest::mouseClick(&button(begin(), "Rotate"), Qt::LeftButton);
+    EXPECT_THAT(codes_, ElementsAre(platform::kNSAlertDefaultReturn));
+}
+
+TEST_F(AlertSheetTest, ReturnKeyConfirms) {
+    QTest::keyClick(&begin(), Qt::Key_Return);
+    EXPECT_THAT(codes_, ElementsAre(platform::kNSAlertDefaultReturn));
+}
+
+TEST_F(AlertSheetTest, AlternateButtonDeclines) {
+    QTest::mouseClick(&button(begin(), "Cancel"), Qt::LeftButton);
+    EXPECT_THAT(codes_, ElementsAre(platform::kNSAlertAlternateReturn));
+}
+
+TEST_F(AlertSheetTest, EscapeKeyDeclines) {
+    QTest::keyClick(&begin(), Qt::Key_Escape);
+    EXPECT_THAT(codes_, ElementsAre(platform::kNSAlertAlternateReturn));
+}
+
+TEST_F(AlertSheetTest, ProgramEndsItWithNeither) {
+    begin();
+    application_.endSheetInKeyWindow();
+    EXPECT_THAT(codes_, ElementsAre(kSheetWasEnded));
+    EXPECT_NE(kSheetWasEnded, platform::kNSAlertDefaultReturn);
+    EXPECT_NE(kSheetWasEnded, platform::kNSAlertAlternateReturn);
+}
+
+TEST_F(AlertSheetTest, GoesWhenItHasBeenClosed) {
+    const QPointer<QMessageBox> sheet = &begin();
+    application_.endSheetInKeyWindow();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return sheet.isNull(); }));
+}
+
+TEST_F(AlertSheetTest, EachOfSeveralTellsItsOwnEnd) {
+    begin();
+    QTest::keyClick(&begin(), Qt::Key_Return);
+    application_.endSheetInKeyWindow();
+    EXPECT_THAT(codes_, ElementsAre(platform::kNSAlertDefaultReturn, kSheetWasEnded));
+}
+
+TEST_F(AlertSheetTest, DelegateThatIsGoneIsNotTold) {
+    QMessageBox& sheet = begin();
+    delegate_.reset();
+    QTest::keyClick(&sheet, Qt::Key_Return);
+    EXPECT_THAT(codes_, IsEmpty());
+}
+
+TEST_F(AlertSheetTest, WhatTheDelegateThrowsIsLogged) {
+    application_.beginInformationalAlertSheet({.title = "", .message = "", .defaultButton = "", .alternateButton = ""},
+                                              *delegate_, [](std::int32_t) { throw std::runtime_error("bad luck"); });
+    application_.endSheetInKeyWindow();
+    EXPECT_THAT(platform_.log.lines, ElementsAre("Unexpected error: bad luck"));
+}
+
+TEST_F(AlertSheetTest, WithoutAWindowItCountsAsEndedLater) {
+    QtApplication application;
+    application.beginInformationalAlertSheet({.title = "", .message = "", .defaultButton = "", .alternateButton = ""},
+                                             *delegate_, [this](std::int32_t code) { codes_.push_back(code); });
+    EXPECT_THAT(codes_, IsEmpty());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !codes_.empty(); }));
+    EXPECT_THAT(codes_, ElementsAre(kSheetWasEnded));
 }
 
 TEST_F(QtApplicationTest, ActivatingRestoresAMinimisedWindow) {

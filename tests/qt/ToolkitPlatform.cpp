@@ -5,7 +5,9 @@ namespace kelvo {
 std::string EchoBundle::localizedStringForKey(std::string_view key, std::string_view value) {
     const std::string name(key);
     keysAskedFor.insert(name);
-    return missingKeys.contains(name) ? std::string(value) : "text of " + name;
+    if (missingKeys.contains(name)) return std::string(value);
+    const auto given = texts.find(name);
+    return given == texts.end() ? "text of " + name : given->second;
 }
 
 platform::NSBundle* EchoBundle::bundleWithIdentifier(std::string_view identifier) {

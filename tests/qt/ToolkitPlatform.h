@@ -1,15 +1,19 @@
 #pragma once
 
 #include "platform/Bundle.h"
+#include "platform/Clock.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
 #include "platform/MessagePorts.h"
 #include "platform/Platform.h"
 #include "platform/PropertyList.h"
+#include "platform/SystemVersion.h"
 #include "qt/Forms.h"
 #include "qt/QtNibs.h"
 #include "qt/QtRunLoop.h"
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -27,11 +31,12 @@ public:
     void write(std::string_view line) override { lines.emplace_back(line); }
 };
 
-/// The text of KEY is "text of KEY", except that a missing key has none.
+/// The text of KEY is "text of KEY", unless a test gives it another one, or none by calling it missing.
 class EchoBundle : public platform::NSBundle, public platform::NSBundles {
 public:
     std::set<std::string> keysAskedFor;
     std::set<std::string> missingKeys;
+    std::map<std::string, std::string> texts;
     bool isLoaded = true;
 
     [[nodiscard]] std::string localizedStringForKey(std::string_view key, std::string_view value) override;
@@ -43,6 +48,12 @@ class EmptyWorld : public platform::NSFileManager, public platform::PropertyList
 public:
     [[nodiscard]] bool fileExistsAtPath(const std::string&) override { return false; }
     void createDirectoryAtPath(const std::string&) override {}
+    [[nodiscard]] bool visitDirectoryAtPath(const std::string&, const std::function<bool(std::string_view)>&) override {
+        return false;
+    }
+    [[nodiscard]] std::optional<platform::NSDate> modificationDateAtPath(const std::string&) override {
+        return std::nullopt;
+    }
     [[nodiscard]] std::optional<platform::NSData> contentsAtPath(const std::string&) override { return std::nullopt; }
     [[nodiscard]] bool writeAtomically(const std::string&, std::span<const std::uint8_t>) override { return false; }
     [[nodiscard]] std::string homeDirectory() override { return "/nowhere"; }
@@ -62,6 +73,15 @@ public:
     }
 };
 
+/// It is always the same time, on a system that says nothing of itself.
+class StoppedClock : public platform::Clock, public platform::SystemVersion {
+public:
+    [[nodiscard]] platform::NSDate date() override { return {}; }
+    [[nodiscard]] std::uint32_t tickCount() override { return 0; }
+    void sleep(unsigned) override {}
+    [[nodiscard]] std::int32_t gestalt(std::uint32_t) override { return 0; }
+};
+
 /// The toolkit's services in a world that holds nothing else, in force for as long as it lives.
 class ToolkitPlatform {
 public:
@@ -75,6 +95,7 @@ public:
     RecordedLog log;
     EchoBundle bundle;
     EmptyWorld world;
+    StoppedClock clock;
     QtRunLoop runLoop;
     QtNibs nibs;
 
@@ -85,6 +106,8 @@ private:
                                  .bundles = bundle,
                                  .messagePorts = world,
                                  .runLoop = runLoop,
+                                 .clock = clock,
+                                 .systemVersion = clock,
                                  .nibs = &nibs};
 };
 

@@ -4,8 +4,18 @@
 #include "TDNames.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace support {
+
+namespace {
+
+std::string withoutTrailingSlash(std::string path) {
+    if (path.ends_with('/')) path.pop_back();
+    return path;
+}
+
+} // namespace
 
 std::string MemoryFileManager::textOf(const std::string& path) const {
     const auto file = files.find(path);
@@ -23,6 +33,19 @@ bool MemoryFileManager::fileExistsAtPath(const std::string& path) {
 
 void MemoryFileManager::createDirectoryAtPath(const std::string& path) {
     if (!isReadOnly) createdFolders.push_back(path);
+}
+
+bool MemoryFileManager::visitDirectoryAtPath(const std::string& path,
+                                             const std::function<bool(std::string_view name)>& visit) {
+    const auto listing = listings.find(withoutTrailingSlash(path));
+    if (listing == listings.end()) return false;
+    (void)std::all_of(listing->second.begin(), listing->second.end(), visit);
+    return true;
+}
+
+std::optional<platform::NSDate> MemoryFileManager::modificationDateAtPath(const std::string& path) {
+    const auto date = modificationDates.find(path);
+    return date == modificationDates.end() ? std::nullopt : std::optional(date->second);
 }
 
 std::optional<platform::NSData> MemoryFileManager::contentsAtPath(const std::string& path) {
@@ -44,6 +67,18 @@ std::string MemoryBundle::localizedStringForKey(std::string_view key, std::strin
 
 platform::NSBundle* MemoryBundle::bundleWithIdentifier(std::string_view identifier) {
     return isLoaded && identifier == kPaneBundleIdentifier ? this : nullptr;
+}
+
+void RecordedApplication::endSheet(std::size_t index, std::int32_t returnCode) {
+    const Ending ending = std::exchange(endings_.at(index), {});
+    if (ending.didEnd && !ending.delegate.expired()) ending.didEnd(returnCode);
+}
+
+void RecordedApplication::beginInformationalAlertSheet(const platform::NSAlertSheet& sheet,
+                                                       const platform::NSObject& delegate,
+                                                       std::function<void(std::int32_t returnCode)> didEnd) {
+    sheets.push_back(sheet);
+    endings_.push_back({delegate.weakReference(), std::move(didEnd)});
 }
 
 FakePlatform::FakePlatform() {

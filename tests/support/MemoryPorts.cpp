@@ -47,7 +47,8 @@ public:
             {name_, messageId, platform::PropertyLists::current().createFromXMLData(data).dictionary()});
         // Whoever answers takes a moment to, in which other things happen.
         const Peer behaviour = peer->second;
-        ports_.runLoop_.runUntil([] { return false; }, behaviour == Peer::Hung ? receiveTimeout : 0.0);
+        const double wait = behaviour == Peer::Hung ? receiveTimeout : behaviour == Peer::Slow ? 0.5 : 0.0;
+        ports_.runLoop_.runUntil([] { return false; }, wait);
         if (behaviour == Peer::Hung) return CFMessagePortStatus::ReceiveTimeout;
         if (behaviour == Peer::AnswersWithData) reply = {1, 2, 3};
         return CFMessagePortStatus::Success;
@@ -79,6 +80,7 @@ std::unique_ptr<platform::CFMessagePort> MemoryPorts::createLocal(const std::str
     const auto existing = open == ports_.end() ? nullptr : open->second.lock();
     if (takenNames.contains(name) || (existing && existing->handle)) return nullptr;
     ++opened;
+    if (duringOpening) duringOpening();
     auto port = std::make_shared<Port>();
     port->callBack = std::move(callBack);
     ports_[name] = port;

@@ -21,8 +21,8 @@ struct ReceivedMessage {
 /// Message ports inside the test. Peers exist by name and behave as the test says; what they receive is recorded.
 class MemoryPorts : public platform::CFMessagePorts {
 public:
-    /// A peer that is not listed is absent.
-    enum class Peer { Answers, AnswersWithData, Hung };
+    /// A peer that is not listed is absent. A slow one takes half a second, a hung one never answers.
+    enum class Peer { Answers, AnswersWithData, Slow, Hung };
 
     explicit MemoryPorts(ScriptedRunLoop& runLoop) : runLoop_(runLoop) {}
 
@@ -32,6 +32,8 @@ public:
     std::vector<ReceivedMessage> received;
     /// The names looked up, in order.
     std::vector<std::string> lookUps;
+    /// What happens while a port is being opened.
+    std::function<void()> duringOpening;
     /// How often a port was opened.
     int opened = 0;
 

@@ -15,6 +15,9 @@ public:
     [[nodiscard]] double now() const { return now_; }
     /// Moves the clock and fires what becomes due, in order of time, then of scheduling.
     void advance(double seconds);
+    /// Moves the clock and fires nothing, as when the process is blocked; what became due meanwhile fires once the loop
+    /// runs again.
+    void standStill(double seconds) { now_ += seconds; }
     /// The timers that have neither fired nor been invalidated.
     [[nodiscard]] std::size_t pendingTimers() const;
 

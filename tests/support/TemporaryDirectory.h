@@ -28,7 +28,7 @@ public:
 
     /// Writes a file, the folders to it included, and gives its path.
     std::string write(std::string_view name, std::string_view contents) const {
-        const std::string file = path(name);
+        std::string file = path(name);
         std::filesystem::create_directories(std::filesystem::path(file).parent_path());
         std::ofstream stream(file, std::ios::binary);
         stream.write(contents.data(), static_cast<std::streamsize>(contents.size()));

@@ -7,6 +7,7 @@
 #include "linux/PlistCoder.h"
 #include "linux/PollRunLoop.h"
 #include "linux/PosixFileManager.h"
+#include "linux/SystemClock.h"
 #include "peers/ProductStrings.h"
 #include "platform/Platform.h"
 
@@ -50,13 +51,16 @@ int main() {
     kelvo::ProductStrings strings;
     kelvo::PollRunLoop runLoop;
     kelvo::BusMessagePorts ports(runLoop);
+    kelvo::SystemClock clock;
     platform::Platform platform{.log = journal,
                                 .fileManager = fileManager,
                                 .propertyLists = propertyLists,
                                 .bundles = strings,
                                 .messagePorts = ports,
-                                .runLoop = runLoop};
-    platform::usePlatform(&platform);
+                                .runLoop = runLoop,
+                                .clock = clock,
+                                .systemVersion = clock};
+    const platform::PlatformInUse inUse(platform);
     setModelType("Näme");
     sendOneOfEach();
     return 0;

@@ -93,6 +93,7 @@ class World(contextlib.AbstractContextManager):
         return process.returncode, process.stdout.read(), process.stderr.read()
 
     def set_plist(self, name, contents):
+        """Writes a file of the product's, or of the folder above: "../NAME"."""
         self.preferences.mkdir(parents=True, exist_ok=True)
         with open(self.preferences / name, "wb") as file:
             plistlib.dump(contents, file, sort_keys=False)

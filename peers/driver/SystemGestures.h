@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+namespace kelvo {
+
+/// The state of each of the system's own gesture switches, as one line of JSON. What is not in the system's preference
+/// files is off.
+[[nodiscard]] std::string systemGestureStates();
+
+/// Writes one switch into the system's preference files, which keep what else they hold. `name` is one that the states
+/// have and `state` is "on" or "off"; anything else, or a file that cannot be written, is a std::runtime_error that
+/// names the fix.
+void setSystemGesture(const std::string& name, const std::string& state);
+
+/// Makes those of the system's preference files that do not exist, with all their switches on. A file that cannot be
+/// written is a std::runtime_error that names the fix.
+void createSystemGestureFiles();
+
+} // namespace kelvo

@@ -1,0 +1,80 @@
+#include "peers/status-bar/DriverProbe.h"
+
+#include "TDNames.h"
+#include "linux/BusMessagePorts.h"
+#include "linux/BusService.h"
+
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+constexpr double kPatienceSeconds = 0.5;
+/// The deadline is ours: the library's would not begin before the bus has accepted the connection.
+constexpr auto kNoTimeout = std::numeric_limits<std::uint64_t>::max();
+
+/// Whether nobody was there to answer, or no longer when the answer was due.
+bool meansNobody(const sd_bus_error* error) {
+    return error && (isNameAbsent(*error) || sd_bus_error_has_name(error, SD_BUS_ERROR_NO_REPLY) > 0);
+}
+
+} // namespace
+
+DriverProbe::~DriverProbe() { forget(); }
+
+void DriverProbe::ask(std::function<void(DriverAnswer)> tell) {
+    forget();
+    tell_ = std::move(tell);
+    if (!call()) return finish(DriverAnswer::NotRunning);
+    deadline_ = platform::NSTimer::scheduledTimerWithTimeInterval(kPatienceSeconds, *this,
+                                                                  [this] { finish(DriverAnswer::NotAnswering); });
+    connection_->process();
+}
+
+/// False when there is no bus.
+bool DriverProbe::call() {
+    connection_ = BusConnection::open(platform::CFRunLoop::getCurrent(), address_, [this] { tellWhenKnown(); });
+    if (!connection_) return false;
+    const std::string driver = std::string(kBusNamePrefix) + kTouchDisplayDriverPortName;
+    sd_bus_message* created = nullptr;
+    if (sd_bus_message_new_method_call(connection_->bus(), &created, driver.c_str(), kPortPath,
+                                       "org.freedesktop.DBus.Peer", "Ping") < 0)
+        return false;
+    const BusMessage ping(created);
+    if (sd_bus_message_set_auto_start(created, 0) < 0) return false;
+    sd_bus_slot* slot = nullptr;
+    if (sd_bus_call_async(connection_->bus(), &slot, created, onReply, this, kNoTimeout) < 0) return false;
+    slot_.reset(slot);
+    return true;
+}
+
+int DriverProbe::onReply(sd_bus_message* reply, void* probe, sd_bus_error* /*error*/) noexcept {
+    // Whatever else may be wrong with the call, somebody said so.
+    static_cast<DriverProbe*>(probe)->answer_ =
+        meansNobody(sd_bus_message_get_error(reply)) ? DriverAnswer::NotRunning : DriverAnswer::Answering;
+    return 0;
+}
+
+void DriverProbe::tellWhenKnown() {
+    if (answer_) return finish(*answer_);
+    if (!connection_->isOpen()) finish(DriverAnswer::NotRunning);
+}
+
+void DriverProbe::finish(DriverAnswer answer) {
+    const auto tell = std::exchange(tell_, nullptr);
+    forget();
+    if (tell) tell(answer);
+}
+
+void DriverProbe::forget() {
+    if (deadline_) deadline_->invalidate();
+    deadline_.reset();
+    slot_.reset();
+    connection_.reset();
+    answer_.reset();
+}
+
+} // namespace kelvo

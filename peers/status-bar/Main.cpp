@@ -1,0 +1,147 @@
+#include "linux/BusMessagePorts.h"
+#include "linux/Journal.h"
+#include "linux/PlistCoder.h"
+#include "linux/PosixFileManager.h"
+#include "linux/SystemClock.h"
+#include "linux/TerminationSignals.h"
+#include "peers/ProductStrings.h"
+#include "peers/status-bar/DriverProbe.h"
+#include "peers/status-bar/PaneOpener.h"
+#include "peers/status-bar/StatusBarUtility.h"
+#include "peers/status-bar/StatusMenu.h"
+#include "peers/status-bar/TrayIcon.h"
+#include "platform/Platform.h"
+#include "qt/QtRunLoop.h"
+
+#include <QApplication>
+#include <QProcess>
+#include <QSessionManager>
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+using Start = kelvo::StatusBarUtility::Start;
+using Occasion = kelvo::StatusBarUtility::Occasion;
+
+constexpr char kProgramName[] = "KelvoTouchDisplaySettingUtility";
+
+constexpr char kUsage[] = R"(Usage: KelvoTouchDisplaySettingUtility [--session-start]
+Shows a menu for the touch display in the system tray: it opens the settings and tells how the driver does. Started
+again, it shows the icon of the one that runs.
+
+  --session-start  show the icon only if the settings say so; else run without it until it is asked for
+  -h, --help       print this text and exit
+  --version        print the version and exit
+)";
+
+constexpr int kFailure = 1;
+constexpr int kUsageError = 2;
+
+int fail(int status, const std::string& reason) {
+    std::cerr << kProgramName << ": " << reason << '\n';
+    return status;
+}
+
+int print(const std::string& text) {
+    std::cout << text;
+    return 0;
+}
+
+/// Starts the settings' window: that of the folder in which this program was built, else the installed one, else
+/// whatever has its name.
+bool startPane() {
+    // From <build>/Library/Application Support/KelvoTouchDisplay/StatusBarApp/<name>.app.
+    const QString built = QCoreApplication::applicationDirPath() + "/../../../../../bin/kelvo-touch-display";
+    for (const QString& program :
+         {built, QStringLiteral(KELVO_INSTALLED_PANE), QStringLiteral("kelvo-touch-display")}) {
+        if (QProcess::startDetached(program, {})) return true;
+    }
+    return false;
+}
+
+/// A session that restores what ran when it ended would start this program as a person does, who wants to see the
+/// icon. It has its own entry among those that start with the session.
+void declineToBeRestored(const QApplication& toolkit) {
+    const auto decline = [](QSessionManager& session) { session.setRestartHint(QSessionManager::RestartNever); };
+    QObject::connect(&toolkit, &QGuiApplication::commitDataRequest, &toolkit, decline, Qt::DirectConnection);
+    QObject::connect(&toolkit, &QGuiApplication::saveStateRequest, &toolkit, decline, Qt::DirectConnection);
+}
+
+/// Becomes a new process of this program. Returns only when that cannot be done.
+void startAnew() {
+    std::string program = QCoreApplication::applicationFilePath().toStdString();
+    char* const arguments[] = {program.data(), nullptr};
+    execv(program.c_str(), arguments);
+}
+
+int run(Occasion occasion, int argc, char* argv[]) {
+    const QApplication toolkit(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    declineToBeRestored(toolkit);
+
+    kelvo::Journal log(kProgramName);
+    kelvo::PosixFileManager fileManager;
+    kelvo::PlistCoder propertyLists;
+    kelvo::ProductStrings strings;
+    kelvo::QtRunLoop runLoop;
+    kelvo::BusMessagePorts ports(runLoop);
+    kelvo::SystemClock clock;
+    platform::Platform platform{.log = log,
+                                .fileManager = fileManager,
+                                .propertyLists = propertyLists,
+                                .bundles = strings,
+                                .messagePorts = ports,
+                                .runLoop = runLoop,
+                                .clock = clock,
+                                .systemVersion = clock};
+    const platform::PlatformInUse inUse(platform);
+
+    kelvo::PaneOpener pane(startPane);
+    kelvo::DriverProbe driver;
+    kelvo::StatusMenu menu({.openPaneAtTab = [&](std::int32_t tab) { pane.openAtTab(tab); },
+                            .quit = [] { QCoreApplication::quit(); },
+                            .askDriver = [&](auto tell) { driver.ask(std::move(tell)); }});
+    kelvo::TrayIcon icon(menu);
+    kelvo::StatusBarUtility utility(icon, startAnew);
+    switch (utility.start(occasion)) {
+    case Start::IsFirst: {
+        const kelvo::TerminationSignals termination(runLoop, [] { QCoreApplication::quit(); });
+        return QApplication::exec();
+    }
+    case Start::OtherRuns:
+        return 0;
+    case Start::OtherIsHung:
+        return fail(kFailure, "the one that runs already does not answer; end it and start again");
+    case Start::NoPort:
+        break;
+    }
+    return fail(kFailure, "there is no session bus; set DBUS_SESSION_BUS_ADDRESS to the session's");
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+    Occasion occasion = Occasion::Launch;
+    for (const std::string& argument : arguments) {
+        if (argument == "--help" || argument == "-h") return print(kUsage);
+        if (argument == "--version") return print(std::string(kProgramName) + " " KELVO_VERSION "\n");
+        if (argument != "--session-start") {
+            return fail(kUsageError, "unknown argument " + argument + "\nTry --help for the options there are.");
+        }
+        occasion = Occasion::SessionStart;
+    }
+    try {
+        return run(occasion, argc, argv);
+    } catch (const std::exception& error) {
+        return fail(kFailure, error.what());
+    }
+}

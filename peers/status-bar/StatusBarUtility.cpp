@@ -1,0 +1,113 @@
+#include "peers/status-bar/StatusBarUtility.h"
+
+#include "TDNames.h"
+#include "TDUtilities.h"
+#include "platform/Log.h"
+
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+using platform::CFMessagePortStatus;
+using platform::NSMutableDictionary;
+using platform::Value;
+
+constexpr double kSendTimeoutSeconds = 1.0;
+constexpr double kReceiveTimeoutSeconds = 1.0;
+
+bool isIconWanted(StatusBarUtility::Occasion occasion) {
+    return occasion == StatusBarUtility::Occasion::Launch ||
+           readUtilitiesDictionary().objectForKey(keys::isShowStatuMenu).boolValue();
+}
+
+} // namespace
+
+StatusBarUtility::StatusBarUtility(StatusIcon& icon, std::function<void()> startAnew)
+    : icon_(icon), startAnew_(std::move(startAnew)) {}
+
+StatusBarUtility::~StatusBarUtility() {
+    if (source_) platform::CFRunLoop::getCurrent().removeSource(*source_);
+}
+
+StatusBarUtility::Start StatusBarUtility::start(Occasion occasion) {
+    const bool isWanted = isIconWanted(occasion);
+    if (!openPort()) {
+        const Start other = isWanted ? askOtherToShowIcon() : Start::OtherRuns;
+        // One that ended in between has left its place.
+        if (other != Start::NoPort || !openPort()) return other;
+    }
+    if (isWanted) {
+        showIcon();
+    } else {
+        hideIcon();
+    }
+    return Start::IsFirst;
+}
+
+bool StatusBarUtility::openPort() {
+    port_ = platform::CFMessagePorts::current().createLocal(
+        kStatusBarPortName, [this](platform::CFMessagePort&, std::int32_t messageId,
+                                   std::span<const std::uint8_t> data) { receive(messageId, data); });
+    if (!port_) return false;
+    source_ = port_->createRunLoopSource();
+    platform::CFRunLoop::getCurrent().addSource(*source_);
+    return true;
+}
+
+StatusBarUtility::Start StatusBarUtility::askOtherToShowIcon() {
+    Value payload = NSMutableDictionary::dictionaryWithObjectsAndKeys({{icon_.hasPlace(), kHasPlaceKey}});
+    const auto data = Helpers::NSDate::dataWithContentsOfDictionary(payload);
+    const auto other = platform::CFMessagePorts::current().createRemote(kStatusBarPortName);
+    if (!other || !data) return Start::NoPort;
+    platform::NSData unreadReply;
+    switch (
+        other->sendRequest(kMessageIDForShowingIcon, *data, kSendTimeoutSeconds, kReceiveTimeoutSeconds, unreadReply)) {
+    case CFMessagePortStatus::Success:
+        return Start::OtherRuns;
+    case CFMessagePortStatus::SendTimeout:
+    case CFMessagePortStatus::ReceiveTimeout:
+        return Start::OtherIsHung;
+    case CFMessagePortStatus::IsInvalid:
+    case CFMessagePortStatus::TransportError:
+        break;
+    }
+    return Start::NoPort;
+}
+
+void StatusBarUtility::receive(std::int32_t messageId, std::span<const std::uint8_t> data) {
+    const auto payload = Helpers::NSMutableDictionary::dictionaryWithContentsOfData(data);
+    if (messageId == kMessageIDForShowingIcon) {
+        // A toolkit that found no place once does not look for it again.
+        if (!icon_.hasPlace() && payload.objectForKey(kHasPlaceKey).boolValue()) startAnew_();
+        showIcon();
+    } else if (messageId == kMessageIDForStatusMenu) {
+        platform::NSLog("message %d %@", messageId, payload);
+        if (payload.objectForKey(keys::isShowStatuMenu).boolValue()) {
+            showIcon();
+        } else {
+            hideIcon();
+        }
+    }
+}
+
+void StatusBarUtility::showIcon() {
+    if (icon_.hasPlace()) {
+        icon_.show();
+        logChange("icon shown");
+    } else if (!std::exchange(hasMissedTray_, true)) {
+        platform::NSLog("no system tray; the menu cannot be shown");
+    }
+}
+
+void StatusBarUtility::hideIcon() {
+    icon_.hide();
+    logChange("icon hidden");
+}
+
+void StatusBarUtility::logChange(std::string_view change) {
+    if (std::exchange(lastChange_, change) != change) platform::NSLog(change);
+}
+
+} // namespace kelvo

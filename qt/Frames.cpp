@@ -1,0 +1,16 @@
+#include "qt/Frames.h"
+
+#include <QRectF>
+
+namespace kelvo {
+
+platform::NSRect frameFromGeometry(const QRect& geometry, double height) {
+    const QRectF rect(geometry);
+    return {rect.x(), height - rect.y() - rect.height(), rect.width(), rect.height()};
+}
+
+QRect geometryFromFrame(const platform::NSRect& frame, double height) {
+    return QRectF(frame.x, height - frame.y - frame.height, frame.width, frame.height).toAlignedRect();
+}
+
+} // namespace kelvo

@@ -1,0 +1,126 @@
+#include "qt/PullDown.h"
+
+#include <QAbstractItemView>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QStyleOptionComboBox>
+#include <QStylePainter>
+#include <QStyledItemDelegate>
+#include <QWheelEvent>
+
+#include <memory>
+
+namespace kelvo {
+
+namespace {
+
+/// Of a choice in the menu: high enough for a finger, with room beside the text for what styles put there.
+constexpr int kChoiceHeight = 40;
+constexpr int kChoiceMargin = 40;
+
+} // namespace
+
+PullDown::PullDown(QWidget* parent) : QComboBox(parent) {
+    setFocusPolicy(Qt::StrongFocus);
+    // The one that styles bring along for menus gives all choices the height it likes.
+    setItemDelegate(std::make_unique<QStyledItemDelegate>(this).release());
+}
+
+void PullDown::setTitle(const QString& title) {
+    title_ = title;
+    update();
+}
+
+void PullDown::setChoices(const QStringList& choices, int current) {
+    QStringList texts;
+    for (int i = 0; i < count(); ++i) texts.append(itemText(i));
+    if (texts != choices) {
+        clear();
+        addItems(choices);
+        for (int i = 0; i < count(); ++i) {
+            setItemData(i, QSize(textWidthOf(itemText(i)) + kChoiceMargin, kChoiceHeight), Qt::SizeHintRole);
+        }
+    }
+    setCurrentIndex(current);
+}
+
+void PullDown::setLook(bool isBordered, bool hasArrow) {
+    isBordered_ = isBordered;
+    hasArrow_ = hasArrow;
+    setFocusPolicy(isBordered || hasArrow ? Qt::StrongFocus : Qt::NoFocus);
+    update();
+}
+
+int PullDown::widthFor(const QString& title) const {
+    const QRect probe(0, 0, 1000, height());
+    return probe.width() - textRectIn(probe).width() + textWidthOf(title);
+}
+
+int PullDown::textWidthOf(const QString& title) const { return fontMetrics().horizontalAdvance(title) + 1; }
+
+void PullDown::showPopup() {
+    if (!opensMenu_()) return;
+    // The button is as wide as its title, the menu as its widest choice.
+    view()->setMinimumWidth(view()->sizeHintForColumn(0));
+    QComboBox::showPopup();
+}
+
+void PullDown::paintEvent(QPaintEvent*) {
+    if (!isBordered_) {
+        drawBareTitle();
+        return;
+    }
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    option.currentText = title_;
+    option.currentIcon = {};
+    if (!hasArrow_) option.subControls &= ~QStyle::SC_ComboBoxArrow;
+    QStylePainter painter(this);
+    painter.drawComplexControl(QStyle::CC_ComboBox, option);
+    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+}
+
+void PullDown::mousePressEvent(QMouseEvent* event) {
+    if (opensMenu_()) {
+        QComboBox::mousePressEvent(event);
+    } else {
+        event->ignore();
+    }
+}
+
+void PullDown::keyPressEvent(QKeyEvent* event) {
+    if (opensMenu_()) {
+        QComboBox::keyPressEvent(event);
+    } else {
+        event->ignore();
+    }
+}
+
+void PullDown::wheelEvent(QWheelEvent* event) {
+    if (opensMenu_()) {
+        QComboBox::wheelEvent(event);
+    } else {
+        event->ignore();
+    }
+}
+
+QRect PullDown::textRectIn(const QRect& rect) const {
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    option.rect = rect;
+    // Styles leave a pixel on either side of the text.
+    return style()
+        ->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this)
+        .adjusted(1, 0, -1, 0);
+}
+
+void PullDown::drawBareTitle() {
+    QStylePainter painter(this);
+    // It stands in line with the titles of those that have a border, and may go on where their arrow is.
+    QRect place = textRectIn(rect());
+    place.setRight(rect().right());
+    painter.drawItemText(place, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, palette(), isEnabled(), title_,
+                         QPalette::WindowText);
+}
+
+} // namespace kelvo

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QComboBox>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+namespace kelvo {
+
+/// A button that shows a title and opens a menu of choices. It can be deaf to the user, and look like mere text.
+class PullDown : public QComboBox {
+    Q_OBJECT
+    Q_PROPERTY(QString title READ title WRITE setTitle)
+
+public:
+    explicit PullDown(QWidget* parent = nullptr);
+
+    [[nodiscard]] QString title() const { return title_; }
+    void setTitle(const QString& title);
+    /// The choices with the one at `current` selected; -1 for none.
+    void setChoices(const QStringList& choices, int current);
+    /// Asked before the user opens the menu or steps through it.
+    void setOpensMenu(std::function<bool()> opensMenu) { opensMenu_ = std::move(opensMenu); }
+    /// Without border and arrow it looks like text, and then it takes no focus.
+    void setLook(bool isBordered, bool hasArrow);
+
+    /// How wide it has to be to show `title` whole.
+    [[nodiscard]] int widthFor(const QString& title) const;
+    /// The width of `title` alone.
+    [[nodiscard]] int textWidthOf(const QString& title) const;
+
+    void showPopup() override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+private:
+    [[nodiscard]] QRect textRectIn(const QRect& rect) const;
+    void drawBareTitle();
+
+    QString title_;
+    std::function<bool()> opensMenu_ = [] { return true; };
+    bool isBordered_ = true;
+    bool hasArrow_ = true;
+};
+
+} // namespace kelvo

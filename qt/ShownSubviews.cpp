@@ -1,0 +1,141 @@
+#include "qt/ShownSubviews.h"
+
+#include "qt/Frames.h"
+#include "qt/TabOrder.h"
+
+#include <QApplication>
+#include <QScrollArea>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace kelvo {
+
+using platform::NSView;
+
+namespace {
+
+/// The scroll area that `content` is scrolled in; null when it is in none.
+QScrollArea* scrollAreaOf(const QWidget& content) {
+    QWidget* const viewport = content.parentWidget();
+    auto* area = viewport ? qobject_cast<QScrollArea*>(viewport->parentWidget()) : nullptr;
+    return area && area->widget() == &content ? area : nullptr;
+}
+
+} // namespace
+
+ShownSubviews::ShownSubviews(QWidget& container, NSView& view, WidgetOfView widgetOfView)
+    : container_(&container),
+      view_(view),
+      widgetOfView_(std::move(widgetOfView)),
+      height_(container.height()),
+      connections_(std::make_unique<QObject>()) {
+    view_.setFrame({0.0, 0.0, static_cast<double>(container.width()), static_cast<double>(container.height())});
+    changes_ = view_.observeChanges([this] { show(); });
+    show();
+    QObject::connect(qApp, &QApplication::focusChanged, connections_.get(), [this](QWidget*, QWidget* focused) {
+        if (focused && container_ && container_->isAncestorOf(focused)) scrollTo(*focused);
+    });
+}
+
+ShownSubviews::~ShownSubviews() = default;
+
+void ShownSubviews::show() {
+    if (!container_) return;
+    const auto& views = view_.subviews();
+
+    // Views go from anywhere, but come only to the front; all others are left as they are.
+    std::size_t before = 0;
+    while (before < shown_.size() && before < views.size() && shown_[before].view == views[before].get()) ++before;
+    std::size_t behind = 0;
+    while (before + behind < shown_.size() && before + behind < views.size() &&
+           shown_[shown_.size() - behind - 1].view == views[views.size() - behind - 1].get()) {
+        ++behind;
+    }
+    takeOut(before, shown_.size() - behind);
+    while (shown_.size() < views.size()) putIn(*views[shown_.size()]);
+
+    if (height_ != view_.frame().height) {
+        height_ = view_.frame().height;
+        for (const Subview& each : shown_) {
+            if (each.widget) place(*each.widget, *each.view);
+        }
+    }
+    growToHoldAll();
+}
+
+void ShownSubviews::takeOut(std::size_t first, std::size_t last) {
+    const auto begin = shown_.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto end = shown_.begin() + static_cast<std::ptrdiff_t>(last);
+    const std::vector<Subview> gone(std::make_move_iterator(begin), std::make_move_iterator(end));
+    shown_.erase(begin, end);
+    for (const Subview& each : gone) {
+        if (!each.widget || each.widget->parentWidget() != container_) continue;
+        const QPoint place = each.widget->pos();
+        each.widget->hide();
+        each.widget->setParent(nullptr);
+        showWhatIsInFrontAt(place);
+    }
+}
+
+void ShownSubviews::putIn(NSView& view) {
+    QWidget* const widget = widgetOfView_(view);
+    if (!widget) {
+        shown_.push_back({&view, nullptr, nullptr, {}});
+        return;
+    }
+    widget->setParent(container_);
+    QWidget* const lastBefore = lastTabStop();
+    QWidget& last = lastBefore ? putBehindInTabOrder(*lastBefore, *widget) : putInsideInTabOrder(*container_, *widget);
+    auto changes = view.observeChanges([this, &view, moved = QPointer<QWidget>(widget)] {
+        if (!moved) return;
+        place(*moved, view);
+        growToHoldAll();
+    });
+    shown_.push_back({&view, widget, &last, std::move(changes)});
+    place(*widget, view);
+}
+
+QWidget* ShownSubviews::lastTabStop() const {
+    const auto last =
+        std::find_if(shown_.rbegin(), shown_.rend(), [](const Subview& each) { return !each.lastTabStop.isNull(); });
+    return last == shown_.rend() ? nullptr : last->lastTabStop.data();
+}
+
+void ShownSubviews::place(QWidget& widget, const NSView& view) const {
+    const QPoint before = widget.pos();
+    widget.setGeometry(geometryFromFrame(view.frame(), height_));
+    if (widget.pos() != before) showWhatIsInFrontAt(before);
+    showWhatIsInFrontAt(widget.pos());
+}
+
+void ShownSubviews::showWhatIsInFrontAt(QPoint place) const {
+    bool isInFront = true;
+    std::for_each(shown_.rbegin(), shown_.rend(), [&](const Subview& each) {
+        if (!each.widget || each.widget->pos() != place) return;
+        const bool isHidden = each.view->isHidden();
+        each.widget->setVisible(isInFront && !isHidden);
+        isInFront = isInFront && isHidden;
+    });
+}
+
+void ShownSubviews::growToHoldAll() const {
+    const platform::NSRect frame = view_.frame();
+    QRect held = geometryFromFrame({0.0, 0.0, frame.width, frame.height}, frame.height);
+    for (const Subview& each : shown_) {
+        if (each.widget) held |= each.widget->geometry();
+    }
+    container_->resize(held.right() + 1, held.bottom() + 1);
+}
+
+void ShownSubviews::scrollTo(QWidget& focused) const {
+    // What was pressed is on the screen, and must not move away before it is let go.
+    QScrollArea* const area = scrollAreaOf(*container_);
+    if (!area || QGuiApplication::mouseButtons() != Qt::NoButton) return;
+    QWidget* subview = &focused;
+    while (subview->parentWidget() != container_) subview = subview->parentWidget();
+    area->ensureWidgetVisible(subview, 0, 0);
+}
+
+} // namespace kelvo

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+
+namespace kelvo {
+
+/// The user did something to a widget: `act` tells the model, and `show` lets the widget show what the model made of
+/// it, which is what it was before if the model refused.
+void userActed(
+    const std::function<void()>& act, const std::function<void()>& show = [] {});
+
+/// Destroys a form. While the user acts, one of its widgets may be handling that; then the form only leaves the screen,
+/// and goes when the toolkit is done with the act.
+void discardForm(std::unique_ptr<QWidget> form);
+
+} // namespace kelvo

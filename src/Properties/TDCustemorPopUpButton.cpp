@@ -1,0 +1,3 @@
+#include "Properties/TDCustemorPopUpButton.h"
+
+TDCustemorPopUpButton::~TDCustemorPopUpButton() = default;
