@@ -18,7 +18,7 @@ constexpr char kEnglish[] = "en";
 platform::NSMutableDictionary infoAt(const std::string& path) {
     const std::optional<platform::NSData> contents = PosixFileManager().contentsAtPath(path);
     if (!contents) throw std::runtime_error(path + ": cannot be read");
-    const platform::NSMutableDictionary info = PlistCoder().createFromFileData(*contents).dictionary();
+    platform::NSMutableDictionary info = PlistCoder().createFromFileData(*contents).dictionary();
     if (!info) throw std::runtime_error(path + ": is no property list with a dictionary");
     return info;
 }

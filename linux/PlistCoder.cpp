@@ -264,10 +264,10 @@ Node encodedDate(NSDate date) {
     if (!canBeWritten(static_cast<int>(day.year()))) return nullptr;
     const std::chrono::hh_mm_ss time(moment - midnight);
     std::array<char, 64> element{};
-    std::snprintf(element.data(), element.size(), "<date>%04d-%02u-%02uT%02d:%02d:%02dZ</date>",
-                  static_cast<int>(day.year()), static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()),
-                  static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                  static_cast<int>(time.seconds().count()));
+    (void)std::snprintf(element.data(), element.size(), "<date>%04d-%02u-%02uT%02d:%02d:%02dZ</date>",
+                        static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
+                        static_cast<unsigned>(day.day()), static_cast<int>(time.hours().count()),
+                        static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
     return nodeOfElement(element.data());
 }
 

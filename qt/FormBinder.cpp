@@ -9,7 +9,9 @@
 #include <QVariant>
 
 #include <algorithm>
+#include <initializer_list>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace kelvo {
@@ -123,7 +125,10 @@ std::vector<FormBinder::Match> FormBinder::findMatches(const std::vector<NSOutle
                                                        const std::vector<NSNibAction>& actions) const {
     std::vector<Match> matches;
     std::string misfits;
-    const auto misfit = [&](const std::string& text) { misfits += (misfits.empty() ? "" : "; ") + text; };
+    const auto misfit = [&](std::initializer_list<std::string_view> words) {
+        if (!misfits.empty()) misfits += "; ";
+        for (const std::string_view word : words) misfits += word;
+    };
 
     for (QWidget* widget : form_.findChildren<QWidget*>()) {
         const std::string name = widget->objectName().toStdString();
@@ -131,16 +136,16 @@ std::vector<FormBinder::Match> FormBinder::findMatches(const std::vector<NSOutle
         const NSOutlet* outlet = outletNamed(name, outlets);
         const NSNibAction* action = actionOf(selector, actions);
 
-        if (!outlet && !name.empty() && name.back() == '_') misfit("widget " + name + " has no outlet");
-        if (outlet && !fitsOutlet(*widget, *outlet)) misfit("widget " + name + " cannot show its outlet");
-        if (!selector.empty() && !action) misfit("widget " + name + " fires " + selector + ", which is no action");
-        if (action && !canFire(*widget)) misfit("widget " + name + " cannot fire " + selector);
+        if (!outlet && !name.empty() && name.back() == '_') misfit({"widget ", name, " has no outlet"});
+        if (outlet && !fitsOutlet(*widget, *outlet)) misfit({"widget ", name, " cannot show its outlet"});
+        if (!selector.empty() && !action) misfit({"widget ", name, " fires ", selector, ", which is no action"});
+        if (action && !canFire(*widget)) misfit({"widget ", name, " cannot fire ", selector});
         if (outlet || action) matches.push_back({*widget, outlet, action});
     }
     for (const NSOutlet& outlet : outlets) {
         const bool isShown = std::any_of(matches.begin(), matches.end(),
                                          [&](const Match& each) { return showsOutlet(each.outlet, outlet); });
-        if (!isShown) misfit("outlet " + outlet.name + " has no widget");
+        if (!isShown) misfit({"outlet ", outlet.name, " has no widget"});
     }
 
     if (!misfits.empty()) throw std::runtime_error("form " + formName_ + " does not fit its owner: " + misfits);
@@ -179,9 +184,10 @@ void FormBinder::embed(NSViewController& controller, QWidget& page) const {
 void FormBinder::mirrorView(QWidget& widget, NSView& model, FormBinding& binding) const {
     keepPlaceWhenHidden(widget);
     binding.mirror<QWidget, NSView>(widget, model, showHidden);
-    // A label that names a control has nothing to say without it.
+    // A label that names a control has nothing to say without it, unless it is one of the owner's own.
+    const std::vector<NSOutlet> outlets = owner_.outlets();
     for (QLabel* label : form_.findChildren<QLabel*>()) {
-        if (label->buddy() != &widget) continue;
+        if (label->buddy() != &widget || outletNamed(label->objectName().toStdString(), outlets)) continue;
         keepPlaceWhenHidden(*label);
         binding.mirror<QWidget, NSView>(*label, model, showHidden);
     }

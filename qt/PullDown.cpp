@@ -56,6 +56,7 @@ int PullDown::widthFor(const QString& title) const {
     return probe.width() - textRectIn(probe).width() + textWidthOf(title);
 }
 
+// One pixel more, since advances are rounded.
 int PullDown::textWidthOf(const QString& title) const { return fontMetrics().horizontalAdvance(title) + 1; }
 
 void PullDown::showPopup() {

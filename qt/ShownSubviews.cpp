@@ -87,13 +87,14 @@ void ShownSubviews::putIn(NSView& view) {
     }
     widget->setParent(container_);
     QWidget* const lastBefore = lastTabStop();
-    QWidget& last = lastBefore ? putBehindInTabOrder(*lastBefore, *widget) : putInsideInTabOrder(*container_, *widget);
+    QWidget* const last =
+        lastBefore ? putBehindInTabOrder(*lastBefore, *widget) : putInsideInTabOrder(*container_, *widget);
     auto changes = view.observeChanges([this, &view, moved = QPointer<QWidget>(widget)] {
         if (!moved) return;
         place(*moved, view);
         growToHoldAll();
     });
-    shown_.push_back({&view, widget, &last, std::move(changes)});
+    shown_.push_back({&view, widget, last, std::move(changes)});
     place(*widget, view);
 }
 

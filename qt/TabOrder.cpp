@@ -41,25 +41,29 @@ QWidget* tabStopBefore(QWidget& holder) {
     return widget;
 }
 
-QWidget& chain(QWidget& first, const std::vector<QWidget*>& stops) {
+void chain(QWidget& first, const std::vector<QWidget*>& stops) {
     QWidget* last = &first;
     for (QWidget* stop : stops) {
         QWidget::setTabOrder(last, stop);
         last = stop;
     }
-    return *last;
 }
 
 } // namespace
 
-QWidget& putBehindInTabOrder(QWidget& before, QWidget& content) { return chain(before, tabStopsOf(content)); }
-
-QWidget& putInsideInTabOrder(QWidget& holder, QWidget& content) {
+QWidget* putBehindInTabOrder(QWidget& before, QWidget& content) {
     const std::vector<QWidget*> stops = tabStopsOf(content);
-    if (stops.empty()) return holder;
-    if (QWidget* const before = tabStopBefore(holder)) return chain(*before, stops);
+    if (stops.empty()) return nullptr;
+    chain(before, stops);
+    return stops.back();
+}
+
+QWidget* putInsideInTabOrder(QWidget& holder, QWidget& content) {
+    if (QWidget* const before = tabStopBefore(holder)) return putBehindInTabOrder(*before, content);
+    const std::vector<QWidget*> stops = tabStopsOf(content);
+    if (stops.empty()) return nullptr;
     chain(*stops.back(), tabStopsBeside(content));
-    return *stops.back();
+    return stops.back();
 }
 
 } // namespace kelvo

@@ -99,7 +99,7 @@ ControlChannel::ControlChannel(std::shared_ptr<Server> server) : server_(std::mo
 ControlChannel::~ControlChannel() = default;
 
 CommandResult sendCommand(const std::vector<std::string>& words) {
-    const CommandResult noBus{false, "there is no session bus; set DBUS_SESSION_BUS_ADDRESS to the simulator's"};
+    CommandResult noBus{false, "there is no session bus; set DBUS_SESSION_BUS_ADDRESS to the simulator's"};
     sd_bus* opened = nullptr;
     if (sd_bus_open_user(&opened) < 0) return noBus;
     const Bus bus(opened);

@@ -241,6 +241,22 @@ TEST_F(FormBinderTest, HiddenControlTakesTheLabelThatNamesItAlong) {
     EXPECT_FALSE(label.isHidden());
 }
 
+TEST_F(FormBinderTest, LabelWithAnOutletOfItsOwnIsHiddenByThatAlone) {
+    NSButton button(NSButton::Type::Switch);
+    NSTextField title;
+    QCheckBox& checkBox = add<QCheckBox>("check_");
+    QLabel& label = add<QLabel>("title_");
+    label.setBuddy(&checkBox);
+    owner_.published = {{"check_", &button}, {"title_", &title}};
+    bind();
+
+    title.setHidden(true);
+    button.setState(1);
+
+    EXPECT_TRUE(label.isHidden());
+    EXPECT_FALSE(checkBox.isHidden());
+}
+
 TEST_F(FormBinderTest, HidingAViewMovesNothingElse) {
     NSButton upper;
     add<QPushButton>("upper_");

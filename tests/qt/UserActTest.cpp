@@ -1,5 +1,6 @@
 #include "qt/UserAct.h"
 #include "qt/PullDown.h"
+#include "qt/ShownSubviews.h"
 #include "qt/ToolkitPlatform.h"
 
 #include <QAbstractItemView>
@@ -152,6 +153,30 @@ TEST_F(UserActTest, ActWithinAnActIsNotTheEndOfTheOuterOne) {
     };
     click();
     EXPECT_TRUE(wasThere);
+    expectFormHasGone();
+}
+
+TEST_F(UserActTest, RowMayBeTakenOffItsListInTheMiddleOfItsOwnAct) {
+    QWidget area(&window_);
+    area.resize(200, 100);
+    area.show();
+    platform::NSView list;
+    const ShownSubviews shown(area, list,
+                              [this](const platform::NSView& view) { return platform_.nibs.widgetFor(view); });
+    std::shared_ptr<RowController> row = std::move(controller_);
+    const std::weak_ptr<RowController> kept = row;
+    platform::NSView* const view = &row->view();
+    list.addSubview(std::shared_ptr<platform::NSView>(std::move(row), view));
+    act_ = [&] {
+        platform_.runLoop.scheduleTimer(0.0, [&] { list.subviews().front()->removeFromSuperview(); });
+        platform_.runLoop.runUntil([&] { return kept.expired(); }, kLongSeconds);
+        wasThereAfterLoop_ = !form_.isNull();
+    };
+
+    pressSpace();
+
+    EXPECT_TRUE(kept.expired());
+    EXPECT_TRUE(wasThereAfterLoop_);
     expectFormHasGone();
 }
 
