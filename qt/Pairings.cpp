@@ -159,6 +159,7 @@ std::optional<platform::NSNumberFormatter> formatterOf(const QLineEdit& lineEdit
 }
 
 void endEditing(QLineEdit& lineEdit, NSTextField& textField) {
+    lineEdit.setModified(false);
     if (textField.performEndEditing(lineEdit.text().toStdString())) return;
     // The focus may be just leaving.
     QMetaObject::invokeMethod(
@@ -172,8 +173,12 @@ void pairEditable(QLineEdit& lineEdit, NSTextField& textField, FormBinding& bind
     const auto end = [&lineEdit, &textField, show] { userActed([&] { endEditing(lineEdit, textField); }, show); };
     QObject::connect(&lineEdit, &QLineEdit::returnPressed, binding.connections(), end);
     // This one comes with every loss of the focus, and behind the Return key.
-    QObject::connect(&lineEdit, &QLineEdit::editingFinished, binding.connections(), [&lineEdit, &textField, end] {
-        if (lineEdit.text().toStdString() != textField.stringValue()) end();
+    QObject::connect(&lineEdit, &QLineEdit::editingFinished, binding.connections(), [&lineEdit, end] {
+        if (lineEdit.isModified()) end();
+    });
+    // A button's shortcut fires while the user is still in the field.
+    QObject::connect(&lineEdit, &QLineEdit::textEdited, binding.connections(), [&textField](const QString& text) {
+        guarded([&] { textField.performEdit(text.toStdString()); });
     });
 }
 

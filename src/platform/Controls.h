@@ -259,6 +259,10 @@ public:
     /// From the form; without one every text is taken.
     void setFormatter(std::optional<NSNumberFormatter> formatter) { formatter_ = formatter; }
 
+    /// The user types. What stands in the field is its text from then on, but nobody is told before editing ends.
+    void performEdit(const std::string& text) {
+        if (isEnabled()) setStringValue(text);
+    }
     /// The user leaves the field with `text` in it. The text stands in the field, then the delegate hears of it, of a
     /// failure instead when the formatter refuses it. False when the user has to stay.
     bool performEndEditing(const std::string& text);

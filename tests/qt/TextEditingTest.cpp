@@ -59,10 +59,10 @@ TEST_F(TextEditingTest, ProgramsTextIsShownAndNobodyHearsOfIt) {
     EXPECT_THAT(story_, IsEmpty());
 }
 
-TEST_F(TextEditingTest, TypingAloneIsNoEnd) {
+TEST_F(TextEditingTest, TypingAloneIsNoEndThoughAShortcutAlreadyFindsTheText) {
     type("40");
     EXPECT_THAT(story_, IsEmpty());
-    EXPECT_EQ(model_.stringValue(), "32");
+    EXPECT_EQ(model_.stringValue(), "40");
 }
 
 TEST_F(TextEditingTest, ReturnEndsEditingOnce) {
