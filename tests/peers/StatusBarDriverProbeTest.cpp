@@ -134,8 +134,11 @@ TEST_F(DriverProbeTest, BusThatGoesAwayMeanwhileTakesTheDriverWithIt) {
 
 TEST_F(DriverProbeTest, AskedAgainBeforeItsAnswerTellsOnlyTheLaterOne) {
     std::vector<std::string> story;
+    // A bus that stands still cannot answer the first before the second is asked.
+    bus_.hang();
     probe_.ask([&](DriverAnswer) { story.emplace_back("first"); });
     probe_.ask([&](DriverAnswer) { story.emplace_back("second"); });
+    bus_.resume();
     platform_.loop.runUntil([&] { return !story.empty(); }, kLongSeconds);
     // All that the first could still have brought would come before this.
     EXPECT_TRUE(comesTo(DriverAnswer::NotRunning));
