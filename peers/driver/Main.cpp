@@ -1,15 +1,9 @@
-#include "linux/BusMessagePorts.h"
-#include "linux/Journal.h"
-#include "linux/PlistCoder.h"
 #include "linux/PollRunLoop.h"
-#include "linux/PosixFileManager.h"
-#include "linux/SystemClock.h"
 #include "linux/TerminationSignals.h"
-#include "peers/ProductStrings.h"
+#include "peers/PeerPlatform.h"
 #include "peers/driver/ControlChannel.h"
 #include "peers/driver/DriverSimulator.h"
 #include "peers/driver/SystemGestures.h"
-#include "platform/Platform.h"
 
 #include <algorithm>
 #include <charconv>
@@ -136,22 +130,8 @@ Beginning beginningOf(const Words& words) {
 
 int run(const Words& words) {
     const Beginning beginning = beginningOf(words);
-    kelvo::Journal journal("kelvo-touch-driver-sim");
-    kelvo::PosixFileManager fileManager;
-    kelvo::PlistCoder propertyLists;
-    kelvo::ProductStrings strings;
     kelvo::PollRunLoop runLoop;
-    kelvo::BusMessagePorts ports(runLoop);
-    kelvo::SystemClock clock;
-    platform::Platform platform{.log = journal,
-                                .fileManager = fileManager,
-                                .propertyLists = propertyLists,
-                                .bundles = strings,
-                                .messagePorts = ports,
-                                .runLoop = runLoop,
-                                .clock = clock,
-                                .systemVersion = clock};
-    const platform::PlatformInUse inUse(platform);
+    const kelvo::PeerPlatform services("kelvo-touch-driver-sim", runLoop);
 
     kelvo::DriverSimulator driver(printLine);
     const kelvo::TerminationSignals signals(runLoop, [&] { runLoop.stop(); });

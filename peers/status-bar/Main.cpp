@@ -1,16 +1,10 @@
-#include "linux/BusMessagePorts.h"
-#include "linux/Journal.h"
-#include "linux/PlistCoder.h"
-#include "linux/PosixFileManager.h"
-#include "linux/SystemClock.h"
 #include "linux/TerminationSignals.h"
-#include "peers/ProductStrings.h"
+#include "peers/PeerPlatform.h"
 #include "peers/status-bar/DriverProbe.h"
 #include "peers/status-bar/PaneOpener.h"
 #include "peers/status-bar/StatusBarUtility.h"
 #include "peers/status-bar/StatusMenu.h"
 #include "peers/status-bar/TrayIcon.h"
-#include "platform/Platform.h"
 #include "qt/QtRunLoop.h"
 
 #include <QApplication>
@@ -87,22 +81,8 @@ int run(Occasion occasion, int argc, char* argv[]) {
     QApplication::setQuitOnLastWindowClosed(false);
     declineToBeRestored(toolkit);
 
-    kelvo::Journal log(kProgramName);
-    kelvo::PosixFileManager fileManager;
-    kelvo::PlistCoder propertyLists;
-    kelvo::ProductStrings strings;
     kelvo::QtRunLoop runLoop;
-    kelvo::BusMessagePorts ports(runLoop);
-    kelvo::SystemClock clock;
-    platform::Platform platform{.log = log,
-                                .fileManager = fileManager,
-                                .propertyLists = propertyLists,
-                                .bundles = strings,
-                                .messagePorts = ports,
-                                .runLoop = runLoop,
-                                .clock = clock,
-                                .systemVersion = clock};
-    const platform::PlatformInUse inUse(platform);
+    const kelvo::PeerPlatform services(kProgramName, runLoop);
 
     kelvo::PaneOpener pane(startPane);
     kelvo::DriverProbe driver;

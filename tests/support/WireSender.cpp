@@ -2,14 +2,8 @@
 #include "TDMessages.h"
 #include "TDNames.h"
 #include "TDUtilities.h"
-#include "linux/BusMessagePorts.h"
-#include "linux/Journal.h"
-#include "linux/PlistCoder.h"
 #include "linux/PollRunLoop.h"
-#include "linux/PosixFileManager.h"
-#include "linux/SystemClock.h"
-#include "peers/ProductStrings.h"
-#include "platform/Platform.h"
+#include "peers/PeerPlatform.h"
 
 namespace {
 
@@ -45,22 +39,8 @@ void sendOneOfEach() {
 
 /// Sends one message of each shape over the session bus, for the display "Näme".
 int main() {
-    kelvo::Journal journal("wire-sender");
-    kelvo::PosixFileManager fileManager;
-    kelvo::PlistCoder propertyLists;
-    kelvo::ProductStrings strings;
     kelvo::PollRunLoop runLoop;
-    kelvo::BusMessagePorts ports(runLoop);
-    kelvo::SystemClock clock;
-    platform::Platform platform{.log = journal,
-                                .fileManager = fileManager,
-                                .propertyLists = propertyLists,
-                                .bundles = strings,
-                                .messagePorts = ports,
-                                .runLoop = runLoop,
-                                .clock = clock,
-                                .systemVersion = clock};
-    const platform::PlatformInUse inUse(platform);
+    const kelvo::PeerPlatform services("wire-sender", runLoop);
     setModelType("Näme");
     sendOneOfEach();
     return 0;
