@@ -1,7 +1,7 @@
 #include "qt/Pairings.h"
 
 #include "qt/CanvasView.h"
-#include "qt/Guarded.h"
+#include "platform/Guarded.h"
 #include "qt/PullDown.h"
 #include "qt/QtGraphicsContext.h"
 #include "qt/UserAct.h"
@@ -178,7 +178,7 @@ void pairEditable(QLineEdit& lineEdit, NSTextField& textField, FormBinding& bind
     });
     // A button's shortcut fires while the user is still in the field.
     QObject::connect(&lineEdit, &QLineEdit::textEdited, binding.connections(), [&textField](const QString& text) {
-        guarded([&] { textField.performEdit(text.toStdString()); });
+        platform::guarded([&] { textField.performEdit(text.toStdString()); });
     });
 }
 
@@ -251,7 +251,7 @@ void pairCanvas(CanvasView& canvas, NSView& view, FormBinding& binding) {
     QObject* const context = binding.connections();
     QObject::connect(&canvas, &CanvasView::resized, context, [&canvas, &view] { fitFrame(view, canvas); });
     QObject::connect(&canvas, &CanvasView::drawn, context,
-                     [&view](QPainter& painter) { guarded([&] { draw(view, painter); }); });
+                     [&view](QPainter& painter) { platform::guarded([&] { draw(view, painter); }); });
     QObject::connect(&canvas, &CanvasView::pressed, context, [&canvas, &view](QPoint place) {
         userActed([&] { view.mouseDown(eventAt(canvas, view, place)); });
     });

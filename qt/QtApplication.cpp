@@ -1,6 +1,6 @@
 #include "qt/QtApplication.h"
 
-#include "qt/Guarded.h"
+#include "platform/Guarded.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -55,7 +55,7 @@ void QtApplication::activateIgnoringOtherApps() {
 void QtApplication::beginInformationalAlertSheet(const NSAlertSheet& sheet, const platform::NSObject& delegate,
                                                  std::function<void(std::int32_t returnCode)> didEnd) {
     const auto tell = [target = delegate.weakReference(), didEnd = std::move(didEnd)](std::int32_t returnCode) {
-        guarded([&] {
+        platform::guarded([&] {
             if (!target.expired()) didEnd(returnCode);
         });
     };

@@ -1,6 +1,6 @@
 #include "qt/QtRunLoop.h"
 
-#include "qt/Guarded.h"
+#include "platform/Guarded.h"
 
 #include <QEventLoop>
 #include <QSocketNotifier>
@@ -28,7 +28,7 @@ public:
         writable_.setEnabled(false);
         const auto shared = std::make_shared<const std::function<void()>>(std::move(ready));
         for (QSocketNotifier* notifier : {&readable_, &writable_}) {
-            QObject::connect(notifier, &QSocketNotifier::activated, notifier, [shared] { guarded(*shared); });
+            QObject::connect(notifier, &QSocketNotifier::activated, notifier, [shared] { platform::guarded(*shared); });
         }
     }
 
@@ -65,7 +65,7 @@ private:
 
     void fire() {
         state_ = State::Firing;
-        guarded(action_);
+        platform::guarded(action_);
         finish();
     }
 

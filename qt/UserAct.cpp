@@ -1,6 +1,6 @@
 #include "qt/UserAct.h"
 
-#include "qt/Guarded.h"
+#include "platform/Guarded.h"
 
 #include <utility>
 #include <vector>
@@ -39,8 +39,8 @@ UserAct* UserAct::outermost = nullptr;
 
 void userActed(const std::function<void()>& act, const std::function<void()>& show) {
     const UserAct underWay;
-    guarded(act);
-    guarded(show);
+    platform::guarded(act);
+    platform::guarded(show);
 }
 
 void discardForm(std::unique_ptr<QWidget> form) {

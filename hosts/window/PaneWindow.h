@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/NSPreferencePane.h"
+#include "hosts/PaneLife.h"
 #include "qt/QtNibs.h"
 
 #include <QMainWindow>
@@ -13,19 +13,13 @@ public:
     /// Loads the pane's form and tells the pane so. A form that does not fit is a std::runtime_error. The pane and
     /// `nibs`, which its form comes from, must outlive the window.
     PaneWindow(platform::NSPreferencePane& pane, const QtNibs& nibs);
-    /// Leaves the pane if it is still selected.
-    ~PaneWindow() override;
 
 protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
-    void select();
-    void unselect();
-
-    platform::NSPreferencePane& pane_;
-    bool isSelected_ = false;
+    PaneLife life_;
 };
 
 } // namespace kelvo

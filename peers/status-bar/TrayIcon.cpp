@@ -1,6 +1,6 @@
 #include "peers/status-bar/TrayIcon.h"
 
-#include "qt/Guarded.h"
+#include "platform/Guarded.h"
 
 #include <QCursor>
 #include <QIcon>
@@ -42,7 +42,7 @@ QIcon displayIcon() {
 TrayIcon::TrayIcon(StatusMenu& menu) : menu_(menu) {
     fillMenu();
     QObject::connect(&shownMenu_, &QMenu::aboutToShow, &shownMenu_,
-                     [this] { guarded([this] { menu_.open([this] { showTitles(); }); }); });
+                     [this] { platform::guarded([this] { menu_.open([this] { showTitles(); }); }); });
 }
 
 bool TrayIcon::hasPlace() { return QSystemTrayIcon::isSystemTrayAvailable(); }
@@ -62,7 +62,7 @@ void TrayIcon::fillMenu() {
             item.title.empty() ? shownMenu_.addSeparator() : shownMenu_.addAction(QString::fromStdString(item.title));
         action->setEnabled(static_cast<bool>(item.choose));
         if (item.choose)
-            QObject::connect(action, &QAction::triggered, action, [choose = item.choose] { guarded(choose); });
+            QObject::connect(action, &QAction::triggered, action, [choose = item.choose] { platform::guarded(choose); });
     }
 }
 

@@ -4,11 +4,10 @@ import signal
 import sys
 import unittest
 
+from hosts import PANE, PaneLife
 from peers import NAME_PREFIX, Lines, Peer, World, wait_until
 
 PROGRAM = sys.argv.pop(1)
-
-PANE = "PreferenceMessagePort"
 
 
 class Window:
@@ -18,6 +17,7 @@ class Window:
         self.world = world
         self.process = world.start(PROGRAM)
         self.log = Lines(self.process.stderr)
+        self.life = PaneLife(world, "kelvo-touch-display", self.log)
         self.wait_for_line("kelvo-touch-display: willSelect")
         wait_until(lambda: world.has_owner(PANE), "the pane's port")
 
@@ -49,11 +49,9 @@ class PaneWindow(unittest.TestCase):
         self.set_utilities(["Desk"])
         window = Window(self.world)
 
+        window.life.expect("mainViewDidLoad", "willSelect")
         self.assertEqual(window.terminate(), 0)
-        self.assertEqual([line for line in window.log.lines if line.startswith("kelvo-touch-display: ")],
-                         ["kelvo-touch-display: mainViewDidLoad", "kelvo-touch-display: willSelect",
-                          "kelvo-touch-display: willUnselect"])
-        self.assertFalse(self.world.has_owner(PANE))
+        window.life.expect("mainViewDidLoad", "willSelect", "willUnselect")
         self.assertEqual(self.world.plist("Utilities.plist")["SelectDeviceName"], "Desk")
 
     def test_creates_its_folder_and_file_in_a_new_home(self):

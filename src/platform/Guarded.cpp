@@ -1,19 +1,19 @@
-#include "qt/Guarded.h"
+#include "platform/Guarded.h"
 
 #include "platform/Log.h"
 
 #include <exception>
 
-namespace kelvo {
+namespace platform {
 
 void guarded(const std::function<void()>& call) noexcept {
     try {
         call();
     } catch (const std::exception& error) {
-        platform::NSLog("Unexpected error: %@", error.what());
+        NSLog("Unexpected error: %@", error.what());
     } catch (...) {
-        platform::NSLog("Unexpected error of an unknown kind");
+        NSLog("Unexpected error of an unknown kind");
     }
 }
 
-} // namespace kelvo
+} // namespace platform
