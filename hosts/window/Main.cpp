@@ -1,19 +1,8 @@
+#include "hosts/QtHostPlatform.h"
 #include "hosts/window/Options.h"
 #include "hosts/window/PaneWindow.h"
 #include "hosts/window/SingleInstance.h"
-#include "linux/BundleDirectory.h"
-#include "linux/BusMessagePorts.h"
-#include "linux/Journal.h"
-#include "linux/Launcher.h"
-#include "linux/PlistCoder.h"
-#include "linux/PosixFileManager.h"
-#include "linux/SystemClock.h"
 #include "linux/TerminationSignals.h"
-#include "platform/Platform.h"
-#include "qt/Forms.h"
-#include "qt/QtApplication.h"
-#include "qt/QtNibs.h"
-#include "qt/QtRunLoop.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -53,30 +42,9 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
     const QApplication toolkit(argc, argv);
     introduceToDesktop();
 
-    kelvo::Journal log(kProgramName);
-    kelvo::PosixFileManager fileManager;
-    kelvo::PlistCoder propertyLists;
-    kelvo::QtRunLoop runLoop;
-    kelvo::BusMessagePorts messagePorts(runLoop);
-    kelvo::SystemClock clock;
-    kelvo::Launcher workspace(fileManager);
-    kelvo::QtApplication application;
-    const auto bundle = kelvo::BundleDirectory::open(options.panePath.value_or(installedPanePath()));
-    kelvo::QtNibs nibs(bundle->identifier(), kelvo::paneForms());
-    platform::Platform platform{.log = log,
-                                .fileManager = fileManager,
-                                .propertyLists = propertyLists,
-                                .bundles = *bundle,
-                                .messagePorts = messagePorts,
-                                .runLoop = runLoop,
-                                .clock = clock,
-                                .systemVersion = clock,
-                                .workspace = &workspace,
-                                .application = &application,
-                                .nibs = &nibs};
-    const platform::PlatformInUse inUse(platform);
-
-    kelvo::SingleInstance instance(messagePorts, runLoop, [&] { application.activateIgnoringOtherApps(); });
+    kelvo::QtHostPlatform host(kProgramName, options.panePath.value_or(installedPanePath()));
+    kelvo::SingleInstance instance(host.messagePorts(), host.runLoop(),
+                                   [&] { host.application().activateIgnoringOtherApps(); });
     switch (instance.claim()) {
     case kelvo::SingleInstance::Outcome::IsFirst:
         break;
@@ -86,11 +54,11 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
         return fail(kFailure, "the window that is open already does not answer; close it and start again");
     }
 
-    const auto pane = bundle->loadPane(platform);
-    kelvo::PaneWindow window(*pane, nibs);
-    window.setWindowTitle(QString::fromStdString(bundle->localizedStringForKey("Window.Title", kProgramName)));
-    application.setWindow(window);
-    const kelvo::TerminationSignals termination(runLoop, [] { QCoreApplication::quit(); });
+    const auto pane = host.loadPane();
+    kelvo::PaneWindow window(*pane, host.nibs());
+    window.setWindowTitle(QString::fromStdString(host.bundle().localizedStringForKey("Window.Title", kProgramName)));
+    host.application().setWindow(window);
+    const kelvo::TerminationSignals termination(host.runLoop(), [] { QCoreApplication::quit(); });
 
     // Shown by the main loop, so that whatever ends the program finds the loop to end.
     QMetaObject::invokeMethod(
