@@ -46,10 +46,11 @@ std::int32_t returnCodeOf(const QMessageBox& box, const QAbstractButton* confirm
 } // namespace
 
 void QtApplication::activateIgnoringOtherApps() {
-    if (!window_) return;
-    if (window_->isMinimized()) window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
-    window_->raise();
-    window_->activateWindow();
+    if (!shown_) return;
+    QWidget& window = *shown_->window();
+    if (window.isMinimized()) window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.raise();
+    window.activateWindow();
 }
 
 void QtApplication::beginInformationalAlertSheet(const NSAlertSheet& sheet, const platform::NSObject& delegate,
@@ -59,14 +60,14 @@ void QtApplication::beginInformationalAlertSheet(const NSAlertSheet& sheet, cons
             if (!target.expired()) didEnd(returnCode);
         });
     };
-    if (!window_) {
+    if (!shown_) {
         QMetaObject::invokeMethod(
             qApp, [tell] { tell(kSheetWasEnded); }, Qt::QueuedConnection);
         return;
     }
 
-    // The window owns it until it has been closed.
-    QMessageBox* const box = std::make_unique<QMessageBox>(window_.data()).release();
+    // What is shown owns it until it has been closed.
+    QMessageBox* const box = std::make_unique<QMessageBox>(shown_.data()).release();
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setIcon(QMessageBox::Information);
     showTexts(*box, sheet);
@@ -82,7 +83,7 @@ void QtApplication::beginInformationalAlertSheet(const NSAlertSheet& sheet, cons
 
 void QtApplication::endSheetInKeyWindow() {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (dialog && window_ && isSheetOf(*dialog, *window_)) dialog->done(kSheetWasEnded);
+    if (dialog && shown_ && isSheetOf(*dialog, *shown_->window())) dialog->done(kSheetWasEnded);
 }
 
 } // namespace kelvo

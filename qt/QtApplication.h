@@ -17,8 +17,9 @@ inline constexpr int kSheetWasEnded = -1000;
 /// The host application. It has no window until one is given, and does nothing without one.
 class QtApplication final : public platform::NSApplication {
 public:
-    /// The window that is activated and whose sheets are ended. It may go before the application does.
-    void setWindow(QWidget& window) { window_ = &window; }
+    /// What is shown in the window that is activated and whose sheets are ended: a part of it, or itself. It may go
+    /// before the application does, and its sheets go with it.
+    void setWindow(QWidget& shown) { shown_ = &shown; }
 
     void activateIgnoringOtherApps() override;
     /// Without a window the alert counts as ended by the program.
@@ -27,7 +28,7 @@ public:
     void endSheetInKeyWindow() override;
 
 private:
-    QPointer<QWidget> window_;
+    QPointer<QWidget> shown_;
 };
 
 } // namespace kelvo

@@ -100,9 +100,29 @@ void QtRunLoop::runUntil(const std::function<bool()>& done, double seconds) {
     deadline.start(toMilliseconds(seconds));
 
     QEventLoop events;
+    ++waiting_;
     while (!done() && deadline.isActive()) {
         events.processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
     }
+    --waiting_;
+    if (!postponed_.empty()) performSoon();
+}
+
+void QtRunLoop::whenNothingWaits(std::function<void()> action) {
+    if (waiting_ == 0) return action();
+    postponed_.push_back(std::move(action));
+}
+
+/// Who waited is still on the stack, and may wait again before it is gone.
+void QtRunLoop::performSoon() {
+    QMetaObject::invokeMethod(
+        &context_,
+        [this] {
+            if (waiting_ > 0) return;
+            const auto actions = std::exchange(postponed_, {});
+            for (const auto& action : actions) action();
+        },
+        Qt::QueuedConnection);
 }
 
 } // namespace kelvo

@@ -2,6 +2,8 @@
 
 #include "platform/RunLoop.h"
 
+#include <QObject>
+
 #include <functional>
 #include <memory>
 #include <vector>
@@ -17,10 +19,19 @@ public:
                                                                     std::function<void()> ready) override;
     void runUntil(const std::function<bool()>& done, double seconds) override;
 
+    /// Calls `action` when nobody waits in `runUntil`: at once, or later from the loop itself. It may destroy what
+    /// would otherwise go away below its own calls, this object included.
+    void whenNothingWaits(std::function<void()> action);
+
 private:
     class Timer;
 
+    void performSoon();
+
     std::vector<std::shared_ptr<Timer>> timers_;
+    int waiting_ = 0;
+    std::vector<std::function<void()>> postponed_;
+    QObject context_;
 };
 
 } // namespace kelvo

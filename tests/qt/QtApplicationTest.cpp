@@ -204,6 +204,34 @@ TEST_F(QtApplicationTest, ActivatingBringsTheWindowBeforeAnother) {
     EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
 }
 
+TEST_F(QtApplicationTest, ActivatesTheWindowOfWhatIsShown) {
+    QWidget part(&window_);
+    application_.setWindow(part);
+    window_.showMinimized();
+    application_.activateIgnoringOtherApps();
+    EXPECT_FALSE(window_.isMinimized());
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
+}
+
+TEST_F(AlertSheetTest, OfAPartBlocksItsWindowAndCanBeEndedByTheProgram) {
+    QWidget part(&window_);
+    application_.setWindow(part);
+    const QMessageBox& sheet = begin();
+    EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
+    EXPECT_EQ(sheet.parentWidget()->window(), &window_);
+    application_.endSheetInKeyWindow();
+    EXPECT_THAT(codes_, ElementsAre(kSheetWasEnded));
+}
+
+TEST_F(AlertSheetTest, GoesWithThePartItBelongsTo) {
+    auto part = std::make_unique<QWidget>(&window_);
+    application_.setWindow(*part);
+    const QPointer<QMessageBox> sheet = &begin();
+    part.reset();
+    EXPECT_TRUE(sheet.isNull());
+    EXPECT_THAT(codes_, IsEmpty());
+}
+
 TEST(QtApplication, WithoutAWindowNothingHappens) {
     QtApplication application;
     {

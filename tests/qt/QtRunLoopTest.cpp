@@ -1,12 +1,14 @@
 #include "qt/ToolkitPlatform.h"
 
 #include <QElapsedTimer>
+#include <QTest>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 
 #include <unistd.h>
@@ -185,6 +187,41 @@ TEST_F(QtRunLoopTest, RunUntilNestsInWhatTheLoopDelivers) {
     });
     runUntil([&] { return story.size() == 3; });
     EXPECT_THAT(story, ElementsAre("outer begins", "inner", "outer ends"));
+}
+
+TEST_F(QtRunLoopTest, WhenNothingWaitsIsAtOnceWhereNothingDoes) {
+    bool performed = false;
+    loop_.whenNothingWaits([&] { performed = true; });
+    EXPECT_TRUE(performed);
+}
+
+TEST_F(QtRunLoopTest, WhenNothingWaitsIsAfterAllWaitsOfOneAct) {
+    std::vector<std::string> story;
+    loop_.scheduleTimer(0.0, [&] {
+        loop_.scheduleTimer(0.0, [&] {
+            loop_.whenNothingWaits([&] { story.emplace_back("nothing waits"); });
+            story.emplace_back("postponed");
+        });
+        loop_.runUntil([&] { return !story.empty(); }, kLongSeconds);
+        bool isOver = false;
+        loop_.scheduleTimer(0.02, [&] { isOver = true; });
+        loop_.runUntil([&] { return isOver; }, kLongSeconds);
+        story.emplace_back("act ends");
+    });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return story.size() == 3; }));
+    EXPECT_THAT(story, ElementsAre("postponed", "act ends", "nothing waits"));
+}
+
+TEST_F(QtRunLoopTest, WhatIsPostponedMayDestroyTheLoop) {
+    auto loop = std::make_shared<QtRunLoop>();
+    const std::weak_ptr<QtRunLoop> gone = loop;
+    loop->scheduleTimer(0.0, [&] {
+        QtRunLoop& waiting = *loop;
+        waiting.whenNothingWaits([] {});
+        waiting.scheduleTimer(0.0, [&] { waiting.whenNothingWaits([kept = std::move(loop)] {}); });
+        waiting.runUntil([&] { return !loop; }, kLongSeconds);
+    });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return gone.expired(); }));
 }
 
 } // namespace
