@@ -108,7 +108,7 @@ class PaneWindow(unittest.TestCase):
             process = self.world.start(PROGRAM)
             log = Lines(process.stderr)
             self.wait_for_item("SelectDeviceName", "Desk")
-            wait_until(lambda: self.world.has_owner("WindowMessagePort"), "the window")
+            wait_until(lambda: "kelvo-touch-display: willSelect" in log.read(), "the window")
             process.terminate()
             wait_until(lambda: log.read() is not None and process.poll() is not None, "the window's end")
             self.assertEqual(process.returncode, 0)
