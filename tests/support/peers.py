@@ -39,10 +39,14 @@ def wait_until(condition, what):
 
 
 class World(contextlib.AbstractContextManager):
-    """A private bus and a private home, with the processes started in them."""
+    """A private bus and a private home, with the processes started in them.
 
-    def __init__(self):
+    The bus starts what the machine's own would, or only the `services` that are named.
+    """
+
+    def __init__(self, services=None):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kelvo-test-"))
+        self.bus_kind = "--session" if services is None else f"--config-file={self.offer(services)}"
         self.home = self.folder / "home"
         self.home.mkdir()
         self.preferences = self.home / "Library/Preferences/KelvoTouchDisplay"
@@ -52,9 +56,24 @@ class World(contextlib.AbstractContextManager):
             os.environ, HOME=str(self.home), DBUS_SESSION_BUS_ADDRESS=self.address,
             KELVO_LOCAL_LIBRARY=str(self.folder / "Library"), KELVO_LOG_STDERR="1")
 
+    def offer(self, services):
+        """Writes the configuration of a bus that starts these."""
+        offered = self.folder / "services"
+        offered.mkdir()
+        for service in services:
+            (offered / f"{service}.service").symlink_to(f"/usr/share/dbus-1/services/{service}.service")
+        configuration = self.folder / "bus.conf"
+        configuration.write_text(f"""<busconfig>
+            <type>session</type>
+            <listen>unix:path={self.folder}/bus</listen>
+            <servicedir>{offered}</servicedir>
+            <policy context="default"><allow send_destination="*"/><allow receive_sender="*"/><allow own="*"/></policy>
+        </busconfig>""", encoding="utf-8")
+        return configuration
+
     def start_bus(self):
         self.bus_process = subprocess.Popen(
-            ["dbus-daemon", "--session", "--nofork", "--print-address=1", f"--address=unix:path={self.folder}/bus"],
+            ["dbus-daemon", self.bus_kind, "--nofork", "--print-address=1", f"--address=unix:path={self.folder}/bus"],
             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         # Without the daemon's own identity, which a daemon started anew would not have.
         self.address = self.bus_process.stdout.readline().strip().split(",guid=")[0]

@@ -1,0 +1,193 @@
+"""The pane as a module of the desktop's own hosts, operated with a real pointer under a virtual X server: its life, its
+port and the driver that it reaches, seen from outside. Takes the build folder, the plug-in's folder in it and the
+variable LD_PRELOAD=... for the hosts."""
+
+import json
+import os
+import pathlib
+import plistlib
+import shutil
+import subprocess
+import sys
+import unittest
+
+import dbus
+
+from hosts import PANE, PaneLife
+from peers import Lines, Peer, World, wait_until
+from screen import Screen, wait_for
+
+BUILD, PLUGIN_FOLDER, PRELOAD = sys.argv[1:4]
+del sys.argv[1:4]
+
+MODULE = "kcm_kelvo_touch_display"
+# One that comes with the hosts themselves.
+OTHER_MODULE = "kcm_filetypes"
+
+DRIVER = "TouchDisplayDriverMessagePort"
+DISPLAY = "Kelvo 24"
+TAB_POP_UP = "Settings for:"
+NORMAL_SPEED = "Normal Speed"
+APOLOGY = "The touch display settings cannot be shown."
+TOUCH_TAB, VERSION_TAB = 1, 3
+
+
+class Host(unittest.TestCase):
+    """What every host does with the module."""
+
+    @classmethod
+    def setUpClass(cls):
+        module = pathlib.Path(BUILD, PLUGIN_FOLDER, f"{MODULE}.so")
+        assert module.is_file(), f"{module} was not built; the configure output says why"
+        cls.screen = cls.enterClassContext(Screen())
+        cls.screen.start_display()
+        cls.world = cls.enterClassContext(World(services=["org.a11y.Bus"]))
+        # Widgets are found by way of this process's own bus.
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = cls.world.address
+        runtime = cls.world.folder / "run"
+        runtime.mkdir(mode=0o700)
+        cls.world.environment.update(
+            {name: os.environ[name] for name in ("DISPLAY", "LC_ALL", "QT_QPA_PLATFORM",
+                                                 "QT_LINUX_ACCESSIBILITY_ALWAYS_ON")},
+            XDG_RUNTIME_DIR=str(runtime), ASAN_OPTIONS="detect_leaks=0")
+        for name in ("WAYLAND_DISPLAY", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CURRENT_DESKTOP"):
+            cls.world.environment.pop(name, None)
+
+    def start_driver(self):
+        self.driver = self.world.start(f"{BUILD}/bin/kelvo-touch-driver-sim", "run", "--connect", DISPLAY)
+        self.addCleanup(self.end, self.driver)
+        self.driver_lines = Lines(self.driver.stdout)
+        wait_until(self.driver_lines.read, "the driver simulator")
+
+    def start_host(self, *command, folder=BUILD):
+        plugins = pathlib.Path(folder, PLUGIN_FOLDER).parents[2]
+        self.process = self.world.start("env", PRELOAD, f"QT_PLUGIN_PATH={plugins}", *command)
+        self.addCleanup(self.end, self.process)
+        self.log = Lines(self.process.stderr)
+        self.life = PaneLife(self.world, MODULE, self.log)
+        self.screen.operate(self.process)
+
+    def tearDown(self):
+        self.assertEqual([line for line in self.log.read() if "Sanitizer" in line or "runtime error" in line], [])
+
+    @staticmethod
+    def end(process):
+        process.terminate()
+        process.wait()
+
+    def received(self):
+        return [(line["id"], line["payload"]) for line in map(json.loads, self.driver_lines.read()[1:])]
+
+    def wait_for_tab(self, tab):
+        wait_until(lambda: self.world.plist("Utilities.plist")["SelectedMenuItem"] == tab, f"tab {tab} to be stored")
+
+    def set_normal_speed(self, count=1):
+        """Changes a setting; it is the so many-th time."""
+        self.screen.click(NORMAL_SPEED)
+        message = (0, {"DoubleClickRate": 0.5, "DeviceName": DISPLAY})
+        wait_until(lambda: len(self.received()) >= count, "the driver to hear of the setting")
+        self.assertEqual(self.received(), [message] * count)
+
+    def minimise_and_restore(self):
+        window = self.screen.window
+        for command, state in ((["windowminimize"], "Iconic"), (["windowmap"], "Normal")):
+            subprocess.run(["xdotool", *command, window], check=True)
+            wait_for(lambda: state in self.screen.output_of("xprop", "-id", window, "WM_STATE"), f"state {state}")
+
+    def close(self):
+        self.screen.keys("alt+F4")
+        wait_until(lambda: self.log.read() is not None and self.process.poll() is not None, "the host's end")
+        self.log.read()
+        self.assertEqual(self.process.returncode, 0)
+
+    def lead_through_its_life(self, leave, come_back, steps_of_coming_back):
+        life = ["mainViewDidLoad", "willSelect"]
+        self.life.expect(*life)
+        self.screen.pick(TAB_POP_UP, TOUCH_TAB)
+        self.wait_for_tab(TOUCH_TAB)
+        self.set_normal_speed()
+        # A change is in force at once, so there is nothing for the host to apply or to take back.
+        self.assertEqual([name for name in ("Apply", "Reset", "Defaults") if self.screen.shown(name)], [])
+
+        leave()
+        life += ["willUnselect"]
+        self.life.expect(*life)
+        come_back()
+        life += steps_of_coming_back
+        self.life.expect(*life)
+        self.set_normal_speed(count=2)
+
+        self.minimise_and_restore()
+        self.world.send(PANE, 8, {"SelectedMenuItem": VERSION_TAB})
+        self.wait_for_tab(VERSION_TAB)
+        self.life.expect(*life)
+        self.close()
+        self.life.expect(*life, "willUnselect")
+
+
+class KcmShell(Host):
+    """Keeps its modules and hides and shows them."""
+
+    def test_leads_the_pane_through_its_life(self):
+        self.start_driver()
+        self.start_host("kcmshell5", MODULE, OTHER_MODULE)
+
+        self.lead_through_its_life(leave=lambda: self.screen.click("File Associations"),
+                                   come_back=lambda: self.screen.click("Touch Display"),
+                                   steps_of_coming_back=["willSelect"])
+
+    def test_says_why_there_is_no_pane(self):
+        folder = self.world.folder / "incomplete"
+        for place, files in ((PLUGIN_FOLDER, f"{MODULE}.so"), ("lib", "libkelvo-touch-platform.so.0")):
+            (folder / place).mkdir(parents=True, exist_ok=True)
+            shutil.copy(pathlib.Path(BUILD, place, files), folder / place)
+        self.start_host("kcmshell5", MODULE, folder=folder)
+
+        self.screen.wait_shown(APOLOGY)
+        self.close()
+        self.life.expect()
+
+
+class SystemSettings(Host):
+    """Destroys a module when the user goes to another, and makes it anew when he comes back."""
+
+    def go_to(self, module):
+        """What starting the program once more with this module asks of the one that runs."""
+        host = self.world.bus.get_object("org.kde.systemsettings", "/org/kde/systemsettings", introspect=False)
+        host.CommandLine(dbus.Array(["systemsettings", module], signature="s"), "/", dbus.Dictionary(signature="sv"),
+                         dbus_interface="org.kde.KDBusService", signature="assa{sv}", ignore_reply=True)
+
+    def test_leads_the_pane_through_its_life(self):
+        self.start_driver()
+        self.start_host("systemsettings5", MODULE)
+
+        self.lead_through_its_life(leave=lambda: self.go_to(OTHER_MODULE), come_back=lambda: self.go_to(MODULE),
+                                   steps_of_coming_back=["mainViewDidLoad", "willSelect"])
+
+    def test_may_destroy_the_module_while_the_pane_waits_for_the_driver(self):
+        self.world.set_plist("Utilities.plist", {
+            "SelectedMenuItem": TOUCH_TAB, "IsShowStatuMenu": True, "DriverEnable": True,
+            "CurrentDeviceType": [DISPLAY], "VerboseLog": False})
+        left = ["mainViewDidLoad", "willSelect", "willUnselect"]
+
+        def leave_meanwhile(*_):
+            self.go_to(OTHER_MODULE)
+            wait_until(lambda: self.life.steps() == left, "the pane to be left before the driver has answered")
+
+        with Peer(self.world, DRIVER, heard=leave_meanwhile) as driver:
+            self.start_host("systemsettings5", MODULE)
+            self.life.expect("mainViewDidLoad", "willSelect")
+            self.screen.click(NORMAL_SPEED)
+            wait_until(lambda: driver.received, "the driver to hear of the setting")
+            self.assertEqual(plistlib.loads(driver.received[0][1]), {"DoubleClickRate": 0.5, "DeviceName": DISPLAY})
+            self.life.expect(*left)
+            driver.heard = None
+            self.go_to(MODULE)
+            self.life.expect(*left, "mainViewDidLoad", "willSelect")
+            self.screen.click(NORMAL_SPEED)
+            wait_until(lambda: len(driver.received) == 2, "the driver to hear of the setting again")
+        self.close()
+
+
+if __name__ == "__main__":
+    unittest.main()
