@@ -19,5 +19,9 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/archive)
 set(KELVO_PANE_DIRECTORY lib/kelvo-touch-display/KelvoTouchDisplay.prefPane)
 set(CMAKE_INSTALL_LIBDIR lib)
-set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
+# Nobody but this program's own parts links its library, so it lies where no loader looks by itself.
+set(KELVO_PRIVATE_LIBRARY_DIRECTORY lib/kelvo-touch-display/private)
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../${KELVO_PRIVATE_LIBRARY_DIRECTORY}")
+# The package that what is installed belongs to, if nothing else is said.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME main)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
