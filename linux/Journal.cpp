@@ -15,10 +15,12 @@ bool isStandardErrorWanted() {
     return (wanted && *wanted) || ::isatty(STDERR_FILENO) == 1;
 }
 
-std::string withVisibleControlCharacters(std::string_view line) {
+} // namespace
+
+std::string withVisibleControlCharacters(std::string_view text) {
     std::string visible;
-    visible.reserve(line.size());
-    for (const char c : line) {
+    visible.reserve(text.size());
+    for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
         if (c == '\n') {
             visible += "\\n";
@@ -33,8 +35,6 @@ std::string withVisibleControlCharacters(std::string_view line) {
     }
     return visible;
 }
-
-} // namespace
 
 Journal::Journal(std::string ident) : ident_(std::move(ident)), writesToStandardError_(isStandardErrorWanted()) {
     ::openlog(ident_.c_str(), LOG_PID, LOG_USER);

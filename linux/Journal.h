@@ -3,8 +3,12 @@
 #include "platform/Log.h"
 
 #include <string>
+#include <string_view>
 
 namespace kelvo {
+
+/// `text` with its control characters written as \n and \x1b are, so that it stays on one line and moves no cursor.
+[[nodiscard]] std::string withVisibleControlCharacters(std::string_view text);
 
 /// The system's journal, by way of syslog. There is one for a process, as syslog has it.
 class Journal final : public platform::SystemLog {
@@ -14,7 +18,7 @@ public:
     explicit Journal(std::string ident);
     ~Journal() override;
 
-    /// Control characters are written as \n and \x1b are, so that a line stays one line and moves no cursor.
+    /// The line is written with its control characters made visible.
     void write(std::string_view line) override;
 
 private:

@@ -2,12 +2,14 @@
 
 #include "TDNames.h"
 #include "TDUtilities.h"
-#include "peers/driver/JsonLine.h"
+#include "peers/JsonLine.h"
+#include "peers/MessageNames.h"
 #include "platform/Log.h"
 
 #include <algorithm>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace kelvo {
@@ -20,26 +22,6 @@ using platform::Value;
 
 /// With the names that the settings files add, a file name on Linux ends at 255 bytes.
 constexpr std::size_t kLongestName = 200;
-
-/// The names of the ids a driver hears; none for the others.
-const char* nameOfMessage(std::int32_t messageId) {
-    switch (messageId) {
-    case kMessageIDForDoubleClickRate:
-        return "kMessageIDForDoubleClickRate";
-    case kMessageIDForDoubleClickRange:
-        return "kMessageIDForDoubleClickRange";
-    case kMessageIDForGestureArray:
-        return "kMessageIDForGestureArray";
-    case kMessageIDForRotateMode:
-        return "kMessageIDForRotateMode";
-    case kMessageIDForRightClick:
-        return "kMessageIDForRightClick";
-    case kMessageIDForCalibration:
-        return "kMessageIDForCalibration";
-    default:
-        return nullptr;
-    }
-}
 
 /// A display's name becomes part of a file's name, and of lines that are shown.
 void checkName(const std::string& name) {
@@ -123,11 +105,11 @@ std::string DriverSimulator::status() const {
 void DriverSimulator::receive(std::int32_t messageId, std::span<const std::uint8_t> data) {
     const NSMutableDictionary payload = Helpers::NSMutableDictionary::dictionaryWithContentsOfData(data);
     auto line = NSMutableDictionary::dictionaryWithObjectsAndKeys({{messageId, "id"}});
-    const char* const name = nameOfMessage(messageId);
-    if (name) line.setObjectForKey(name, "name");
+    const std::string_view name = nameOfMessage(kTouchDisplayDriverPortName, messageId);
+    if (!name.empty()) line.setObjectForKey(name, "name");
     line.setObjectForKey(payload, "payload");
     // Stored first, so that whoever reads the line finds the file as it says.
-    if (name) store(payload);
+    if (!name.empty()) store(payload);
     printLine_(jsonLine(line));
 }
 

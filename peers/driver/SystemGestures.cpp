@@ -2,7 +2,7 @@
 
 #include "TDNames.h"
 #include "TDUtilities.h"
-#include "peers/driver/JsonLine.h"
+#include "peers/JsonLine.h"
 #include "platform/Files.h"
 #include "platform/PropertyList.h"
 

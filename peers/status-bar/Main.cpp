@@ -1,6 +1,7 @@
+#include "TDNames.h"
 #include "linux/TerminationSignals.h"
 #include "peers/PeerPlatform.h"
-#include "peers/status-bar/DriverProbe.h"
+#include "peers/PortProbe.h"
 #include "peers/status-bar/PaneOpener.h"
 #include "peers/status-bar/StatusBarUtility.h"
 #include "peers/status-bar/StatusMenu.h"
@@ -85,7 +86,7 @@ int run(Occasion occasion, int argc, char* argv[]) {
     const kelvo::PeerPlatform services(kProgramName, runLoop);
 
     kelvo::PaneOpener pane(startPane);
-    kelvo::DriverProbe driver;
+    kelvo::PortProbe driver(kTouchDisplayDriverPortName);
     kelvo::StatusMenu menu({.openPaneAtTab = [&](std::int32_t tab) { pane.openAtTab(tab); },
                             .quit = [] { QCoreApplication::quit(); },
                             .askDriver = [&](auto tell) { driver.ask(std::move(tell)); }});

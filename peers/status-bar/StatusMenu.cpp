@@ -21,13 +21,13 @@ constexpr char driverAnswering[] = ", answering";
 constexpr char quit[] = "Quit";
 } // namespace texts
 
-std::string titleOf(DriverAnswer answer) {
+std::string titleOf(PortAnswer answer) {
     switch (answer) {
-    case DriverAnswer::NotRunning:
+    case PortAnswer::NotRunning:
         return texts::driverNotRunning;
-    case DriverAnswer::NotAnswering:
+    case PortAnswer::NotAnswering:
         return texts::driverNotAnswering;
-    case DriverAnswer::Answering:
+    case PortAnswer::Answering:
         break;
     }
     return texts::driverAnswering;
@@ -62,7 +62,7 @@ void StatusMenu::open(const std::function<void()>& changed) {
     const std::string switchTitle = driverSwitchTitle();
     driverTitle_ = switchTitle;
     changed();
-    deeds_.askDriver([this, switchTitle, changed](DriverAnswer answer) {
+    deeds_.askDriver([this, switchTitle, changed](PortAnswer answer) {
         driverTitle_ = switchTitle + titleOf(answer);
         changed();
     });

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "peers/status-bar/DriverProbe.h"
+#include "peers/PortProbe.h"
 
 #include <cstdint>
 #include <functional>
@@ -22,7 +22,7 @@ public:
         std::function<void(std::int32_t tab)> openPaneAtTab;
         std::function<void()> quit;
         /// Calls `tell` once, later or at once.
-        std::function<void(std::function<void(DriverAnswer)> tell)> askDriver;
+        std::function<void(std::function<void(PortAnswer)> tell)> askDriver;
     };
 
     explicit StatusMenu(Deeds deeds);

@@ -34,11 +34,11 @@ protected:
 
     support::FakePlatform platform_;
     std::vector<std::string> story_;
-    std::function<void(DriverAnswer)> tell_;
+    std::function<void(PortAnswer)> tell_;
     std::vector<std::string> driverLines_;
     StatusMenu menu_{{.openPaneAtTab = [this](std::int32_t tab) { story_.push_back("tab " + std::to_string(tab)); },
                       .quit = [this] { story_.emplace_back("quit"); },
-                      .askDriver = [this](std::function<void(DriverAnswer)> tell) { tell_ = std::move(tell); }}};
+                      .askDriver = [this](std::function<void(PortAnswer)> tell) { tell_ = std::move(tell); }}};
 };
 
 TEST_F(StatusMenuTest, HasTheTabsThenTheDriverThenTheEnd) {
@@ -60,9 +60,9 @@ TEST_F(StatusMenuTest, DriverAndSeparatorsCannotBeChosen) {
 }
 
 TEST_F(StatusMenuTest, DriversLineSaysWhatTheFileSaysAndThenWhetherItAnswers) {
-    const std::pair<DriverAnswer, std::string> answers[] = {{DriverAnswer::NotRunning, "not running"},
-                                                            {DriverAnswer::NotAnswering, "not answering"},
-                                                            {DriverAnswer::Answering, "answering"}};
+    const std::pair<PortAnswer, std::string> answers[] = {{PortAnswer::NotRunning, "not running"},
+                                                          {PortAnswer::NotAnswering, "not answering"},
+                                                          {PortAnswer::Answering, "answering"}};
     for (const auto& [answer, text] : answers) {
         for (const bool isOn : {true, false}) {
             const std::string state = isOn ? "Driver: on" : "Driver: off";

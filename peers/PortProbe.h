@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/BusConnection.h"
+#include "linux/BusMessagePorts.h"
 #include "platform/NSObject.h"
 #include "platform/RunLoop.h"
 
@@ -14,21 +15,22 @@
 
 namespace kelvo {
 
-/// What the driver's message port does when somebody calls.
-enum class DriverAnswer { NotRunning, NotAnswering, Answering };
+/// What a message port does when somebody calls.
+enum class PortAnswer { NotRunning, NotAnswering, Answering };
 
-/// Finds out whether the driver runs and answers, by the ping that whatever is on the bus answers by itself: its port
-/// receives no message. Nothing waits here.
-class DriverProbe : public platform::NSObject {
+/// Finds out whether the owner of a message port runs and answers, by the ping that whatever is on the bus answers by
+/// itself: the port receives no message. Nothing waits here.
+class PortProbe : public platform::NSObject {
 public:
     /// `address` is the bus to use; when it is empty, the one that the environment names.
-    explicit DriverProbe(std::string address = {}) : address_(std::move(address)) {}
-    ~DriverProbe() override;
-    DriverProbe(const DriverProbe&) = delete;
-    DriverProbe& operator=(const DriverProbe&) = delete;
+    explicit PortProbe(const std::string& port, std::string address = {})
+        : busName_(kBusNamePrefix + port), address_(std::move(address)) {}
+    ~PortProbe() override;
+    PortProbe(const PortProbe&) = delete;
+    PortProbe& operator=(const PortProbe&) = delete;
 
     /// Calls `tell` once, within half a second. Asking again before that takes the place of the first time.
-    void ask(std::function<void(DriverAnswer)> tell);
+    void ask(std::function<void(PortAnswer)> tell);
 
 private:
     struct SlotReleaser {
@@ -39,15 +41,16 @@ private:
 
     [[nodiscard]] bool call();
     void tellWhenKnown();
-    void finish(DriverAnswer answer);
+    void finish(PortAnswer answer);
     void forget();
 
+    std::string busName_;
     std::string address_;
-    std::function<void(DriverAnswer)> tell_;
+    std::function<void(PortAnswer)> tell_;
     std::shared_ptr<BusConnection> connection_;
     std::unique_ptr<sd_bus_slot, SlotReleaser> slot_;
     std::shared_ptr<platform::NSTimer> deadline_;
-    std::optional<DriverAnswer> answer_;
+    std::optional<PortAnswer> answer_;
 };
 
 } // namespace kelvo

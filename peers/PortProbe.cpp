@@ -1,7 +1,5 @@
-#include "peers/status-bar/DriverProbe.h"
+#include "peers/PortProbe.h"
 
-#include "TDNames.h"
-#include "linux/BusMessagePorts.h"
 #include "linux/BusService.h"
 
 #include <cstdint>
@@ -23,24 +21,23 @@ bool meansNobody(const sd_bus_error* error) {
 
 } // namespace
 
-DriverProbe::~DriverProbe() { forget(); }
+PortProbe::~PortProbe() { forget(); }
 
-void DriverProbe::ask(std::function<void(DriverAnswer)> tell) {
+void PortProbe::ask(std::function<void(PortAnswer)> tell) {
     forget();
     tell_ = std::move(tell);
-    if (!call()) return finish(DriverAnswer::NotRunning);
+    if (!call()) return finish(PortAnswer::NotRunning);
     deadline_ = platform::NSTimer::scheduledTimerWithTimeInterval(kPatienceSeconds, *this,
-                                                                  [this] { finish(DriverAnswer::NotAnswering); });
+                                                                  [this] { finish(PortAnswer::NotAnswering); });
     connection_->process();
 }
 
 /// False when there is no bus.
-bool DriverProbe::call() {
+bool PortProbe::call() {
     connection_ = BusConnection::open(platform::CFRunLoop::getCurrent(), address_, [this] { tellWhenKnown(); });
     if (!connection_) return false;
-    const std::string driver = std::string(kBusNamePrefix) + kTouchDisplayDriverPortName;
     sd_bus_message* created = nullptr;
-    if (sd_bus_message_new_method_call(connection_->bus(), &created, driver.c_str(), kPortPath,
+    if (sd_bus_message_new_method_call(connection_->bus(), &created, busName_.c_str(), kPortPath,
                                        "org.freedesktop.DBus.Peer", "Ping") < 0)
         return false;
     const BusMessage ping(created);
@@ -51,25 +48,25 @@ bool DriverProbe::call() {
     return true;
 }
 
-int DriverProbe::onReply(sd_bus_message* reply, void* probe, sd_bus_error* /*error*/) noexcept {
+int PortProbe::onReply(sd_bus_message* reply, void* probe, sd_bus_error* /*error*/) noexcept {
     // Whatever else may be wrong with the call, somebody said so.
-    static_cast<DriverProbe*>(probe)->answer_ =
-        meansNobody(sd_bus_message_get_error(reply)) ? DriverAnswer::NotRunning : DriverAnswer::Answering;
+    static_cast<PortProbe*>(probe)->answer_ =
+        meansNobody(sd_bus_message_get_error(reply)) ? PortAnswer::NotRunning : PortAnswer::Answering;
     return 0;
 }
 
-void DriverProbe::tellWhenKnown() {
+void PortProbe::tellWhenKnown() {
     if (answer_) return finish(*answer_);
-    if (!connection_->isOpen()) finish(DriverAnswer::NotRunning);
+    if (!connection_->isOpen()) finish(PortAnswer::NotRunning);
 }
 
-void DriverProbe::finish(DriverAnswer answer) {
+void PortProbe::finish(PortAnswer answer) {
     const auto tell = std::exchange(tell_, nullptr);
     forget();
     if (tell) tell(answer);
 }
 
-void DriverProbe::forget() {
+void PortProbe::forget() {
     if (deadline_) deadline_->invalidate();
     deadline_.reset();
     slot_.reset();

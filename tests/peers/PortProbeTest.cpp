@@ -1,4 +1,4 @@
-#include "peers/status-bar/DriverProbe.h"
+#include "peers/PortProbe.h"
 
 #include "TDNames.h"
 #include "linux/BusMessagePorts.h"
@@ -47,14 +47,14 @@ private:
     const platform::PlatformInUse inUse_{platform_};
 };
 
-class DriverProbeTest : public testing::Test {
+class PortProbeTest : public testing::Test {
 protected:
     void ask() {
-        probe_.ask([this](DriverAnswer answer) { answers_.push_back(answer); });
+        probe_.ask([this](PortAnswer answer) { answers_.push_back(answer); });
     }
 
     /// The one answer to one question.
-    DriverAnswer answer() {
+    PortAnswer answer() {
         answers_.clear();
         ask();
         platform_.loop.runUntil([this] { return !answers_.empty(); }, kLongSeconds);
@@ -62,44 +62,44 @@ protected:
     }
 
     /// Whether the answer comes to that. A machine that is slow for half a second gets another chance.
-    bool comesTo(DriverAnswer expected) {
+    bool comesTo(PortAnswer expected) {
         constexpr int kChances = 40;
         for (int i = 0; i < kChances; ++i) {
-            const DriverAnswer given = answer();
+            const PortAnswer given = answer();
             if (given == expected) return true;
-            if (given != DriverAnswer::NotAnswering) return false;
+            if (given != PortAnswer::NotAnswering) return false;
         }
         return false;
     }
 
     PrivateBus bus_;
     BusPlatform platform_{bus_.address()};
-    std::vector<DriverAnswer> answers_;
-    DriverProbe probe_{bus_.address()};
+    std::vector<PortAnswer> answers_;
+    PortProbe probe_{kTouchDisplayDriverPortName, bus_.address()};
 };
 
-TEST_F(DriverProbeTest, DriverThatHasItsPortAnswersAndReceivesNoMessage) {
+TEST_F(PortProbeTest, DriverThatHasItsPortAnswersAndReceivesNoMessage) {
     int received = 0;
     const auto port = platform_.ports.createLocal(kTouchDisplayDriverPortName, [&](auto&&...) { ++received; });
     ASSERT_TRUE(port);
     const auto source = port->createRunLoopSource();
     platform_.loop.addSource(*source);
 
-    EXPECT_TRUE(comesTo(DriverAnswer::Answering));
+    EXPECT_TRUE(comesTo(PortAnswer::Answering));
     EXPECT_EQ(received, 0);
 }
 
-TEST_F(DriverProbeTest, PortThatNobodyHasIsADriverThatDoesNotRunAndStartsNobody) {
+TEST_F(PortProbeTest, PortThatNobodyHasIsADriverThatDoesNotRunAndStartsNobody) {
     bus_.addActivatableService("com.kelvo.TouchDisplay.TouchDisplayDriverMessagePort",
                                "/usr/bin/touch " + (bus_.folder() / "started").string());
     bus_.kill();
     bus_.start();
 
-    EXPECT_TRUE(comesTo(DriverAnswer::NotRunning));
+    EXPECT_TRUE(comesTo(PortAnswer::NotRunning));
     EXPECT_FALSE(std::filesystem::exists(bus_.folder() / "started"));
 }
 
-TEST_F(DriverProbeTest, DriverThatHangsDoesNotAnswer) {
+TEST_F(PortProbeTest, DriverThatHangsDoesNotAnswer) {
     // Nothing ever serves this connection.
     sd_bus* created = nullptr;
     ASSERT_GE(sd_bus_new(&created), 0);
@@ -109,39 +109,39 @@ TEST_F(DriverProbeTest, DriverThatHangsDoesNotAnswer) {
     ASSERT_GE(sd_bus_start(created), 0);
     ASSERT_GE(sd_bus_request_name(created, "com.kelvo.TouchDisplay.TouchDisplayDriverMessagePort", 0), 0);
 
-    EXPECT_EQ(answer(), DriverAnswer::NotAnswering);
+    EXPECT_EQ(answer(), PortAnswer::NotAnswering);
 }
 
-TEST_F(DriverProbeTest, BusThatHangsIsADriverThatDoesNotAnswer) {
+TEST_F(PortProbeTest, BusThatHangsIsADriverThatDoesNotAnswer) {
     bus_.hang();
-    EXPECT_EQ(answer(), DriverAnswer::NotAnswering);
+    EXPECT_EQ(answer(), PortAnswer::NotAnswering);
     bus_.resume();
 }
 
-TEST_F(DriverProbeTest, WithoutABusNoDriverRuns) {
+TEST_F(PortProbeTest, WithoutABusNoDriverRuns) {
     bus_.kill();
-    EXPECT_TRUE(comesTo(DriverAnswer::NotRunning));
+    EXPECT_TRUE(comesTo(PortAnswer::NotRunning));
 }
 
-TEST_F(DriverProbeTest, BusThatGoesAwayMeanwhileTakesTheDriverWithIt) {
+TEST_F(PortProbeTest, BusThatGoesAwayMeanwhileTakesTheDriverWithIt) {
     bus_.hang();
     ask();
     EXPECT_THAT(answers_, ElementsAre());
     bus_.kill();
     platform_.loop.runUntil([this] { return !answers_.empty(); }, kLongSeconds);
-    EXPECT_THAT(answers_, ElementsAre(DriverAnswer::NotRunning));
+    EXPECT_THAT(answers_, ElementsAre(PortAnswer::NotRunning));
 }
 
-TEST_F(DriverProbeTest, AskedAgainBeforeItsAnswerTellsOnlyTheLaterOne) {
+TEST_F(PortProbeTest, AskedAgainBeforeItsAnswerTellsOnlyTheLaterOne) {
     std::vector<std::string> story;
     // A bus that stands still cannot answer the first before the second is asked.
     bus_.hang();
-    probe_.ask([&](DriverAnswer) { story.emplace_back("first"); });
-    probe_.ask([&](DriverAnswer) { story.emplace_back("second"); });
+    probe_.ask([&](PortAnswer) { story.emplace_back("first"); });
+    probe_.ask([&](PortAnswer) { story.emplace_back("second"); });
     bus_.resume();
     platform_.loop.runUntil([&] { return !story.empty(); }, kLongSeconds);
     // All that the first could still have brought would come before this.
-    EXPECT_TRUE(comesTo(DriverAnswer::NotRunning));
+    EXPECT_TRUE(comesTo(PortAnswer::NotRunning));
     EXPECT_THAT(story, ElementsAre("second"));
 }
 
