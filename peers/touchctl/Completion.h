@@ -1,0 +1,10 @@
+#pragma once
+
+#include "peers/touchctl/Failure.h"
+
+namespace kelvo::touchctl {
+
+/// What may follow these words of a command line. Empty where nothing is known, or a file's name is meant.
+[[nodiscard]] Words completionsAfter(const Words& words);
+
+} // namespace kelvo::touchctl

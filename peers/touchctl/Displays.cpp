@@ -1,0 +1,96 @@
+#include "peers/touchctl/Displays.h"
+
+#include "TDNames.h"
+#include "TDUtilities.h"
+#include "linux/Journal.h"
+#include "platform/Files.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace kelvo::touchctl {
+
+namespace {
+
+using platform::NSFileManager;
+using platform::NSMutableDictionary;
+
+constexpr std::string_view kSettingsPrefix = "Settings_";
+constexpr std::string_view kSettingsSuffix = ".plist";
+/// The file of no display at all, which the pane may make.
+constexpr std::string_view kNoDisplay = "(null)";
+
+/// The dictionary in a file; nil when nothing is there.
+NSMutableDictionary contentsOf(const std::string& path) {
+    if (!NSFileManager::defaultManager().fileExistsAtPath(path)) return {};
+    auto contents = NSMutableDictionary::dictionaryWithContentsOfFile(path);
+    if (!contents) {
+        throw Failure(Status::Failure, shownPath(path) + " cannot be read or is damaged; repair or remove it");
+    }
+    return contents;
+}
+
+std::vector<std::string> connectedNames() {
+    const auto list = contentsOf(getUilitiesFilePath()).objectForKey(keys::currentDeviceType).array();
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < list.count(); ++i) {
+        const auto name = list.objectAtIndex(i).string();
+        if (name && !name->empty()) names.push_back(*name);
+    }
+    return names;
+}
+
+std::vector<std::string> namesWithSettings() {
+    std::vector<std::string> names;
+    const auto visit = [&](std::string_view file) {
+        if (file.size() <= kSettingsPrefix.size() + kSettingsSuffix.size()) return true;
+        if (!file.starts_with(kSettingsPrefix) || !file.ends_with(kSettingsSuffix)) return true;
+        file.remove_prefix(kSettingsPrefix.size());
+        file.remove_suffix(kSettingsSuffix.size());
+        if (file != kNoDisplay) names.emplace_back(file);
+        return true;
+    };
+    (void)NSFileManager::defaultManager().visitDirectoryAtPath(getPreferenceFolderPath(), visit);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+} // namespace
+
+std::vector<Display> knownDisplays() {
+    std::vector<Display> displays;
+    const auto isListed = [&](const std::string& name) {
+        return std::any_of(displays.begin(), displays.end(), [&](const Display& each) { return each.name == name; });
+    };
+    for (const std::string& name : connectedNames()) {
+        if (!isListed(name)) displays.push_back({name, true});
+    }
+    for (const std::string& name : namesWithSettings()) {
+        if (!isListed(name)) displays.push_back({name, false});
+    }
+    return displays;
+}
+
+Display displayNamed(const std::string& name) {
+    const std::vector<Display> displays = knownDisplays();
+    const auto found =
+        std::find_if(displays.begin(), displays.end(), [&](const Display& display) { return display.name == name; });
+    if (found != displays.end()) return *found;
+    std::string known;
+    for (const Display& display : displays)
+        known += (known.empty() ? "\"" : ", \"") + withVisibleControlCharacters(display.name) + "\"";
+    throw Failure(Status::NoDevice,
+                  "there is no display \"" + withVisibleControlCharacters(name) + "\"; " +
+                      (known.empty() ? "none is known yet: connect one and start its driver" : "known are " + known));
+}
+
+bool isDriverSwitchedOn() { return contentsOf(getUilitiesFilePath()).objectForKey(keys::driverEnable).boolValue(); }
+
+NSMutableDictionary settingsOf(const std::string& name) { return contentsOf(getSettingsFilePath(name)); }
+
+std::string shownPath(const std::string& path) {
+    const std::string home = NSFileManager::defaultManager().homeDirectory();
+    return withVisibleControlCharacters(path.starts_with(home + "/") ? "~" + path.substr(home.size()) : path);
+}
+
+} // namespace kelvo::touchctl

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/PropertyList.h"
+
+#include <string>
+
+namespace kelvo::touchctl {
+
+/// The gesture list of a display: the one its settings file holds, or else the system's own. A list that is damaged, or
+/// a system without gestures, is a Failure.
+[[nodiscard]] platform::NSMutableArray gestureListOf(const platform::NSMutableDictionary& settings);
+
+/// Does to a gesture of `gSettings` what the user does in the pane's list, through the pane's own rows: they resolve
+/// what collides and send. `deed` is "on", "off", or an action, which switches the gesture on with it. A gesture or an
+/// action that there is not is a Failure that lists those there are.
+void changeGesture(const std::string& name, const std::string& deed);
+
+} // namespace kelvo::touchctl

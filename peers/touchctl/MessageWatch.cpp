@@ -1,0 +1,166 @@
+#include "peers/touchctl/MessageWatch.h"
+
+#include "TDUtilities.h"
+#include "linux/BusMessagePorts.h"
+#include "linux/BusService.h"
+#include "peers/JsonLine.h"
+#include "peers/MessageNames.h"
+#include "platform/PropertyList.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <span>
+#include <string_view>
+#include <utility>
+
+namespace kelvo::touchctl {
+
+namespace {
+
+using platform::NSMutableDictionary;
+
+constexpr char kBusName[] = "org.freedesktop.DBus";
+constexpr std::uint64_t kTimeoutMicroseconds = 5'000'000;
+
+// What to be shown: the messages, and the coming and going of those who take them.
+constexpr char kMessageRule[] = "type='method_call',interface='com.kelvo.TouchDisplay.MessagePort'";
+constexpr char kOwnerRule[] =
+    "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0namespace='com.kelvo.TouchDisplay'";
+
+Bus startedMonitor(const std::string& address) {
+    sd_bus* created = nullptr;
+    if (sd_bus_new(&created) < 0) return nullptr;
+    Bus bus(created);
+    const bool started = sd_bus_set_address(created, address.c_str()) >= 0 && sd_bus_set_bus_client(created, 1) >= 0 &&
+                         sd_bus_set_monitor(created, 1) >= 0 && sd_bus_start(created) >= 0;
+    return started ? std::move(bus) : nullptr;
+}
+
+bool becomesMonitor(sd_bus* bus) {
+    sd_bus_message* created = nullptr;
+    if (sd_bus_message_new_method_call(bus, &created, kBusName, "/org/freedesktop/DBus",
+                                       "org.freedesktop.DBus.Monitoring", "BecomeMonitor") < 0)
+        return false;
+    const BusMessage call(created);
+    if (sd_bus_message_append(created, "asu", 2, kMessageRule, kOwnerRule, 0) < 0) return false;
+    sd_bus_error error{};
+    const int status = sd_bus_call(bus, created, kTimeoutMicroseconds, &error, nullptr);
+    sd_bus_error_free(&error);
+    return status >= 0;
+}
+
+/// The connection that has a name; empty when none has.
+std::string ownerOf(sd_bus* bus, const char* name) {
+    sd_bus_message* received = nullptr;
+    const int status = sd_bus_call_method(bus, kBusName, "/org/freedesktop/DBus", kBusName, "GetNameOwner", nullptr,
+                                          &received, "s", name);
+    const BusMessage reply(received);
+    const char* owner = nullptr;
+    return status >= 0 && sd_bus_message_read(received, "s", &owner) > 0 ? owner : "";
+}
+
+/// A bus name without what all ports' names begin with.
+std::string portOf(std::string_view busName) {
+    const std::string_view prefix = kBusNamePrefix;
+    if (busName.starts_with(prefix)) busName.remove_prefix(prefix.size());
+    return std::string(busName);
+}
+
+std::string lineOfMessage(sd_bus_message* message, const std::string& port) {
+    auto line = NSMutableDictionary::dictionaryWithObjectsAndKeys({{port, "port"}});
+    std::int32_t id = 0;
+    const void* bytes = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_has_signature(message, kSendSignature) <= 0 || sd_bus_message_read(message, "i", &id) < 0 ||
+        sd_bus_message_read_array(message, 'y', &bytes, &size) < 0) {
+        line.setObjectForKey("is to carry (i id, ay data)", "malformed");
+        return jsonLine(line);
+    }
+    line.setObjectForKey(id, "id");
+    if (const std::string_view name = nameOfMessage(port, id); !name.empty()) line.setObjectForKey(name, "name");
+    const auto payload = Helpers::NSMutableDictionary::dictionaryWithContentsOfData(
+        std::span(static_cast<const std::uint8_t*>(bytes), size));
+    if (payload) {
+        line.setObjectForKey(payload, "payload");
+    } else {
+        line.setObjectForKey(size, "undecodable bytes");
+    }
+    return jsonLine(line);
+}
+
+} // namespace
+
+std::unique_ptr<MessageWatch> MessageWatch::open(platform::CFRunLoop& loop,
+                                                 std::function<void(const std::string& line)> tell,
+                                                 std::function<void()> lost) {
+    // Only the library knows all the places where a session's bus may be.
+    sd_bus* opened = nullptr;
+    const char* address = nullptr;
+    if (sd_bus_open_user(&opened) < 0) return nullptr;
+    const Bus ordinary(opened);
+    if (sd_bus_get_address(opened, &address) < 0) return nullptr;
+    Bus bus = startedMonitor(address);
+    if (!bus || !becomesMonitor(bus.get())) return nullptr;
+    auto watch = std::make_unique<MessageWatch>(std::move(bus), std::move(tell), std::move(lost));
+    // Who looks on can ask nothing. What changes from here on is seen.
+    watch->learnOwners(opened);
+    const int descriptor = sd_bus_get_fd(watch->bus_.get());
+    // What came with the answer already does not make the descriptor readable.
+    watch->firstRead_ = loop.scheduleTimer(0.0, [self = watch.get()] { self->read(); });
+    watch->watch_ = loop.watch(descriptor, [self = watch.get()] { self->read(); });
+    return watch;
+}
+
+MessageWatch::MessageWatch(Bus bus, std::function<void(const std::string& line)> tell, std::function<void()> lost)
+    : bus_(std::move(bus)), tell_(std::move(tell)), lost_(std::move(lost)) {}
+
+MessageWatch::~MessageWatch() { firstRead_->invalidate(); }
+
+void MessageWatch::learnOwners(sd_bus* bus) {
+    char** listed = nullptr;
+    if (sd_bus_list_names(bus, &listed, nullptr) < 0) return;
+    for (char** name = listed; *name; ++name) {
+        if (std::string_view(*name).starts_with(kBusNamePrefix))
+            portsOfOwners_.emplace(ownerOf(bus, *name), portOf(*name));
+        std::free(*name);
+    }
+    std::free(static_cast<void*>(listed));
+}
+
+std::string MessageWatch::lineOf(sd_bus_message* message) {
+    if (sd_bus_message_is_method_call(message, kPortInterface, nullptr) > 0) {
+        const char* destination = sd_bus_message_get_destination(message);
+        const std::string name = destination ? destination : "";
+        const auto port = portsOfOwners_.find(name);
+        return lineOfMessage(message, port != portsOfOwners_.end() ? port->second : portOf(name));
+    }
+    // To become a monitor is to lose one's own name, which is nobody's business.
+    return sd_bus_message_is_signal(message, kBusName, "NameOwnerChanged") > 0 ? lineOfChange(message) : "";
+}
+
+std::string MessageWatch::lineOfChange(sd_bus_message* message) {
+    const char* name = nullptr;
+    const char* oldOwner = nullptr;
+    const char* newOwner = nullptr;
+    if (sd_bus_message_read(message, "sss", &name, &oldOwner, &newOwner) < 0) return "";
+    const std::string port = portOf(name);
+    portsOfOwners_.erase(oldOwner);
+    if (*newOwner) portsOfOwners_[newOwner] = port;
+    return jsonLine(NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{port, "port"}, {*newOwner ? "opened" : "closed", "state"}}));
+}
+
+void MessageWatch::read() {
+    while (true) {
+        sd_bus_message* received = nullptr;
+        const int progress = sd_bus_process(bus_.get(), &received);
+        const BusMessage message(received);
+        if (progress < 0) return lost_();
+        if (progress == 0) return;
+        if (!received) continue;
+        if (const std::string line = lineOf(received); !line.empty()) tell_(line);
+        if (sd_bus_message_is_signal(received, "org.freedesktop.DBus.Local", "Disconnected") > 0) return lost_();
+    }
+}
+
+} // namespace kelvo::touchctl

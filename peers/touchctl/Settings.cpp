@@ -1,0 +1,412 @@
+#include "peers/touchctl/Settings.h"
+
+#include "TDCurrentDevice.h"
+#include "TDGestureCatalogue.h"
+#include "TDMessages.h"
+#include "TDNames.h"
+#include "platform/Files.h"
+#include "platform/SystemVersion.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <iostream>
+#include <iterator>
+#include <stdexcept>
+
+namespace kelvo::touchctl {
+
+namespace {
+
+using platform::NSMutableArray;
+using platform::NSMutableDictionary;
+using platform::Value;
+
+/// The numbers that the pane's forms allow.
+struct Bounds {
+    double least;
+    double most;
+    bool isWhole;
+    const char* text;
+
+    [[nodiscard]] bool hold(double number) const {
+        return number >= least && number <= most && (!isWhole || std::trunc(number) == number);
+    }
+};
+
+/// The pane's slider shows one second less the interval, from 0 to 0.9.
+constexpr Bounds kInterval{1.0 - 0.9, 1.0, false, "a number of seconds from 0.1 to 1"};
+constexpr Bounds kRange{8.0, 128.0, true, "a whole number from 8 to 128"};
+constexpr Bounds kLongPress{0.3, 3.0, false, "a number of seconds from 0.3 to 3"};
+constexpr Bounds kWidth{0.0, 4096.0, false, "a number of pixels from 0 to 4096"};
+constexpr Bounds kHeight{0.0, 2160.0, false, "a number of pixels from 0 to 2160"};
+constexpr Bounds kRotateMode{0.0, 3.0, true, "0, 1, 2 or 3, the quarter turns"};
+
+constexpr std::int32_t kDegreesOfRow = 90;
+
+// What the command line says.
+
+[[noreturn]] void refuse(const std::string& what, std::string_view right, const std::string& given) {
+    throw Failure(Status::Usage, what + " is " + std::string(right) + ", not \"" + given + "\"");
+}
+
+double numberOf(const std::string& text, const std::string& what, const Bounds& bounds) {
+    double number = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || !bounds.hold(number)) {
+        refuse(what, bounds.text, text);
+    }
+    return number;
+}
+
+void checkCount(const Words& words, std::size_t least, std::size_t most, const char* what) {
+    if (words.size() < least || words.size() > most) throw Failure(Status::Usage, what);
+}
+
+NSMutableDictionary rightClickIn(const NSMutableDictionary& stored) {
+    return stored.objectForKey(keys::rightClick).dictionary();
+}
+
+/// As the pane's slider shows it, which holds its value to the bounds.
+double storedLongPress(const NSMutableDictionary& stored) {
+    const double seconds = rightClickIn(stored).objectForKey(keys::rightClickTimeIntelval).doubleValue();
+    return seconds >= kLongPress.least ? std::min(seconds, kLongPress.most) : kLongPress.least;
+}
+
+Message doubleClickRate(const Words& words, const NSMutableDictionary& /*stored*/) {
+    checkCount(words, 1, 1, "double-click-rate takes one number of seconds");
+    return {kMessageIDForDoubleClickRate,
+            payloads::doubleClickRate(numberOf(words[0], "double-click-rate", kInterval))};
+}
+
+Message doubleClickRange(const Words& words, const NSMutableDictionary& /*stored*/) {
+    checkCount(words, 1, 1, "double-click-range takes one whole number");
+    const auto range = static_cast<std::int32_t>(numberOf(words[0], "double-click-range", kRange));
+    return {kMessageIDForDoubleClickRange, payloads::doubleClickRange(range)};
+}
+
+Message rightClick(const Words& words, const NSMutableDictionary& stored) {
+    checkCount(words, 1, 2, "right-click takes on or off and, if it is to change, the seconds of a long press");
+    if (words[0] != "on" && words[0] != "off") refuse("right-click", "on or off", words[0]);
+    const double seconds =
+        words.size() > 1 ? numberOf(words[1], "the long press", kLongPress) : storedLongPress(stored);
+    return {kMessageIDForRightClick, payloads::rightClick(words[0] == "on", seconds)};
+}
+
+Message longPress(const Words& words, const NSMutableDictionary& stored) {
+    checkCount(words, 1, 1, "long-press takes one number of seconds");
+    const bool isEnabled = rightClickIn(stored).objectForKey(keys::rightClickIsEnable).boolValue();
+    return {kMessageIDForRightClick, payloads::rightClick(isEnabled, numberOf(words[0], "long-press", kLongPress))};
+}
+
+Message rotation(const Words& words, const NSMutableDictionary& /*stored*/) {
+    checkCount(words, 1, 1, "rotation takes one number of degrees");
+    for (std::int32_t row = 0; row <= static_cast<std::int32_t>(kRotateMode.most); ++row) {
+        if (words[0] == std::to_string(row * kDegreesOfRow))
+            return {kMessageIDForRotateMode, payloads::rotateMode(row)};
+    }
+    refuse("rotation", "0, 90, 180 or 270 degrees", words[0]);
+}
+
+Message calibration(const Words& words, const NSMutableDictionary& /*stored*/) {
+    constexpr char kWhat[] = "calibration takes \"auto\" alone, or \"manual\" with the width and the height in pixels";
+    checkCount(words, 1, 3, kWhat);
+    if (words[0] != "auto" && words[0] != "manual") refuse("calibration", "auto or manual", words[0]);
+    if (words[0] == "auto") {
+        checkCount(words, 1, 1, kWhat);
+        return {kMessageIDForCalibration, payloads::automaticCalibration()};
+    }
+    checkCount(words, 3, 3, kWhat);
+    const auto width = static_cast<float>(numberOf(words[1], "the width", kWidth));
+    const auto height = static_cast<float>(numberOf(words[2], "the height", kHeight));
+    return {kMessageIDForCalibration, payloads::manualCalibration(width, height)};
+}
+
+Message gestureMessage(const NSMutableArray& list) {
+    gSettings = list;
+    return {kMessageIDForGestureArray, payloads::gestureArray()};
+}
+
+// What a file says. Each check throws with what the value is to be.
+
+using Fault = std::runtime_error;
+
+double numberIn(const Value& value, const std::string& key, const Bounds& bounds) {
+    const bool isNumber = value.kind() == Value::Kind::Integer || value.kind() == Value::Kind::UnsignedInteger ||
+                          value.kind() == Value::Kind::Real;
+    if (!isNumber || !bounds.hold(value.doubleValue())) throw Fault(key + " is to be " + bounds.text);
+    return value.doubleValue();
+}
+
+bool booleanIn(const Value& value, const std::string& key) {
+    if (value.kind() != Value::Kind::Boolean) throw Fault(key + " is to be true or false");
+    return value.boolValue();
+}
+
+NSMutableDictionary dictionaryIn(const Value& value, const std::string& key) {
+    if (!value.dictionary()) throw Fault(key + " is to be a dictionary");
+    return value.dictionary();
+}
+
+Message rateMessage(const NSMutableDictionary& profile) {
+    return {
+        kMessageIDForDoubleClickRate,
+        payloads::doubleClickRate(numberIn(profile.objectForKey(keys::doubleClickRate), "DoubleClickRate", kInterval))};
+}
+
+/// The pane sends a real from its text field and else an integer, so a file may hold either.
+Message rangeMessage(const NSMutableDictionary& profile) {
+    const double range = numberIn(profile.objectForKey(keys::doubleClickRange), "DoubleClickRange", kRange);
+    return {kMessageIDForDoubleClickRange, payloads::doubleClickRange(static_cast<std::int32_t>(range))};
+}
+
+Message rightClickMessage(const NSMutableDictionary& profile) {
+    const auto inner = dictionaryIn(profile.objectForKey(keys::rightClick), "RightClick");
+    const bool isEnabled = booleanIn(inner.objectForKey(keys::rightClickIsEnable), "RightClickIsEnable in RightClick");
+    const double seconds =
+        numberIn(inner.objectForKey(keys::rightClickTimeIntelval), "RightClickTimeIntelval in RightClick", kLongPress);
+    return {kMessageIDForRightClick, payloads::rightClick(isEnabled, seconds)};
+}
+
+/// A settings file that is new holds false for the unrotated state.
+Message rotationMessage(const NSMutableDictionary& profile) {
+    const Value mode = profile.objectForKey(keys::rotateMode);
+    const bool isNew = mode.kind() == Value::Kind::Boolean && !mode.boolValue();
+    return {kMessageIDForRotateMode,
+            payloads::rotateMode(isNew ? 0 : static_cast<std::int32_t>(numberIn(mode, "RotateMode", kRotateMode)))};
+}
+
+/// As the pane reads it, a calibration that does not say that it is automatic is manual.
+Message calibrationMessage(const NSMutableDictionary& profile) {
+    const Value isAutomatic = profile.objectForKey(keys::autoCalibration);
+    if (isAutomatic && booleanIn(isAutomatic, "AutoCalibration")) {
+        return {kMessageIDForCalibration, payloads::automaticCalibration()};
+    }
+    const auto resolution = dictionaryIn(profile.objectForKey(keys::manualCalibration), "ManualCalibration");
+    const double width = numberIn(resolution.objectForKey(keys::OSDWidth), "OSDWidth in ManualCalibration", kWidth);
+    const double height = numberIn(resolution.objectForKey(keys::OSDHeight), "OSDHeight in ManualCalibration", kHeight);
+    return {kMessageIDForCalibration,
+            payloads::manualCalibration(static_cast<float>(width), static_cast<float>(height))};
+}
+
+void checkRecord(const Value& element, const std::string& place) {
+    const auto record = dictionaryIn(element, place);
+    if (record.objectForKey(keys::name).string().value_or("").empty())
+        throw Fault("Name in " + place + " is to be a text");
+    const NSMutableArray actions = record.objectForKey(keys::descriptor).array();
+    if (actions.count() == 0) throw Fault("Descriptor in " + place + " is to be a list of actions");
+    for (std::size_t i = 0; i < actions.count(); ++i) {
+        if (!actions.objectAtIndex(i).string()) throw Fault("Descriptor in " + place + " is to hold texts alone");
+    }
+    const Value index = record.objectForKey(keys::selectedIndex);
+    if (index.kind() != Value::Kind::Integer || index.longLongValue() < 0 ||
+        static_cast<std::uint64_t>(index.longLongValue()) >= actions.count()) {
+        throw Fault("SelectedIndex in " + place + " is to be the place of an action, from 0 to " +
+                    std::to_string(actions.count() - 1));
+    }
+    (void)booleanIn(record.objectForKey(keys::isEnable), "IsEnable in " + place);
+    (void)booleanIn(record.objectForKey(keys::moreGesture), "MoreGesture in " + place);
+}
+
+Message gesturesMessage(const NSMutableDictionary& profile) {
+    const NSMutableArray list = profile.objectForKey(keys::gestureArray).array();
+    if (!list) throw Fault("GestureArray is to be a list of gesture records");
+    for (std::size_t i = 0; i < list.count(); ++i) {
+        checkRecord(list.objectAtIndex(i), "gesture " + std::to_string(i + 1) + " of GestureArray");
+    }
+    return gestureMessage(list);
+}
+
+/// The keys of one message, of which any makes it due, and the message.
+struct ProfilePart {
+    std::array<std::string_view, 2> fileKeys;
+    Message (*messageOf)(const NSMutableDictionary& profile);
+
+    [[nodiscard]] bool isIn(const NSMutableDictionary& profile) const {
+        return std::any_of(fileKeys.begin(), fileKeys.end(),
+                           [&](std::string_view key) { return !key.empty() && profile.objectForKey(key); });
+    }
+    [[nodiscard]] bool has(std::string_view key) const {
+        return std::find(fileKeys.begin(), fileKeys.end(), key) != fileKeys.end();
+    }
+};
+
+constexpr std::array kProfileParts{
+    ProfilePart{{keys::doubleClickRate}, rateMessage},
+    ProfilePart{{keys::doubleClickRange}, rangeMessage},
+    ProfilePart{{keys::rightClick}, rightClickMessage},
+    ProfilePart{{keys::rotateMode}, rotationMessage},
+    ProfilePart{{keys::autoCalibration, keys::manualCalibration}, calibrationMessage},
+    ProfilePart{{keys::gestureArray}, gesturesMessage},
+};
+
+bool isProfileKey(std::string_view key) {
+    return std::any_of(kProfileParts.begin(), kProfileParts.end(),
+                       [&](const ProfilePart& part) { return part.has(key); });
+}
+
+Message messageOfPart(const ProfilePart& part, const NSMutableDictionary& profile) {
+    try {
+        return part.messageOf(profile);
+    } catch (const Fault& fault) {
+        throw Failure(Status::Failure, fault.what());
+    }
+}
+
+Message gesturesOfWords(const Words& words, const NSMutableDictionary& /*stored*/) {
+    checkCount(words, 1, 1, "gestures takes \"default\" or a file with a gesture list");
+    if (words[0] == "default") {
+        const NSMutableArray list = gestureCatalogueForVersion(platform::Gestalt(platform::gestaltSystemVersion));
+        if (!list) throw Failure(Status::Failure, "this system has no gestures; see KELVO_SYSTEM_VERSION");
+        return gestureMessage(list);
+    }
+    const NSMutableDictionary profile = profileIn(words[0]);
+    if (!kProfileParts.back().isIn(profile)) throw Failure(Status::Failure, words[0] + " holds no GestureArray");
+    return messageOfPart(kProfileParts.back(), profile);
+}
+
+// What is shown.
+
+std::optional<std::string> shownNumber(const NSMutableDictionary& stored, std::string_view key) {
+    return stored.objectForKey(key).stringValue();
+}
+
+std::optional<std::string> shownSwitch(const Value& isOn) {
+    if (!isOn) return std::nullopt;
+    return isOn.boolValue() ? "on" : "off";
+}
+
+std::optional<std::string> shownRotation(const NSMutableDictionary& stored) {
+    const Value mode = stored.objectForKey(keys::rotateMode);
+    if (!mode || !kRotateMode.hold(mode.doubleValue())) return std::nullopt;
+    return std::to_string(mode.intValue() * kDegreesOfRow);
+}
+
+std::optional<std::string> shownCalibration(const NSMutableDictionary& stored) {
+    if (stored.objectForKey(keys::autoCalibration).boolValue()) return "auto";
+    const auto resolution = stored.objectForKey(keys::manualCalibration).dictionary();
+    const auto width = shownNumber(resolution, keys::OSDWidth);
+    const auto height = shownNumber(resolution, keys::OSDHeight);
+    if (!width || !height) return std::nullopt;
+    return "manual " + *width + " " + *height;
+}
+
+} // namespace
+
+const std::vector<Key>& settingKeys() {
+    static const std::vector<Key> settings{
+        {"double-click-rate",
+         "SECONDS",
+         "the time between the two clicks, 0.1 to 1",
+         {},
+         doubleClickRate,
+         [](const auto& stored) { return shownNumber(stored, keys::doubleClickRate); }},
+        {"double-click-range",
+         "NUMBER",
+         "how far apart the two clicks may be, 8 to 128",
+         {},
+         doubleClickRange,
+         [](const auto& stored) { return shownNumber(stored, keys::doubleClickRange); }},
+        {"right-click",
+         "on|off [SECONDS]",
+         "right click by a long press, and how long that is",
+         {"on", "off"},
+         rightClick,
+         [](const auto& stored) { return shownSwitch(rightClickIn(stored).objectForKey(keys::rightClickIsEnable)); }},
+        {"long-press",
+         "SECONDS",
+         "the time that makes a press long, 0.3 to 3",
+         {},
+         longPress,
+         [](const auto& stored) { return shownNumber(rightClickIn(stored), keys::rightClickTimeIntelval); }},
+        {"rotation",
+         "0|90|180|270",
+         "how far touch input is turned, in degrees",
+         {"0", "90", "180", "270"},
+         rotation,
+         shownRotation},
+        {"calibration",
+         "auto | manual WIDTH HEIGHT",
+         "automatic, or for an on-screen display of so many pixels",
+         {"auto", "manual"},
+         calibration,
+         shownCalibration},
+        {"gestures",
+         "default|FILE",
+         "the whole gesture list: the system's own, or that of a property-list file",
+         {"default"},
+         gesturesOfWords,
+         nullptr},
+    };
+    return settings;
+}
+
+const Key& settingKey(std::string_view name) {
+    std::string names;
+    for (const Key& key : settingKeys()) {
+        if (key.name == name) return key;
+        names.append(names.empty() ? "" : ", ").append(key.name);
+    }
+    throw Failure(Status::Usage, "there is no key \"" + std::string(name) + "\"; there are " + names);
+}
+
+NSMutableDictionary profileOf(const NSMutableDictionary& settings) {
+    auto profile = NSMutableDictionary::dictionary();
+    for (const std::string& key : settings.allKeys()) {
+        if (isProfileKey(key)) profile.setObjectForKey(settings.objectForKey(key), key);
+    }
+    (void)messagesOfProfile(profile);
+    return profile;
+}
+
+std::vector<Message> messagesOfProfile(const NSMutableDictionary& profile) {
+    for (const std::string& key : profile.allKeys()) {
+        if (isProfileKey(key) || key == keys::driverVersion) continue;
+        std::string known;
+        for (const ProfilePart& part : kProfileParts) {
+            for (const std::string_view each : part.fileKeys) {
+                if (!each.empty()) known.append(known.empty() ? "" : ", ").append(each);
+            }
+        }
+        throw Failure(Status::Failure, "there is no setting \"" + key + "\"; there are " + known);
+    }
+    std::vector<Message> messages;
+    for (const ProfilePart& part : kProfileParts) {
+        if (part.isIn(profile)) messages.push_back(messageOfPart(part, profile));
+    }
+    if (messages.empty()) throw Failure(Status::Failure, "there are no settings in it");
+    return messages;
+}
+
+std::vector<std::string> faultsIn(const NSMutableDictionary& settings) {
+    std::vector<std::string> faults;
+    for (const ProfilePart& part : kProfileParts) {
+        if (!part.isIn(settings)) continue;
+        try {
+            (void)part.messageOf(settings);
+        } catch (const Fault& fault) {
+            faults.emplace_back(fault.what());
+        }
+    }
+    return faults;
+}
+
+NSMutableDictionary profileIn(const std::string& path) {
+    std::optional<platform::NSData> contents;
+    if (path == "-") {
+        contents.emplace(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
+    } else {
+        contents = platform::NSFileManager::defaultManager().contentsAtPath(path);
+    }
+    if (!contents)
+        throw Failure(Status::Failure, path + " cannot be read; name a file that exists and that you may read");
+    const auto profile = platform::PropertyLists::current().createFromFileData(*contents).dictionary();
+    if (!profile) {
+        throw Failure(Status::Failure, (path == "-" ? "what came in" : path) +
+                                           " is no property list with settings; make one with \"export\"");
+    }
+    return profile;
+}
+
+} // namespace kelvo::touchctl

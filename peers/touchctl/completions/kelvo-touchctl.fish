@@ -1,0 +1,10 @@
+# Completion of kelvo-touchctl for fish.
+
+function __kelvo_touchctl_candidates
+    set --local words (commandline --current-process --tokenize --cut-at-cursor)
+    $words[1] complete -- $words[2..-1] 2>/dev/null
+end
+
+# Where there is nothing to offer, a file's name is meant.
+complete --command kelvo-touchctl --no-files --condition 'count (__kelvo_touchctl_candidates) >/dev/null' \
+    --arguments '(__kelvo_touchctl_candidates)'

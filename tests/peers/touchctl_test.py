@@ -1,0 +1,630 @@
+"""The command line as a process: with the simulated driver, without one, with one that hangs, and with damaged files."""
+
+import getpass
+import json
+import os
+import pathlib
+import plistlib
+import re
+import signal
+import socket
+import subprocess
+import sys
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+import dbus.bus
+from peers import INTERFACE, NAME_PREFIX, PATH, Lines, Peer, World, wait_until
+
+PROGRAM, SIMULATOR, SOURCE = sys.argv[1:4]
+del sys.argv[1:4]
+
+DRIVER = "TouchDisplayDriverMessagePort"
+PANE = "PreferenceMessagePort"
+
+FAILURE, USAGE, NO_DRIVER, NO_DEVICE, FINDINGS = range(1, 6)
+
+COMMANDS = ("list", "show", "set", "gesture", "export", "import", "watch", "doctor")
+
+ROTATE = {"Name": "Rotate", "Descriptor": ["RotateWithTwoFingers"], "SelectedIndex": 0, "IsEnable": True,
+          "MoreGesture": False}
+
+
+class TouchctlTest(unittest.TestCase):
+    def setUp(self):
+        self.world = self.enterContext(World())
+
+    def simulate(self, *displays):
+        """Starts the driver with these displays connected."""
+        options = [word for name in displays for word in ("--connect", name)]
+        process = self.world.start(SIMULATOR, "run", *options)
+        lines = Lines(process.stdout)
+        wait_until(lines.read, "the simulator's first line")
+        return process
+
+    def connect_in_file(self, *names, enabled=True):
+        self.world.set_plist("Utilities.plist", {"DriverEnable": enabled, "CurrentDeviceType": list(names)})
+
+    def ctl(self, *words):
+        return self.world.run(PROGRAM, *words)
+
+    def expect(self, status, hint, *words):
+        """The command fails with this status, prints nothing, and says on one line what would be right."""
+        actual, output, errors = self.ctl(*words)
+        self.assertEqual((actual, output), (status, ""), (words, errors))
+        self.assertIn(hint, errors)
+        self.assertEqual(errors.count("\n"), 1)
+
+    def succeed(self, *words):
+        status, output, errors = self.ctl(*words)
+        self.assertEqual((status, errors), (0, ""), words)
+        return output
+
+    def settings(self, name="Desk"):
+        return self.world.plist(f"Settings_{name}.plist")
+
+    def snapshot(self):
+        return {str(path): path.read_bytes() for path in self.world.home.rglob("*") if path.is_file()}
+
+
+class Showing(TouchctlTest):
+    def test_lists_the_connected_displays_and_then_those_with_settings_alone(self):
+        self.connect_in_file("Wall", "Desk")
+        self.world.set_plist("Settings_Attic.plist", {})
+        self.world.set_plist("Settings_Desk.plist", {})
+        for stranger in ("Settings_(null).plist", "Settings_.plist", "Settings_Odd.txt"):
+            self.world.set_plist(stranger, {})
+
+        self.assertEqual(self.succeed("list"), "Wall\tconnected\nDesk\tconnected\nAttic\tnot connected\n")
+        self.assertEqual(json.loads(self.succeed("list", "--json")),
+                         [{"name": "Wall", "connected": True}, {"name": "Desk", "connected": True},
+                          {"name": "Attic", "connected": False}])
+
+    def test_shows_settings_as_set_takes_them(self):
+        self.connect_in_file("Desk")
+        self.world.set_plist("Settings_Desk.plist", {
+            "DoubleClickRate": 0.3, "DoubleClickRange": 40, "RotateMode": 2, "DriverVersion": "1.2",
+            "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 1.5}, "AutoCalibration": True,
+            "GestureArray": [dict(ROTATE, IsEnable=False), {"Name": "Odd", "SelectedIndex": 9}]})
+
+        self.assertEqual(self.succeed("show", "Desk").splitlines(), [
+            "Desk (connected)", "  double-click-rate 0.3", "  double-click-range 40", "  right-click on",
+            "  long-press 1.5", "  rotation 180", "  calibration auto", "  gesture Rotate off RotateWithTwoFingers",
+            "  gesture Odd off (not set)", "  driver-version 1.2"])
+        self.assertEqual(self.succeed("show"), self.succeed("show", "Desk"))
+
+    def test_json_is_the_file_with_its_kinds_whatever_it_holds(self):
+        contents = {"Real": 2.0, "Text": "\"\\\n\u20ac\U0001F600", "Data": b"\x00\xff", "Deep": [[[{"": []}]]],
+                    "Yes": True, "Big": 2**63, "Infinite": float("inf")}
+        self.connect_in_file("Desk", "Wall")
+        self.world.set_plist("Settings_Desk.plist", contents)
+        expected = dict(contents, Data="00ff", Infinite=None)
+
+        self.assertEqual(json.loads(self.succeed("show", "Desk", "--json")), expected)
+        self.assertEqual(json.loads(self.succeed("--json", "show")), {"Desk": expected, "Wall": {}})
+
+    def test_reading_makes_no_files(self):
+        for words in (["list"], ["show"], ["doctor"], ["complete", "set"], ["set", "Desk", "rotation", "90"]):
+            self.ctl(*words)
+        self.assertEqual(list(self.world.home.iterdir()), [])
+
+    def test_unknown_display_is_answered_with_those_known(self):
+        self.expect(NO_DEVICE, "none is known yet", "show", "Desk")
+        self.connect_in_file("Desk", "Wall \"2\"")
+        for words in (("show", "Des"), ("export", "desk"), ("set", "", "rotation", "90"),
+                      ("gesture", "Desk ", "Rotate", "on"), ("import", "../Desk")):
+            self.expect(NO_DEVICE, "known are \"Desk\", \"Wall \"2\"\"", *words)
+
+    def test_damaged_files_are_named_and_stay(self):
+        self.connect_in_file("Desk")
+        settings = self.world.preferences / "Settings_Desk.plist"
+        settings.write_bytes(b"<plist><dict><key>")
+        for words in (("show", "Desk"), ("show",), ("export", "Desk"), ("set", "Desk", "rotation", "90"),
+                      ("gesture", "Desk", "Rotate", "off")):
+            self.expect(FAILURE, "~/Library/Preferences/KelvoTouchDisplay/Settings_Desk.plist", *words)
+        utilities = self.world.preferences / "Utilities.plist"
+        utilities.write_bytes(b"\xff")
+        for words in (("list",), ("show", "Desk"), ("set", "Desk", "rotation", "90")):
+            self.expect(FAILURE, "Utilities.plist cannot be read or is damaged; repair or remove it", *words)
+        self.assertEqual((settings.read_bytes(), utilities.read_bytes()), (b"<plist><dict><key>", b"\xff"))
+
+    def test_values_of_wrong_kinds_are_shown_as_they_can_be_and_nothing_fails(self):
+        self.world.set_plist("Utilities.plist", {"CurrentDeviceType": ["Desk", 7, ""], "DriverEnable": "YES"})
+        self.world.set_plist("Settings_Desk.plist", {
+            "DoubleClickRate": [], "RightClick": "on", "RotateMode": "turned", "GestureArray": {"a": 1},
+            "ManualCalibration": {"OSDWidth": {}}})
+        self.assertEqual(self.succeed("list"), "Desk\tconnected\n")
+        self.assertIn("double-click-rate (not set)", self.succeed("show"))
+
+    def test_control_characters_of_names_and_values_move_no_cursor(self):
+        self.connect_in_file()
+        # Only the binary format can hold such texts.
+        for name, contents in (("Utilities", {"CurrentDeviceType": ["a\x1b[31m\nb"]}),
+                               ("Settings_a\x1b[31m\nb", {"DriverVersion": "\x07"})):
+            (self.world.preferences / f"{name}.plist").write_bytes(plistlib.dumps(contents, fmt=plistlib.FMT_BINARY))
+        self.assertEqual(self.succeed("list"), "a\\x1b[31m\\nb\tconnected\n")
+        self.assertIn("driver-version \\x07\n", self.succeed("show", "a\x1b[31m\nb"))
+
+
+class Changing(TouchctlTest):
+    def test_every_setting_reaches_the_file_through_the_driver(self):
+        self.simulate("Desk")
+        for words, key, value in (
+                (("double-click-rate", "0.25"), "DoubleClickRate", 0.25),
+                (("double-click-range", "40"), "DoubleClickRange", 40),
+                (("right-click", "on", "2"), "RightClick", {"RightClickIsEnable": True, "RightClickTimeIntelval": 2.0}),
+                (("long-press", "0.5"), "RightClick", {"RightClickIsEnable": True, "RightClickTimeIntelval": 0.5}),
+                (("rotation", "270"), "RotateMode", 3),
+                (("calibration", "manual", "1280", "720.5"), "ManualCalibration", {"OSDWidth": 1280.0, "OSDHeight": 720.5}),
+                (("calibration", "auto"), "AutoCalibration", True)):
+            self.assertEqual(self.succeed("set", "Desk", *words), "")
+            self.assertEqual(self.settings()[key], value, words)
+        self.succeed("set", "Desk", "gestures", "default")
+        self.assertEqual(len(self.settings()["GestureArray"]), 13)
+
+    def test_sends_and_writes_no_file(self):
+        self.connect_in_file("Desk")
+        self.world.set_plist("Settings_Desk.plist", {"RotateMode": 0})
+        before = self.snapshot()
+        with Peer(self.world, DRIVER) as driver:
+            status, output, errors = self.ctl("set", "Desk", "rotation", "90")
+            self.assertEqual((status, output), (0, ""))
+            self.assertIn("has not stored it", errors)
+            self.assertEqual([(number, plistlib.loads(data)) for number, data in driver.received],
+                             [(3, {"RotateMode": 1, "DeviceName": "Desk"})])
+        self.assertEqual(self.snapshot(), before)
+
+    def test_commands_in_a_row_build_on_one_another(self):
+        self.simulate("Desk")
+        names = ["SecondaryClick", "LookUp", "ScrollDirection", "ZoomInOrOut", "SmartZoom", "Rotate", "Launchpad"]
+        for name in names:
+            self.succeed("gesture", "Desk", name, "off")
+        self.assertEqual([each["Name"] for each in self.settings()["GestureArray"] if not each["IsEnable"]], names)
+
+    def test_gestures_that_collide_move_as_in_the_window(self):
+        self.simulate("Desk")
+        self.succeed("gesture", "Desk", "AppExpose", "SwipeDownWithFourFingers")
+        self.succeed("gesture", "Desk", "SwipeBetweenPages", "SwipeWithThreeFingers")
+        indexes = {each["Name"]: each["SelectedIndex"] for each in self.settings()["GestureArray"]}
+        self.assertEqual([indexes[name] for name in ("AppExpos\u00e9", "MissionControl", "SwipeBetweenPages",
+                                                     "FullScreenApps")], [1, 1, 1, 1])
+
+        self.succeed("gesture", "Desk", "FullScreenApps", "SwipeLeftOrRightWithThreeFingers")
+
+        pages = next(each for each in self.settings()["GestureArray"] if each["Name"] == "SwipeBetweenPages")
+        self.assertEqual((pages["SelectedIndex"], pages["IsEnable"]), (0, False))
+
+    def test_what_is_wrong_is_answered_with_what_is_right(self):
+        self.simulate("Desk")
+        before = self.snapshot()
+        for words, hint in (
+                (("set", "Desk", "double-click-rate", "2"), "from 0.1 to 1"),
+                (("set", "Desk", "double-click-range", "0x20"), "from 8 to 128"),
+                (("set", "Desk", "rotation", "-90"), "0, 90, 180 or 270"),
+                (("set", "Desk", "calibration", "manual"), "width and the height"),
+                (("set", "Desk", "RotateMode", "1"), "there are double-click-rate,"),
+                (("set", "Desk", "rotation"), "set DEVICE KEY VALUE"),
+                (("gesture", "Desk", "Rotate", "fast"), "RotateWithTwoFingers"),
+                (("gesture", "Desk", "Fly", "on"), "there are SecondaryClick,"),
+                (("gesture", "Desk", "Rotate"), "gesture DEVICE NAME"),
+                (("dance",), "see --help"), ((), "see --help"), (("list", "Desk"), "list [--json]"),
+                (("doctor", "--json"), "takes no --json"), (("show", "--jason"), "see --help")):
+            self.expect(USAGE, hint, *words)
+        self.assertEqual(self.snapshot(), before)
+
+    def test_damaged_gesture_list_is_not_sent_on(self):
+        self.connect_in_file("Desk")
+        with Peer(self.world, DRIVER) as driver:
+            for damage in ("x", [7], [dict(ROTATE, SelectedIndex=5)], [dict(ROTATE, IsEnable="on")]):
+                self.world.set_plist("Settings_Desk.plist", {"GestureArray": damage})
+                self.expect(FAILURE, "GestureArray", "gesture", "Desk", "Rotate", "off")
+            self.assertEqual(driver.received, [])
+
+    def test_names_with_odd_characters_are_names_like_others(self):
+        names = ["Wänd \"2\"", "--help", "$(touch odd)", " 'blank' ", "%n%s%@", "\u6f22\u5b57", "-"]
+        self.simulate(*names)
+        for environment in ({"LC_ALL": "C"}, {"LC_ALL": "C.UTF-8"}, {"LC_ALL": "de_DE.UTF-8", "LANGUAGE": "ar"}):
+            self.world.environment.update(environment)
+            for name in names:
+                self.succeed("set", "--", name, "double-click-rate", "0.75")
+                self.assertEqual(self.settings(name)["DoubleClickRate"], 0.75)
+                self.assertIn("double-click-rate 0.75\n", self.succeed("show", "--", name))
+            self.assertEqual([line.split("\t")[0] for line in self.succeed("list").splitlines()], names)
+
+
+class WithoutADriver(TouchctlTest):
+    CHANGES = (("set", "Desk", "rotation", "90"), ("gesture", "Desk", "Rotate", "off"), ("import", "Desk", "PROFILE"))
+
+    def setUp(self):
+        super().setUp()
+        self.profile = self.world.folder / "profile.plist"
+        self.profile.write_bytes(plistlib.dumps({"RotateMode": 1}))
+
+    def expect_no_driver(self, hint):
+        before = self.snapshot()
+        for words in self.CHANGES:
+            self.expect(NO_DRIVER, hint, *[str(self.profile) if word == "PROFILE" else word for word in words])
+        self.assertEqual(self.snapshot(), before)
+
+    def test_absent(self):
+        self.connect_in_file("Desk")
+        self.expect_no_driver("start the driver")
+
+    def test_absent_and_the_display_only_known(self):
+        self.world.set_plist("Settings_Desk.plist", {})
+        self.expect_no_driver("start the driver")
+
+    def test_hung(self):
+        driver = self.simulate("Desk")
+        driver.send_signal(signal.SIGSTOP)
+        self.expect_no_driver("does not answer")
+
+    def test_switched_off(self):
+        self.simulate("Desk")
+        self.assertEqual(self.world.run(SIMULATOR, "disable")[0], 0)
+        self.expect_no_driver("switched off; switch it on")
+
+    def test_that_refuses_messages(self):
+        self.connect_in_file("Desk")
+        stranger = dbus.bus.BusConnection(self.world.address)
+        self.addCleanup(stranger.close)
+        stranger.request_name(NAME_PREFIX + DRIVER)
+        self.expect_no_driver("refused")
+
+    def test_without_a_bus(self):
+        self.connect_in_file("Desk")
+        self.world.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.world.folder}/nowhere"
+        self.expect_no_driver("set DBUS_SESSION_BUS_ADDRESS")
+        self.expect(NO_DRIVER, "set DBUS_SESSION_BUS_ADDRESS", "watch")
+
+    def test_with_another_display_connected(self):
+        self.simulate("Wall")
+        self.world.set_plist("Settings_Desk.plist", {})
+        self.expect(NO_DEVICE, "not connected; connect it", "set", "Desk", "rotation", "90")
+
+
+class Profiles(TouchctlTest):
+    def write(self, contents):
+        path = self.world.folder / "profile.plist"
+        path.write_bytes(contents if isinstance(contents, bytes) else plistlib.dumps(contents, sort_keys=False))
+        return str(path)
+
+    def test_one_displays_settings_become_anothers(self):
+        self.simulate("Desk", "Wall")
+        for words in (("double-click-rate", "0.3"), ("right-click", "off", "1.5"), ("rotation", "180"),
+                      ("calibration", "manual", "1024", "768")):
+            self.succeed("set", "Desk", *words)
+        self.succeed("gesture", "Desk", "Launchpad", "off")
+        profile = self.world.folder / "profile.plist"
+
+        self.succeed("export", "Desk", profile)
+        self.succeed("import", "Wall", profile)
+
+        expected = self.settings("Desk")
+        self.assertEqual(self.settings("Wall"), expected)
+        del expected["DriverVersion"]
+        self.assertEqual(plistlib.loads(profile.read_bytes()), expected)
+
+    def test_pass_through_pipes_and_as_the_binary_format(self):
+        self.simulate("Desk")
+        output = self.succeed("export", "Desk")
+        self.assertEqual(self.succeed("export", "Desk", "-"), output)
+        path = self.write(plistlib.dumps({"RotateMode": 3}, fmt=plistlib.FMT_BINARY))
+        status, _, errors = self.world.run("sh", "-c", "exec \"$0\" import Desk < \"$1\"", PROGRAM, path)
+        self.assertEqual((status, errors), (0, ""))
+        self.assertEqual(self.settings()["RotateMode"], 3)
+
+    def test_that_do_not_fit_are_refused_before_anything_is_sent(self):
+        self.connect_in_file("Desk")
+        with Peer(self.world, DRIVER) as driver:
+            for contents, hint in (
+                    ({"DoubleClickRate": 0.5, "RotateMode": 9}, "RotateMode is to be"),
+                    ({"DoubleClickRate": "0.5"}, "DoubleClickRate is to be a number of seconds from 0.1 to 1"),
+                    ({"DoubleClickRate": 0.5, "GestureArray": [{}]}, "gesture 1 of GestureArray"),
+                    ({"Rotation": 1}, "there are DoubleClickRate,"), ({}, "no settings in it"),
+                    ([1], "no property list with settings"), (b"", "no property list with settings"),
+                    (b"<plist><dict>", "no property list with settings")):
+                self.expect(FAILURE, hint, "import", "Desk", self.write(contents))
+            self.expect(FAILURE, "cannot be read", "import", "Desk", "/nowhere")
+            self.expect(FAILURE, "do not fit into a message", "import", "Desk",
+                        self.write({"GestureArray": [dict(ROTATE, Own="x" * 2**20)]}))
+            self.assertEqual(driver.received, [])
+
+    def test_come_in_order_each_once(self):
+        self.connect_in_file("Desk")
+        with Peer(self.world, DRIVER) as driver:
+            path = self.write({"GestureArray": [ROTATE], "AutoCalibration": True, "RotateMode": 1,
+                               "DoubleClickRange": 32, "DoubleClickRate": 0.5})
+            self.assertEqual(self.ctl("import", "Desk", path)[0], 0)
+            self.assertEqual([number for number, _ in driver.received], [0, 1, 3, 6, 2])
+
+    def test_that_cannot_be_written_fail(self):
+        self.connect_in_file("Desk")
+        self.expect(FAILURE, "no settings yet", "export", "Desk")
+        self.world.set_plist("Settings_Desk.plist", {"RotateMode": 1})
+        self.expect(FAILURE, "cannot be written", "export", "Desk", "/nowhere/profile.plist")
+        status, _, errors = self.world.run("sh", "-c", "exec \"$0\" export Desk > /dev/full", PROGRAM)
+        self.assertEqual(status, FAILURE)
+        self.assertIn("output cannot be written", errors)
+        self.world.set_plist("Settings_Desk.plist", {"RotateMode": 99})
+        self.expect(FAILURE, "RotateMode is to be", "export", "Desk")
+
+
+class Watching(TouchctlTest):
+    def watch(self):
+        process = self.world.start(PROGRAM, "watch")
+        lines = Lines(process.stdout)
+
+        def is_watching():
+            # What nobody hears is not sent to the bus, so this is asked for until somebody is seen to have heard it.
+            self.probe()
+            return lines.read()
+
+        wait_until(is_watching, "the watch")
+        return process, lines
+
+    def probe(self):
+        with Peer(self.world, "ProbeMessagePort"):
+            pass
+
+    def send(self, port, signature, *arguments):
+        """Sends to a port of this very process, which answers meanwhile."""
+        answers = []
+        proxy = self.world.bus.get_object(NAME_PREFIX + port, PATH, introspect=False)
+        proxy.Send(*arguments, dbus_interface=INTERFACE, signature=signature, reply_handler=answers.append,
+                   error_handler=answers.append)
+        wait_until(lambda: answers, "the answer")
+
+    def messages(self, lines, count):
+        def found():
+            return [line for line in map(json.loads, lines.read()) if line["port"] != "ProbeMessagePort"]
+        wait_until(lambda: len(found()) >= count, f"{count} lines")
+        return found()
+
+    def wait_for_end(self, process):
+        wait_until(lambda: process.poll() is not None, "the watch's end")
+        return process.returncode
+
+    def test_prints_messages_and_the_ports_that_open_and_close(self):
+        process, lines = self.watch()
+        with Peer(self.world, PANE), Peer(self.world, DRIVER):
+            self.send(PANE, "iay", 8, plistlib.dumps({"SelectedMenuItem": 2}))
+            self.send(DRIVER, "iay", 0, plistlib.dumps({"DoubleClickRate": 1.0, "DeviceName": "Wänd"}))
+            self.send(DRIVER, "iay", 99, b"\xff\xfe")
+            self.send(DRIVER, "s", "text")
+
+        self.assertEqual(self.messages(lines, 8), [
+            {"port": PANE, "state": "opened"}, {"port": DRIVER, "state": "opened"},
+            {"port": PANE, "id": 8, "name": "kMessageIDForSelectedMenuItem", "payload": {"SelectedMenuItem": 2}},
+            {"port": DRIVER, "id": 0, "name": "kMessageIDForDoubleClickRate",
+             "payload": {"DoubleClickRate": 1.0, "DeviceName": "Wänd"}},
+            {"port": DRIVER, "id": 99, "undecodable bytes": 2},
+            {"port": DRIVER, "malformed": "is to carry (i id, ay data)"},
+            {"port": DRIVER, "state": "closed"}, {"port": PANE, "state": "closed"}])
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(self.wait_for_end(process), 0)
+
+    def test_ends_by_a_signal_with_success_and_without_the_bus_with_a_failure(self):
+        process, _ = self.watch()
+        process.send_signal(signal.SIGTERM)
+        self.assertEqual(self.wait_for_end(process), 0)
+
+        process, _ = self.watch()
+        self.world.stop_bus()
+        self.assertEqual(self.wait_for_end(process), FAILURE)
+        self.assertIn("bus went away", process.stderr.read())
+        self.world.start_bus()
+
+    def test_owns_no_name_and_answers_nobody(self):
+        self.watch()
+        self.assertFalse([name for name in self.world.bus.list_names() if str(name).startswith(NAME_PREFIX)])
+
+    def test_ends_when_nobody_can_read_it(self):
+        process = self.world.start("sh", "-c", "exec \"$0\" watch > /dev/full", PROGRAM)
+
+        def has_ended():
+            self.probe()
+            return process.poll() is not None
+
+        wait_until(has_ended, "the watch's end")
+        self.assertEqual(process.returncode, FAILURE)
+
+
+class Doctor(TouchctlTest):
+    def report(self):
+        status, output, errors = self.ctl("doctor")
+        self.assertEqual(errors, "")
+        problems = re.findall(r"^  PROBLEM  (.*)$", output, re.MULTILINE)
+        # Each problem has its fix.
+        self.assertEqual(len(re.findall(r"^  PROBLEM  .*\n           fix: \S", output, re.MULTILINE)), len(problems))
+        self.assertEqual(status, FINDINGS if problems else 0)
+        return problems, output
+
+    def test_finds_nothing_where_all_is_well(self):
+        self.simulate("Desk")
+        problems, output = self.report()
+        self.assertEqual(problems, [])
+        self.assertIn("the driver answers", output)
+        self.assertIn("display 1, driver version 0.8.0.3", output)
+        self.assertIn("Nothing is to be mended.", output)
+
+    def test_names_a_driver_that_does_not_run_and_one_that_hangs(self):
+        self.assertEqual(self.report()[0], ["no driver runs: changes of settings have no effect"])
+        self.simulate("Desk").send_signal(signal.SIGSTOP)
+        self.assertEqual(self.report()[0], ["the driver runs but does not answer: changes of settings have no effect"])
+
+    def test_names_a_driver_that_is_switched_off(self):
+        self.connect_in_file("Desk", enabled=False)
+        with Peer(self.world, DRIVER):
+            self.assertEqual(self.report()[0], ["the driver is switched off"])
+
+    def test_names_a_bus_that_is_not_there(self):
+        self.world.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.world.folder}/nowhere"
+        problems, output = self.report()
+        self.assertEqual(problems, ["there is no session bus, or it does not answer"])
+        self.assertIn("DBUS_SESSION_BUS_ADDRESS", output)
+
+    def test_names_damaged_files_and_values_of_wrong_kinds(self):
+        with Peer(self.world, DRIVER):
+            self.world.set_plist("Utilities.plist", {"CurrentDeviceType": ["Desk", "Wall"], "DriverEnable": True,
+                                                     "SelectedMenuItem": "two"})
+            self.world.set_plist("Settings_Desk.plist", {"DoubleClickRate": 7.0, "RotateMode": "x"})
+            (self.world.preferences / "Settings_Wall.plist").write_bytes(b"damage")
+            self.assertEqual(self.report()[0], [
+                "SelectedMenuItem in Utilities.plist is to be a whole number",
+                "display 1: DoubleClickRate is to be a number of seconds from 0.1 to 1",
+                "display 1: RotateMode is to be 0, 1, 2 or 3, the quarter turns",
+                "the settings file of display 2 cannot be read or is damaged"])
+            (self.world.preferences / "Utilities.plist").write_bytes(b"damage")
+            self.assertEqual(self.report()[0], ["Utilities.plist cannot be read or is damaged"])
+
+    def test_names_files_that_others_may_change_and_that_the_owner_may_not(self):
+        self.connect_in_file("Desk")
+        self.world.set_plist("Settings_Desk.plist", {})
+        (self.world.preferences / "Utilities.plist").chmod(0o666)
+        (self.world.preferences / "Settings_Desk.plist").chmod(0o400)
+        self.world.preferences.chmod(0o777)
+        with Peer(self.world, DRIVER):
+            self.assertEqual(self.report()[0], [
+                "the settings folder can be changed by other users", "Utilities.plist can be changed by other users",
+                "the settings file of display 1 cannot be read and written by its owner"])
+
+    def test_names_a_file_in_the_folders_place_and_a_system_without_gestures(self):
+        self.world.preferences.parent.mkdir(parents=True)
+        self.world.preferences.write_text("")
+        self.world.environment["KELVO_SYSTEM_VERSION"] = "0x1059"
+        with Peer(self.world, DRIVER):
+            self.assertEqual(self.report()[0], [
+                "system version 0x1059 has no gestures", "~/Library/Preferences/KelvoTouchDisplay is no folder"])
+
+    def test_tells_nothing_private(self):
+        home = self.world.folder / getpass.getuser() / socket.gethostname()
+        self.world.environment.update(HOME=str(home), KELVO_LOCAL_LIBRARY=str(home / "Library"))
+        self.world.preferences = home / "Library/Preferences/KelvoTouchDisplay"
+        serial = "SN-0815-4711"
+        self.connect_in_file(serial)
+        self.world.set_plist(f"Settings_{serial}.plist", {"RotateMode": 77})
+        damaged = self.world.preferences / f"Settings_{serial}-2.plist"
+        damaged.write_bytes(b"damage")
+        damaged.chmod(0o666)
+
+        problems, output = self.report()
+
+        self.assertEqual(len(problems), 4)
+        for secret in (getpass.getuser(), socket.gethostname(), serial, str(self.world.folder), self.world.address):
+            self.assertNotIn(secret, output)
+
+
+class Help(TouchctlTest):
+    def test_there_is_one_for_each_command_which_the_manual_page_knows_too(self):
+        page = (pathlib.Path(SOURCE) / "docs/man/kelvo-touchctl.1").read_text(encoding="utf-8")
+        everything = self.succeed("--help")
+        for command in COMMANDS:
+            self.assertIn(f"\n  {command} ", everything)
+            self.assertIn(f"Usage: kelvo-touchctl {command}", self.succeed(command, "--help"))
+            self.assertRegex(page, rf"(?m)^\.B {command}\b|^\.BI? \"?{command} ")
+        for key in self.succeed("complete", "set", "Desk").splitlines():
+            self.assertIn(key, self.succeed("set", "--help"))
+            self.assertIn(key.replace("-", "\\-"), page)
+        self.assertRegex(self.succeed("--version"), r"^kelvo-touchctl \d+\.\d+\.\d+\n$")
+
+    def test_manual_pages_are_without_a_warning(self):
+        for page in sorted((pathlib.Path(SOURCE) / "docs/man").glob("*.1")):
+            result = subprocess.run(["groff", "-man", "-ww", "-Tutf8", "-Kutf8", "-z", str(page)], capture_output=True,
+                                    text=True, check=True)
+            self.assertEqual(result.stderr, "", page.name)
+
+    def test_bounds_are_those_of_the_panes_forms(self):
+        form = ElementTree.parse(pathlib.Path(SOURCE) / "qt/forms/TDSettingViewCtl.ui")
+        text = self.succeed("set", "--help")
+
+        def bounds(slider):
+            widget = form.find(f".//widget[@name='{slider}']")
+            numbers = {name: float(widget.find(f"property[@name='{name}']/number").text)
+                       for name in ("minimum", "maximum")}
+            steps = widget.find("property[@name='stepsPerUnit']/number")
+            scale = float(steps.text) if steps is not None else 1.0
+            return numbers["minimum"] / scale, numbers["maximum"] / scale
+
+        slowest, fastest = (round(1.0 - value, 2) for value in bounds("rateSlider_"))
+        self.assertIn(f"{fastest:g} to {slowest:g}\n", text)
+        for slider in ("rangeSlider_", "longPressInterval_"):
+            self.assertIn("{:g} to {:g}\n".format(*bounds(slider)), text)
+
+
+class Completion(TouchctlTest):
+    """Each shell is asked what may follow a line that was typed so far."""
+
+    COMPLETIONS = pathlib.Path(SOURCE) / "peers/touchctl/completions"
+
+    BASH = """source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _kelvo_touchctl
+              printf '%s\\n' "${COMPREPLY[@]}" """
+    # What a widget would be given, since a shell that nobody types to has none.
+    ZSH = """function compadd { print -rl -- "${candidates[@]}" }; function _files { print -r -- "(files)" }
+             function ask { local -a words; words=("$@"); local -i CURRENT=$#; source $file }
+             file=$1; shift; ask "$@" """
+
+    def setUp(self):
+        super().setUp()
+        self.connect_in_file("Desk", "Wall 2")
+        self.world.set_plist("Settings_Attic.plist", {})
+        bin_folder = pathlib.Path(PROGRAM).parent
+        self.world.environment["PATH"] = f"{bin_folder}:{os.environ['PATH']}"
+        self.world.environment.update(TERM="dumb", LC_ALL="C.UTF-8")
+
+    def ask(self, *command):
+        status, output, errors = self.world.run(*command)
+        self.assertEqual((status, errors), (0, ""))
+        return output.splitlines()
+
+    def test_bash(self):
+        def after(*words):
+            return self.ask("bash", "--norc", "-c", self.BASH, "bash", self.COMPLETIONS / "kelvo-touchctl.bash",
+                            "kelvo-touchctl", *words)
+
+        self.assertEqual(after(""), list(COMMANDS))
+        self.assertEqual(after("s"), ["show", "set"])
+        self.assertEqual(after("set", ""), ["Desk", "Wall\\ 2"])
+        self.assertEqual(after("show", "A"), ["Attic"])
+        self.assertEqual(after("set", "\"W"), ["Wall 2"])
+        self.assertEqual(after("set", "Wall\\ 2", "r"), ["right-click", "rotation"])
+        self.assertEqual(after("set", "\"Wall 2\"", "rotation", "1"), ["180"])
+        self.assertEqual(after("gesture", "Desk", "App"), ["AppExpos\u00e9"])
+        self.assertEqual(after("gesture", "Desk", "Rotate", ""), ["on", "off", "RotateWithTwoFingers"])
+        self.assertEqual(after("import", "Desk", ""), [""])
+
+    def test_zsh(self):
+        def after(*words):
+            return self.ask("zsh", "-f", "-c", self.ZSH, "zsh", self.COMPLETIONS / "_kelvo-touchctl", "kelvo-touchctl",
+                            *words)
+
+        self.assertEqual(after(""), list(COMMANDS))
+        self.assertEqual(after("set", ""), ["Desk", "Wall 2"])
+        self.assertEqual(after("export", ""), ["Desk", "Wall 2", "Attic"])
+        self.assertEqual(after("set", "Wall\\ 2", "rotation", ""), ["0", "90", "180", "270"])
+        self.assertIn("AppExpos\u00e9", after("gesture", "Desk", ""))
+        self.assertEqual(after("gesture", "'Wall 2'", "Rotate", ""), ["on", "off", "RotateWithTwoFingers"])
+        self.assertEqual(after("import", "Desk", ""), ["(files)"])
+
+    def test_fish(self):
+        def after(line):
+            return self.ask("fish", "--no-config", "-c", "source $argv[1]; complete --do-complete $argv[2]",
+                            self.COMPLETIONS / "kelvo-touchctl.fish", line)
+
+        self.assertEqual(after("kelvo-touchctl s"), ["set", "show"])
+        self.assertEqual(after("kelvo-touchctl set D"), ["Desk"])
+        self.assertEqual(after("kelvo-touchctl set W"), ["Wall 2"])
+        self.assertEqual(after("kelvo-touchctl set 'Wall 2' ro"), ["rotation"])
+        self.assertEqual(after("kelvo-touchctl set Wall\\ 2 rotation 1"), ["180"])
+        self.assertEqual(after("kelvo-touchctl gesture Desk App"), ["AppExpos\u00e9"])
+        self.assertEqual(after("kelvo-touchctl gesture Desk Rotate o"), ["off", "on"])
+
+    def test_nothing_is_offered_where_nothing_is_known(self):
+        for words in (("list",), ("set", "Nowhere", "unknown"), ("gesture", "Desk", "Rotate", "on"), ("dance", "")):
+            self.assertEqual(self.succeed("complete", "--", *words), "")
+        (self.world.preferences / "Utilities.plist").write_bytes(b"damage")
+        self.assertEqual(self.succeed("complete", "--", "set"), "")
+
+
+if __name__ == "__main__":
+    unittest.main()
