@@ -1,8 +1,10 @@
 #include "TDNames.h"
+#include "linux/BundleDirectory.h"
 #include "linux/TerminationSignals.h"
 #include "peers/PeerPlatform.h"
 #include "peers/PortProbe.h"
 #include "peers/status-bar/PaneOpener.h"
+#include "peers/status-bar/PortWatch.h"
 #include "peers/status-bar/StatusBarUtility.h"
 #include "peers/status-bar/StatusMenu.h"
 #include "peers/status-bar/TrayIcon.h"
@@ -14,7 +16,10 @@
 
 #include <algorithm>
 #include <exception>
+#include <functional>
 #include <iostream>
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -77,19 +82,38 @@ void startAnew() {
     execv(program.c_str(), arguments);
 }
 
+/// The pane's bundle, for its texts: that of the folder in which this program was built, else the installed one. None
+/// where neither is to be read; the texts are then English.
+std::unique_ptr<kelvo::BundleDirectory> paneBundle() {
+    const std::string built =
+        (QCoreApplication::applicationDirPath() + "/../../../../../" KELVO_PANE_DIRECTORY).toStdString();
+    for (const std::string& path : {built, std::string(KELVO_INSTALLED_BUNDLE)}) {
+        try {
+            return kelvo::BundleDirectory::open(path);
+        } catch (const std::runtime_error&) {
+            continue;
+        }
+    }
+    return nullptr;
+}
+
 int run(Occasion occasion, int argc, char* argv[]) {
     const QApplication toolkit(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     declineToBeRestored(toolkit);
 
     kelvo::QtRunLoop runLoop;
-    const kelvo::PeerPlatform services(kProgramName, runLoop);
+    const kelvo::PeerPlatform services(kProgramName, runLoop, paneBundle());
 
     kelvo::PaneOpener pane(startPane);
     kelvo::PortProbe driver(kTouchDisplayDriverPortName);
+    std::function<void()> driverHasChanged;
+    kelvo::PortWatch driverWatch(kTouchDisplayDriverPortName, [&] { driverHasChanged(); });
     kelvo::StatusMenu menu({.openPaneAtTab = [&](std::int32_t tab) { pane.openAtTab(tab); },
                             .quit = [] { QCoreApplication::quit(); },
-                            .askDriver = [&](auto tell) { driver.ask(std::move(tell)); }});
+                            .askDriver = [&](auto tell) { driver.ask(std::move(tell)); },
+                            .watchDriver = [&] { driverWatch.start(); }});
+    driverHasChanged = [&] { menu.refresh(); };
     kelvo::TrayIcon icon(menu);
     kelvo::StatusBarUtility utility(icon, startAnew);
     switch (utility.start(occasion)) {

@@ -3,69 +3,110 @@
 #include "TDNames.h"
 #include "TDUtilities.h"
 
+#include <string_view>
 #include <utility>
 
 namespace kelvo {
 
 namespace {
 
+constexpr double kNextLookSeconds = 10.0;
+
+/// A text of the pane's bundle, and what stands for it where that is not installed.
+struct Text {
+    std::string_view key;
+    std::string_view english;
+
+    operator std::string() const { return localizedString(key, english); }
+};
+
 /// Every text of the menu.
 namespace texts {
-constexpr const char* tabs[] = {"Calibration", "Touch and Gestures", "Display", "Version"};
-constexpr char driver[] = "Driver";
-constexpr char driverIsOn[] = "Driver: on";
-constexpr char driverIsOff[] = "Driver: off";
-constexpr char driverNotRunning[] = ", not running";
-constexpr char driverNotAnswering[] = ", not answering";
-constexpr char driverAnswering[] = ", answering";
-constexpr char quit[] = "Quit";
+constexpr Text tabs[] = {{"Tab.Calibration", "Calibration"},
+                         {"Tab.Settings", "Touch and Gestures"},
+                         {"Tab.HardwareInformation", "Display"},
+                         {"Tab.Version", "Version"}};
+constexpr Text driver{"Menu.Driver", "Driver"};
+constexpr Text driverIsOn{"Menu.Driver.On", "Driver: on"};
+constexpr Text driverIsOff{"Menu.Driver.Off", "Driver: off"};
+constexpr Text onNotRunning{"Menu.Driver.On.NotRunning", "Driver: on, not running"};
+constexpr Text onNotAnswering{"Menu.Driver.On.NotAnswering", "Driver: on, not answering"};
+constexpr Text onAnswering{"Menu.Driver.On.Answering", "Driver: on, answering"};
+constexpr Text offNotRunning{"Menu.Driver.Off.NotRunning", "Driver: off, not running"};
+constexpr Text offNotAnswering{"Menu.Driver.Off.NotAnswering", "Driver: off, not answering"};
+constexpr Text offAnswering{"Menu.Driver.Off.Answering", "Driver: off, answering"};
+constexpr Text startDriver{"Menu.Driver.Start", "Changes have no effect: start the driver, or log in again."};
+constexpr Text restartDriver{"Menu.Driver.Restart", "Changes have no effect: restart the driver, or this computer."};
+constexpr Text switchDriverOn{"Menu.Driver.SwitchOn", "Nothing can be set up: switch the driver on."};
+constexpr Text quit{"Menu.Quit", "Quit"};
 } // namespace texts
 
-std::string titleOf(PortAnswer answer) {
+/// As the pane reads the flag: one that is missing is false.
+bool isDriverOn() { return readUtilitiesDictionary().objectForKey(keys::driverEnable).boolValue(); }
+
+Text titleOf(bool isOn, PortAnswer answer) {
     switch (answer) {
     case PortAnswer::NotRunning:
-        return texts::driverNotRunning;
+        return isOn ? texts::onNotRunning : texts::offNotRunning;
     case PortAnswer::NotAnswering:
-        return texts::driverNotAnswering;
+        return isOn ? texts::onNotAnswering : texts::offNotAnswering;
     case PortAnswer::Answering:
         break;
     }
-    return texts::driverAnswering;
+    return isOn ? texts::onAnswering : texts::offAnswering;
 }
 
-/// As the pane reads the flag: one that is missing is false.
-std::string driverSwitchTitle() {
-    return readUtilitiesDictionary().objectForKey(keys::driverEnable).boolValue() ? texts::driverIsOn
-                                                                                  : texts::driverIsOff;
+std::string adviceFor(bool isOn, PortAnswer answer) {
+    if (answer == PortAnswer::NotRunning) return texts::startDriver;
+    if (answer == PortAnswer::NotAnswering) return texts::restartDriver;
+    return isOn ? std::string() : texts::switchDriverOn;
 }
 
 } // namespace
 
 StatusMenu::StatusMenu(Deeds deeds) : deeds_(std::move(deeds)), driverTitle_(texts::driver) {}
 
+StatusMenu::~StatusMenu() {
+    if (nextLook_) nextLook_->invalidate();
+}
+
 std::vector<StatusMenu::Item> StatusMenu::items() const {
-    const Item separator;
+    const Item separator{"", nullptr, true};
     std::vector<Item> items;
     std::int32_t tab = 0;
-    for (const char* title : texts::tabs) {
+    for (const Text& title : texts::tabs) {
         items.push_back({title, [this, tab] { deeds_.openPaneAtTab(tab); }});
         ++tab;
     }
     items.push_back(separator);
     items.push_back({driverTitle_, nullptr});
+    items.push_back({advice_, nullptr, false, !advice_.empty()});
     items.push_back(separator);
     items.push_back({texts::quit, deeds_.quit});
     return items;
 }
 
-void StatusMenu::open(const std::function<void()>& changed) {
-    const std::string switchTitle = driverSwitchTitle();
-    driverTitle_ = switchTitle;
-    changed();
-    deeds_.askDriver([this, switchTitle, changed](PortAnswer answer) {
-        driverTitle_ = switchTitle + titleOf(answer);
-        changed();
-    });
+void StatusMenu::open(std::function<void()> changed) {
+    changed_ = std::move(changed);
+    deeds_.watchDriver();
+    refresh();
+}
+
+void StatusMenu::refresh() {
+    if (!changed_) return;
+    if (nextLook_) nextLook_->invalidate();
+    const bool isOn = isDriverOn();
+    driverTitle_ = isOn ? texts::driverIsOn : texts::driverIsOff;
+    changed_();
+    deeds_.askDriver([this, isOn](PortAnswer answer) { tell(isOn, answer); });
+}
+
+void StatusMenu::tell(bool isOn, PortAnswer answer) {
+    driverTitle_ = titleOf(isOn, answer);
+    advice_ = adviceFor(isOn, answer);
+    changed_();
+    if (answer != PortAnswer::NotAnswering) return;
+    nextLook_ = platform::NSTimer::scheduledTimerWithTimeInterval(kNextLookSeconds, *this, [this] { refresh(); });
 }
 
 } // namespace kelvo

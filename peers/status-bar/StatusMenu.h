@@ -1,21 +1,27 @@
 #pragma once
 
 #include "peers/PortProbe.h"
+#include "platform/NSObject.h"
+#include "platform/RunLoop.h"
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace kelvo {
 
 /// What the utility's menu says and does, for whoever shows it.
-class StatusMenu {
+class StatusMenu : public platform::NSObject {
 public:
-    /// One line. Without a title it is a separator; without an action it is there to be read.
+    /// One line. Without an action it is there to be read.
     struct Item {
         std::string title;
         std::function<void()> choose;
+        bool isSeparator = false;
+        /// Whether there is anything to be read now.
+        bool isShown = true;
     };
     /// What choosing a line comes to, and where the driver's state comes from.
     struct Deeds {
@@ -23,18 +29,34 @@ public:
         std::function<void()> quit;
         /// Calls `tell` once, later or at once.
         std::function<void(std::function<void(PortAnswer)> tell)> askDriver;
+        /// From now on refresh() is called when the driver comes or goes.
+        std::function<void()> watchDriver;
     };
 
     explicit StatusMenu(Deeds deeds);
+    ~StatusMenu() override;
+    StatusMenu(const StatusMenu&) = delete;
+    StatusMenu& operator=(const StatusMenu&) = delete;
 
     /// The lines from top to bottom. Their number and actions never change; their titles may while it is open.
     [[nodiscard]] std::vector<Item> items() const;
-    /// The menu is about to open: finds out how the driver does, and calls `changed` after each change of a title.
-    void open(const std::function<void()>& changed);
+    /// What to do about a driver that settings do not reach; empty while all is well, as far as is known.
+    [[nodiscard]] const std::string& advice() const { return advice_; }
+
+    /// The menu or its icon is about to be seen: finds out how the driver does, now and whenever it comes or goes, and
+    /// calls `changed` after each change of what the menu says.
+    void open(std::function<void()> changed);
+    /// Finds out again. A driver that does not answer is looked at once more after a while: it may only have been slow.
+    void refresh();
 
 private:
+    void tell(bool isOn, PortAnswer answer);
+
     Deeds deeds_;
+    std::function<void()> changed_;
     std::string driverTitle_;
+    std::string advice_;
+    std::shared_ptr<platform::NSTimer> nextLook_;
 };
 
 } // namespace kelvo

@@ -1,5 +1,6 @@
 #include "peers/status-bar/TrayIcon.h"
 
+#include "TDUtilities.h"
 #include "platform/Guarded.h"
 
 #include <QCursor>
@@ -13,8 +14,18 @@ namespace kelvo {
 
 namespace {
 
+/// A sign that something is to be done, in the corner, with an edge that sets it off.
+void drawMark(QPainter& painter) {
+    painter.setPen(QPen(Qt::white, 1.0));
+    painter.setBrush(QColor(0xd9, 0x6c, 0x06));
+    painter.drawEllipse(QPointF(11.5, 11.0), 4.0, 4.0);
+    painter.setPen(QPen(Qt::white, 1.4, Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(QPointF(11.5, 8.8), QPointF(11.5, 11.2));
+    painter.drawPoint(QPointF(11.5, 13.2));
+}
+
 /// A display that is being touched, filled, so that it stands out from panels of any colour.
-QPixmap drawnIcon(int size) {
+QPixmap drawnIcon(int size, bool isMarked) {
     QPixmap picture(size, size);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
@@ -28,13 +39,20 @@ QPixmap drawnIcon(int size) {
     painter.drawEllipse(QPointF(8.0, 7.0), 3.2, 3.2);
     painter.setBrush(Qt::white);
     painter.drawEllipse(QPointF(8.0, 7.0), 0.6, 0.6);
+    if (isMarked) drawMark(painter);
     return picture;
 }
 
-QIcon displayIcon() {
+QIcon displayIcon(bool isMarked) {
     QIcon icon;
-    for (const int size : {16, 22, 24, 32, 48, 64}) icon.addPixmap(drawnIcon(size));
+    for (const int size : {16, 22, 24, 32, 48, 64}) icon.addPixmap(drawnIcon(size, isMarked));
     return icon;
+}
+
+/// What the icon is called, and what is to be done.
+QString toolTip(const std::string& advice) {
+    const QString name = QString::fromStdString(localizedString("Window.Title", "Touch Display"));
+    return advice.empty() ? name : name + QLatin1Char('\n') + QString::fromStdString(advice);
 }
 
 } // namespace
@@ -42,7 +60,7 @@ QIcon displayIcon() {
 TrayIcon::TrayIcon(StatusMenu& menu) : menu_(menu) {
     fillMenu();
     QObject::connect(&shownMenu_, &QMenu::aboutToShow, &shownMenu_,
-                     [this] { platform::guarded([this] { menu_.open([this] { showTitles(); }); }); });
+                     [this] { platform::guarded([this] { openMenu(); }); });
 }
 
 bool TrayIcon::hasPlace() { return QSystemTrayIcon::isSystemTrayAvailable(); }
@@ -50,6 +68,7 @@ bool TrayIcon::hasPlace() { return QSystemTrayIcon::isSystemTrayAvailable(); }
 void TrayIcon::show() {
     if (!icon_) createIcon();
     icon_->show();
+    openMenu();
 }
 
 void TrayIcon::hide() {
@@ -59,24 +78,37 @@ void TrayIcon::hide() {
 void TrayIcon::fillMenu() {
     for (const StatusMenu::Item& item : menu_.items()) {
         QAction* action =
-            item.title.empty() ? shownMenu_.addSeparator() : shownMenu_.addAction(QString::fromStdString(item.title));
+            item.isSeparator ? shownMenu_.addSeparator() : shownMenu_.addAction(QString::fromStdString(item.title));
         action->setEnabled(static_cast<bool>(item.choose));
+        action->setVisible(item.isShown);
         if (item.choose)
-            QObject::connect(action, &QAction::triggered, action, [choose = item.choose] { platform::guarded(choose); });
+            QObject::connect(action, &QAction::triggered, action,
+                             [choose = item.choose] { platform::guarded(choose); });
     }
 }
 
-void TrayIcon::showTitles() {
+void TrayIcon::openMenu() {
+    menu_.open([this] { showState(); });
+}
+
+void TrayIcon::showState() {
     const std::vector<StatusMenu::Item> items = menu_.items();
     const QList<QAction*> actions = shownMenu_.actions();
     for (std::size_t i = 0; i < items.size(); ++i) {
-        actions[static_cast<qsizetype>(i)]->setText(QString::fromStdString(items[i].title));
+        QAction* const action = actions[static_cast<int>(i)];
+        action->setText(QString::fromStdString(items[i].title));
+        action->setVisible(items[i].isShown);
     }
+    if (!icon_ || advice_ == menu_.advice()) return;
+    advice_ = menu_.advice();
+    icon_->setIcon(displayIcon(!advice_.empty()));
+    icon_->setToolTip(toolTip(advice_));
 }
 
 void TrayIcon::createIcon() {
-    icon_ = std::make_unique<QSystemTrayIcon>(displayIcon());
-    icon_->setToolTip(QStringLiteral("Touch Display"));
+    advice_ = menu_.advice();
+    icon_ = std::make_unique<QSystemTrayIcon>(displayIcon(!advice_.empty()));
+    icon_->setToolTip(toolTip(advice_));
     icon_->setContextMenu(&shownMenu_);
     // There is nothing that a plain click could do but open the menu too.
     QObject::connect(icon_.get(), &QSystemTrayIcon::activated, &shownMenu_, [this](auto reason) {

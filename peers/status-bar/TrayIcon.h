@@ -7,6 +7,7 @@
 #include <QSystemTrayIcon>
 
 #include <memory>
+#include <string>
 
 namespace kelvo {
 
@@ -22,13 +23,16 @@ public:
 
 private:
     void fillMenu();
-    void showTitles();
+    void openMenu();
+    void showState();
     void createIcon();
 
     StatusMenu& menu_;
     QMenu shownMenu_;
     /// Made when there is a tray to show it in, since it keeps to the kind of tray that it finds.
     std::unique_ptr<QSystemTrayIcon> icon_;
+    /// What the icon says is to be done.
+    std::string advice_;
 };
 
 } // namespace kelvo

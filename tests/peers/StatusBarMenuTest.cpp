@@ -1,9 +1,13 @@
 #include "peers/status-bar/StatusMenu.h"
 
+#include "linux/PosixFileManager.h"
+#include "linux/StringsTable.h"
 #include "support/FakePlatform.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 namespace kelvo {
 
@@ -14,6 +18,8 @@ using testing::ElementsAre;
 
 constexpr char kUtilitiesFile[] = "/home/user/Library/Preferences/KelvoTouchDisplay/Utilities.plist";
 constexpr std::size_t kDriverLine = 5;
+constexpr std::size_t kAdviceLine = 6;
+constexpr double kNextLookSeconds = 10.0;
 
 class StatusMenuTest : public testing::Test {
 protected:
@@ -23,7 +29,9 @@ protected:
 
     [[nodiscard]] std::vector<std::string> titles() const {
         std::vector<std::string> titles;
-        for (const StatusMenu::Item& item : menu_.items()) titles.push_back(item.title);
+        for (const StatusMenu::Item& item : menu_.items()) {
+            if (item.isShown) titles.push_back(item.isSeparator ? "-" : item.title);
+        }
         return titles;
     }
 
@@ -32,18 +40,39 @@ protected:
         menu_.open([this] { driverLines_.push_back(menu_.items().at(kDriverLine).title); });
     }
 
+    /// Takes the menu's texts from a file alone: whatever that lacks is then missing.
+    void useTable(const char* path) {
+        const auto contents = PosixFileManager().contentsAtPath(path);
+        ASSERT_TRUE(contents) << path;
+        const StringsTable table(*contents);
+        for (const char* key :
+             {"Tab.Calibration", "Tab.Settings", "Tab.HardwareInformation", "Tab.Version", "Menu.Driver.On",
+              "Menu.Driver.Off", "Menu.Driver.On.Answering", "Menu.Driver.On.NotRunning", "Menu.Driver.On.NotAnswering",
+              "Menu.Driver.Off.Answering", "Menu.Driver.Off.NotRunning", "Menu.Driver.Off.NotAnswering",
+              "Menu.Driver.Start", "Menu.Driver.Restart", "Menu.Driver.SwitchOn", "Menu.Quit"}) {
+            platform_.bundle.strings[key] = table.textForKey(key).value_or("");
+        }
+    }
+
     support::FakePlatform platform_;
     std::vector<std::string> story_;
     std::function<void(PortAnswer)> tell_;
     std::vector<std::string> driverLines_;
+    int questions_ = 0;
+    int watches_ = 0;
     StatusMenu menu_{{.openPaneAtTab = [this](std::int32_t tab) { story_.push_back("tab " + std::to_string(tab)); },
                       .quit = [this] { story_.emplace_back("quit"); },
-                      .askDriver = [this](std::function<void(PortAnswer)> tell) { tell_ = std::move(tell); }}};
+                      .askDriver =
+                          [this](std::function<void(PortAnswer)> tell) {
+                              tell_ = std::move(tell);
+                              ++questions_;
+                          },
+                      .watchDriver = [this] { ++watches_; }}};
 };
 
 TEST_F(StatusMenuTest, HasTheTabsThenTheDriverThenTheEnd) {
     EXPECT_THAT(titles(),
-                ElementsAre("Calibration", "Touch and Gestures", "Display", "Version", "", "Driver", "", "Quit"));
+                ElementsAre("Calibration", "Touch and Gestures", "Display", "Version", "-", "Driver", "-", "Quit"));
 }
 
 TEST_F(StatusMenuTest, EachTabOpensThePaneThereAndQuitQuits) {
@@ -54,7 +83,7 @@ TEST_F(StatusMenuTest, EachTabOpensThePaneThereAndQuitQuits) {
 }
 
 TEST_F(StatusMenuTest, DriverAndSeparatorsCannotBeChosen) {
-    for (const std::size_t line : {std::size_t{4}, kDriverLine, std::size_t{6}}) {
+    for (const std::size_t line : {std::size_t{4}, kDriverLine, kAdviceLine, std::size_t{7}}) {
         EXPECT_FALSE(menu_.items().at(line).choose) << line;
     }
 }
@@ -82,6 +111,85 @@ TEST_F(StatusMenuTest, DriverOfANewHomeIsOnAndOfADamagedFileOff) {
     platform_.files.setText(kUtilitiesFile, "<plist><dict>");
     open();
     EXPECT_THAT(driverLines_, ElementsAre("Driver: on", "Driver: off"));
+}
+
+TEST_F(StatusMenuTest, AdviceStandsBelowADriverThatSettingsDoNotReach) {
+    const std::tuple<bool, PortAnswer, std::string> states[] = {
+        {true, PortAnswer::Answering, ""},
+        {true, PortAnswer::NotRunning, "Changes have no effect: start the driver, or log in again."},
+        {false, PortAnswer::NotRunning, "Changes have no effect: start the driver, or log in again."},
+        {true, PortAnswer::NotAnswering, "Changes have no effect: restart the driver, or this computer."},
+        {false, PortAnswer::Answering, "Nothing can be set up: switch the driver on."},
+        {true, PortAnswer::Answering, ""},
+    };
+    for (const auto& [isOn, answer, advice] : states) {
+        setDriverInFile(isOn);
+        open();
+        tell_(answer);
+
+        const StatusMenu::Item line = menu_.items().at(kAdviceLine);
+        EXPECT_EQ(line.title, advice);
+        EXPECT_EQ(line.isShown, !advice.empty());
+        EXPECT_EQ(menu_.advice(), advice);
+    }
+}
+
+TEST_F(StatusMenuTest, AdviceStaysUntilTheNextAnswer) {
+    open();
+    tell_(PortAnswer::NotRunning);
+    open();
+    EXPECT_NE(menu_.advice(), "");
+    tell_(PortAnswer::Answering);
+    EXPECT_EQ(menu_.advice(), "");
+}
+
+TEST_F(StatusMenuTest, DriverThatCameOrWentIsAskedAgainWhoeverLooks) {
+    menu_.refresh();
+    EXPECT_EQ(questions_, 0) << "nobody has seen the menu yet";
+    open();
+    tell_(PortAnswer::NotRunning);
+    menu_.refresh();
+    tell_(PortAnswer::Answering);
+
+    EXPECT_EQ(questions_, 2);
+    EXPECT_EQ(watches_, 1);
+    EXPECT_EQ(driverLines_.back(), "Driver: on, answering");
+}
+
+TEST_F(StatusMenuTest, OnlyADriverThatDoesNotAnswerIsLookedAtOnceMore) {
+    open();
+    tell_(PortAnswer::NotAnswering);
+    platform_.runLoop.runUntil([] { return false; }, kNextLookSeconds);
+    EXPECT_EQ(questions_, 2);
+    tell_(PortAnswer::Answering);
+    platform_.runLoop.runUntil([] { return false; }, 10 * kNextLookSeconds);
+    EXPECT_EQ(questions_, 2);
+}
+
+TEST_F(StatusMenuTest, TextsAreTheBundlesAndWithoutItTheSame) {
+    std::vector<std::string> withoutBundle;
+    for (const bool hasBundle : {false, true}) {
+        std::vector<std::string> said;
+        if (hasBundle) useTable(KELVO_ENGLISH_STRINGS);
+        for (const bool isOn : {true, false}) {
+            for (const PortAnswer answer : {PortAnswer::NotRunning, PortAnswer::NotAnswering, PortAnswer::Answering}) {
+                setDriverInFile(isOn);
+                open();
+                tell_(answer);
+                const std::vector<std::string> after = titles();
+                said.insert(said.end(), after.begin(), after.end());
+            }
+        }
+        said.insert(said.end(), driverLines_.begin(), driverLines_.end());
+        driverLines_.clear();
+        if (hasBundle) {
+            EXPECT_EQ(said, withoutBundle);
+        } else {
+            withoutBundle = said;
+        }
+    }
+    platform_.bundle.strings["Menu.Quit"] = "Ende";
+    EXPECT_EQ(titles().back(), "Ende");
 }
 
 } // namespace

@@ -21,6 +21,7 @@ DRIVER = "TouchDisplayDriverMessagePort"
 NO_TRAY = "no system tray; the menu cannot be shown"
 
 TABS = ["Calibration", "Touch and Gestures", "Display", "Version"]
+START_DRIVER = "Changes have no effect: start the driver, or log in again."
 
 MENU = "com.canonical.dbusmenu"
 WATCHER = "org.kde.StatusNotifierWatcher"
@@ -90,7 +91,8 @@ class Menu:
         """Number, title and whether it can be chosen, of each line that is no separator."""
         _, (_, _, children) = self.call("GetLayout", "iias", 0, -1, [])
         return [(int(number), str(properties.get("label", "")), bool(properties.get("enabled", True)))
-                for number, properties, _ in children if properties.get("type") != "separator"]
+                for number, properties, _ in children
+                if properties.get("type") != "separator" and properties.get("visible", True)]
 
     def titles(self):
         return [title for _, title, _ in self.items()]
@@ -305,7 +307,38 @@ class InATray(StatusBarTest):
         menu.wait_for_line("Driver: on, not running")
 
         self.assertEqual([(title, can_choose) for _, title, can_choose in menu.items()],
-                         [(title, True) for title in TABS] + [("Driver: on, not running", False), ("Quit", True)])
+                         [(title, True) for title in TABS] +
+                         [("Driver: on, not running", False), (START_DRIVER, False), ("Quit", True)])
+
+    def test_the_icon_says_that_the_driver_is_missing_until_it_comes_though_nobody_opens_the_menu(self):
+        Utility(self.world)
+        wait_until(self.tray.icons, "the icon")
+        wait_until(lambda: self.tool_tip().endswith(START_DRIVER), "the advice")
+        marked = self.pictures()
+
+        with Peer(self.world, DRIVER) as driver:
+            wait_until(lambda: self.tool_tip() == "Touch Display", "the advice to go")
+            self.assertNotEqual(self.pictures(), marked)
+            self.assertEqual(driver.received, [])
+        wait_until(lambda: self.tool_tip().endswith(START_DRIVER), "the advice again")
+        self.assertEqual(self.pictures(), marked)
+
+    def icon_property(self, name):
+        """A property of the one icon, which is asked for while this process goes on answering."""
+        [icon] = self.tray.icons()
+        proxy = self.world.bus.get_object(icon, "/StatusNotifierItem", introspect=False)
+        answers = []
+        proxy.Get("org.kde.StatusNotifierItem", name, dbus_interface=dbus.PROPERTIES_IFACE,
+                  reply_handler=answers.append, error_handler=answers.append)
+        wait_until(lambda: answers, name)
+        return answers[0]
+
+    def tool_tip(self):
+        """Where the toolkit puts what a tool tip says: its title."""
+        return "".join(str(text) for text in self.icon_property("ToolTip")[2:])
+
+    def pictures(self):
+        return [bytes(picture[2]) for picture in self.icon_property("IconPixmap")]
 
     def test_the_menu_tells_how_the_driver_does_each_time_it_opens(self):
         self.set_utilities(DriverEnable=False)
