@@ -1,0 +1,54 @@
+#!/usr/bin/python3
+"""A driver for one touch display, which moves no pointer but does all that the settings need of it."""
+import os, pathlib, plistlib, signal, sys
+import dbus, dbus.lowlevel, dbus.mainloop.glib, dbus.service
+from gi.repository import GLib
+
+NAME, PATH = "com.kelvo.TouchDisplay.{}", "/com/kelvo/TouchDisplay/MessagePort"
+INTERFACE = "com.kelvo.TouchDisplay.MessagePort"
+FOLDER = pathlib.Path.home() / "Library/Preferences/KelvoTouchDisplay"
+DEFAULTS = {"DoubleClickRange": 32, "DoubleClickRate": 0.5, "RotateMode": False, "DriverVersion": "1.0"}
+UTILITIES = {"SelectedMenuItem": 0, "IsShowStatuMenu": True, "DriverEnable": True, "CurrentDeviceType": [],
+             "VerboseLog": False}
+
+def merge(file, items, defaults={}):
+    """Puts items into a file, which keeps its other keys and is replaced whole; damage throws and stays."""
+    FOLDER.mkdir(parents=True, exist_ok=True)
+    path, new = FOLDER / file, FOLDER / f".{file}.new"
+    contents = plistlib.loads(path.read_bytes()) if path.exists() else dict(defaults)
+    new.write_bytes(plistlib.dumps({**contents, **items}, sort_keys=False))
+    os.replace(new, path)
+
+class Driver(dbus.service.Object):
+    @dbus.service.method(INTERFACE, in_signature="iay", out_signature="ay", byte_arrays=True)
+    def Send(self, message_id, data):
+        GLib.idle_add(self.apply, int(message_id), bytes(data))  # answer first: the sender waits one second
+        return dbus.ByteArray(b"")
+
+    def apply(self, message_id, data):
+        try:
+            change = plistlib.loads(data)
+            if message_id in (0, 1, 2, 3, 5, 6) and change.pop("DeviceName", None) == display:
+                merge(f"Settings_{display}.plist", change)  # and here: have the device do it
+        except Exception as error:  # whatever a peer sends, the driver lives on
+            print(f"message {message_id} ignored: {error!r}", file=sys.stderr)
+
+def connect(is_connected):
+    merge("Utilities.plist", {"CurrentDeviceType": [display] if is_connected else []}, UTILITIES)  # the file first
+    call = dbus.lowlevel.MethodCallMessage(NAME.format("PreferenceMessagePort"), PATH, INTERFACE, "Send")
+    call.set_auto_start(False)
+    call.append(7, plistlib.dumps({"IsConnected": is_connected}), signature="iay")
+    bus.send_message(call)  # a pane that does not run needs no telling
+
+os.umask(0o077)  # the files are the user's alone
+display = sys.argv[1]
+bus = dbus.SessionBus(mainloop=dbus.mainloop.glib.DBusGMainLoop())
+owner = dbus.service.BusName(NAME.format("TouchDisplayDriverMessagePort"), bus, do_not_queue=True)
+driver, loop = Driver(bus, PATH), GLib.MainLoop()
+for number in (signal.SIGINT, signal.SIGTERM):
+    GLib.unix_signal_add(GLib.PRIORITY_DEFAULT, number, loop.quit)
+merge(f"Settings_{display}.plist", {}, DEFAULTS)
+connect(True)
+loop.run()
+connect(False)
+bus.flush()
