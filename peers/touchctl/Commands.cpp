@@ -105,7 +105,6 @@ void send(const Message& message, const ReportingPorts& ports) {
     }
     resetDeviceParameter(message.payload, message.id);
     checkArrival(ports);
-    awaitStoring(message.payload);
 }
 
 // Showing
@@ -186,7 +185,9 @@ Status show(const Invocation& invocation) {
 Status set(const Words& words, const ReportingPorts& ports) {
     const Key& key = settingKey(words[1]);
     chooseDisplay(words[0]);
-    send(key.messageOf(Words(words.begin() + 2, words.end()), settingsOf(words[0])), ports);
+    const Message message = key.messageOf(Words(words.begin() + 2, words.end()), settingsOf(words[0]));
+    send(message, ports);
+    awaitStoring(message.payload);
     return Status::Success;
 }
 
@@ -202,7 +203,14 @@ Status gesture(const Words& words, const ReportingPorts& ports) {
 Status importProfile(const Words& words, const ReportingPorts& ports) {
     chooseDisplay(words[0]);
     const auto profile = profileIn(words.size() > 1 ? words[1] : "-");
-    for (const Message& message : messagesOfProfile(profile)) send(message, ports);
+    auto sent = NSMutableDictionary::dictionary();
+    for (const Message& message : messagesOfProfile(profile)) {
+        send(message, ports);
+        for (const std::string& key : message.payload.allKeys()) {
+            sent.setObjectForKey(message.payload.objectForKey(key), key);
+        }
+    }
+    awaitStoring(sent);
     return Status::Success;
 }
 

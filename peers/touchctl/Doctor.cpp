@@ -191,7 +191,9 @@ void reportUtilities(Report& report, const NSMutableDictionary& utilities, const
 void reportDisplay(Report& report, const Display& display, std::size_t number) {
     const std::string title = "display " + std::to_string(number) + (display.isConnected ? "" : " (not connected)");
     const ProductFile file{getSettingsFilePath(display.name), "the settings file of " + title,
-                           "the file Settings_NAME.plist of that display (see kelvo-touchctl list)"};
+                           "\"$HOME/Library/Preferences/KelvoTouchDisplay/Settings_NAME.plist\", where NAME stands on "
+                           "line " +
+                               std::to_string(number) + " of kelvo-touchctl list"};
     const auto settings = reportContents(report, file, "the pane or the driver makes it");
     reportPermissions(report, file);
     if (!settings) return;

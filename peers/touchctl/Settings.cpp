@@ -228,7 +228,7 @@ struct ProfilePart {
                            [&](std::string_view key) { return !key.empty() && profile.objectForKey(key); });
     }
     [[nodiscard]] bool has(std::string_view key) const {
-        return std::find(fileKeys.begin(), fileKeys.end(), key) != fileKeys.end();
+        return !key.empty() && std::find(fileKeys.begin(), fileKeys.end(), key) != fileKeys.end();
     }
 };
 

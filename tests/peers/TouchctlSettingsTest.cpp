@@ -194,6 +194,7 @@ TEST_F(TouchctlSettings, ProfileOfWrongKindsIsRefusedByTheKey) {
         {dictionaryOf({{resolutionOf(1, Value()), "ManualCalibration"}}), "OSDHeight in ManualCalibration"},
         {dictionaryOf({{"x", "GestureArray"}}), "GestureArray is to be a list"},
         {dictionaryOf({{1.0, "DoubleClickRat"}}), "no setting \"DoubleClickRat\"; there are DoubleClickRate,"},
+        {dictionaryOf({{1.0, ""}}), "no setting \"\""},
         {dictionaryOf({{"1", "DriverVersion"}}), "no settings in it"},
         {NSMutableDictionary::dictionary(), "no settings in it"},
     };
