@@ -11,8 +11,9 @@ namespace kelvo {
 
 namespace {
 
-/// As many messages as one turn of the loop may bring, so that timers and painting get theirs under a flood.
-constexpr int kMessagesPerTurn = 64;
+/// As many messages as one turn of the loop may bring, so that timers and painting get theirs under a flood: a message
+/// may make the pane build its list of gestures anew.
+constexpr int kMessagesPerTurn = 8;
 
 /// Both ways of opening connect without waiting; the rest of the handshake is left to sd_bus_process(). Null when
 /// nobody listens there.

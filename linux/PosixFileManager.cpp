@@ -13,6 +13,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,6 +29,8 @@ constexpr std::size_t kLargestFile = std::size_t{256} << 20U;
 constexpr int kMostLinks = 40;
 /// Leaves room in a file name (255 bytes) for what makes it a temporary one.
 constexpr std::size_t kLongestNamePart = 200;
+/// So many saves of one file may be under way at once under names that the next save knows to look for.
+constexpr int kSavesAtOnce = 8;
 
 bool canBeNamed(const std::string& path) { return path.find('\0') == std::string::npos; }
 
@@ -50,14 +53,17 @@ auto uninterrupted(Call call) {
 class FileDescriptor {
 public:
     explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    ~FileDescriptor() { (void)close(); }
+    FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(descriptor_, other.descriptor_);
+        return *this;
+    }
+    ~FileDescriptor() {
+        if (descriptor_ >= 0) (void)::close(descriptor_);
+    }
 
     explicit operator bool() const { return descriptor_ >= 0; }
     [[nodiscard]] int get() const { return descriptor_; }
-    /// False when what was written may not have arrived.
-    [[nodiscard]] bool close() { return descriptor_ < 0 || ::close(std::exchange(descriptor_, -1)) == 0; }
 
 private:
     int descriptor_;
@@ -74,42 +80,93 @@ const dirent* nextEntry(DIR& directory) {
     return ::readdir(&directory);
 }
 
-/// A file that is removed unless it gets another's place.
+/// Whether the entry `path` is this very file and no other.
+bool isEntryOf(const std::string& path, const FileDescriptor& file) {
+    struct stat entry {};
+    struct stat opened {};
+    return ::lstat(path.c_str(), &entry) == 0 && ::fstat(file.get(), &opened) == 0 && S_ISREG(opened.st_mode) &&
+           entry.st_dev == opened.st_dev && entry.st_ino == opened.st_ino;
+}
+
+bool lock(const FileDescriptor& file) {
+    return uninterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) == 0;
+}
+
+/// A file that exists already, to lock it. Some file systems lock only what is open for writing.
+FileDescriptor openedForLock(const std::string& path) {
+    constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    FileDescriptor writable(::open(path.c_str(), O_RDWR | kFlags));
+    return writable ? std::move(writable) : FileDescriptor(::open(path.c_str(), O_RDONLY | kFlags));
+}
+
+/// Removes a temporary file whose process was killed. The kernel gives up a lock with the process, in whatever
+/// container that ran, so a file that can be locked is nobody's. One that cannot be locked at all is left alone.
+void removeIfAbandoned(const std::string& path) {
+    const FileDescriptor file = openedForLock(path);
+    // What has been locked may have got its place since, and the name may be another's.
+    if (file && lock(file) && isEntryOf(path, file)) (void)::unlink(path.c_str());
+}
+
+/// A new file that holds its own lock, wherever the file system has locks; none when the name is taken.
+FileDescriptor newLockedFile(const std::string& path) {
+    FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kModeOfNewFile));
+    if (!file) return file;
+    // Between the two calls another save may have found the file abandoned.
+    const bool isTaken = (!lock(file) && errno == EWOULDBLOCK) || !isEntryOf(path, file);
+    return isTaken ? FileDescriptor(-1) : std::move(file);
+}
+
+/// A file that is removed unless it gets another's place. It stays locked for as long as it has a name of its own, and
+/// nobody removes or moves one that another has locked.
 class TemporaryFile {
 public:
-    /// A new file in the folder `folder`, readable and writable by its owner, whose name tells whose successor it is.
-    TemporaryFile(const std::string& folder, const std::string& name)
-        : path_(folder + '.' + name.substr(0, kLongestNamePart) + ".XXXXXX"),
-          descriptor_(::mkostemp(path_.data(), O_CLOEXEC)),
-          exists_(descriptor_) {}
+    /// A new file in the folder `folder`, readable and writable by its owner, to take the place of the file `name`
+    /// there. Removes what killed processes left behind when they saved a file of that name.
+    TemporaryFile(const std::string& folder, const std::string& name) {
+        // Nobody else's temporary files begin so, nor does anybody look for one by such a beginning.
+        const std::string common = folder + ".saving-" + name.substr(0, kLongestNamePart) + '.';
+        for (int number = 0; number < kSavesAtOnce; ++number) {
+            const std::string path = common + std::to_string(number);
+            removeIfAbandoned(path);
+            if (!descriptor_) take(path, newLockedFile(path));
+        }
+        if (descriptor_) return;
+        std::string path = common + "XXXXXX";
+        FileDescriptor file(::mkostemp(path.data(), O_CLOEXEC));
+        take(path, std::move(file));
+    }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() {
-        if (exists_) (void)::unlink(path_.c_str());
+        if (descriptor_ && !hasMoved_) (void)::unlink(path_.c_str());
     }
 
     /// Fills the file and waits until it is on the disk, whole.
     [[nodiscard]] bool write(std::span<const std::uint8_t> contents, mode_t mode) {
-        while (exists_ && !contents.empty()) {
+        while (descriptor_ && !contents.empty()) {
             const ssize_t written =
                 uninterrupted([&] { return ::write(descriptor_.get(), contents.data(), contents.size()); });
             if (written < 0) return false;
             contents = contents.subspan(static_cast<std::size_t>(written));
         }
-        return exists_ && ::fchmod(descriptor_.get(), mode) == 0 &&
-               uninterrupted([&] { return ::fsync(descriptor_.get()); }) == 0 && descriptor_.close();
+        return descriptor_ && ::fchmod(descriptor_.get(), mode) == 0 &&
+               uninterrupted([&] { return ::fsync(descriptor_.get()); }) == 0;
     }
 
     [[nodiscard]] bool moveTo(const std::string& path) {
-        if (std::rename(path_.c_str(), path.c_str()) != 0) return false;
-        exists_ = false;
-        return true;
+        hasMoved_ = std::rename(path_.c_str(), path.c_str()) == 0;
+        return hasMoved_;
     }
 
 private:
+    void take(const std::string& path, FileDescriptor file) {
+        path_ = path;
+        descriptor_ = std::move(file);
+    }
+
     std::string path_;
-    FileDescriptor descriptor_;
-    bool exists_;
+    FileDescriptor descriptor_{-1};
+    bool hasMoved_ = false;
 };
 
 /// Where a write to `path` goes: what its symbolic links lead to, whether that exists or not. None when they lead in a

@@ -646,7 +646,7 @@ TEST_F(MessagePorts, TakeAFloodWholeAndInOrderAndLeaveRoomForTimers) {
     std::vector<std::int32_t> expected(count + 1);
     std::iota(expected.begin(), expected.end(), 1);
     EXPECT_EQ(ids, expected);
-    EXPECT_LE(mostInOneTurn, 64U);
+    EXPECT_LE(mostInOneTurn, 8U);
 }
 
 TEST_F(MessagePorts, LeaveNoDescriptorBehind) {

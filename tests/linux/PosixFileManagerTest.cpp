@@ -7,20 +7,25 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
 #include <pwd.h>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -383,6 +388,131 @@ TEST(PosixFileManager, FullDiskLeavesTheOldFile) {
     EXPECT_FALSE(PosixFileManager().writeAtomically(file, platform::NSData(1'000'000)));
     EXPECT_EQ(directory.read("disk/file"), "old");
     EXPECT_EQ(namesIn(directory.path("disk")), std::vector<std::string>{"file"});
+}
+
+/// Writes the file in a process of its own that is killed when it has written `bytesUntilDeath` bytes of it.
+void dieInTheMiddleOfWriting(const std::string& path, rlim_t bytesUntilDeath) {
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const rlimit noCore{0, 0};
+        ::setrlimit(RLIMIT_CORE, &noCore);
+        const rlimit limit{bytesUntilDeath, bytesUntilDeath};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        (void)std::signal(SIGXFSZ, SIG_DFL);
+        (void)PosixFileManager().writeAtomically(path, platform::NSData(bytesUntilDeath + 1));
+        ::_exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+}
+
+TEST(PosixFileManager, WriterThatIsKilledLeavesTheOldFileAndOneThatTheNextWriteRemoves) {
+    const TemporaryDirectory directory;
+    const std::string file = directory.write("file", "old");
+    for (int i = 0; i < 3; ++i) {
+        dieInTheMiddleOfWriting(file, 1000);
+        EXPECT_EQ(directory.read("file"), "old");
+        EXPECT_EQ(namesIn(directory.path()), (std::vector<std::string>{".saving-file.0", "file"}));
+    }
+    EXPECT_TRUE(PosixFileManager().writeAtomically(file, bytes("new")));
+    EXPECT_EQ(directory.read("file"), "new");
+    EXPECT_EQ(namesIn(directory.path()), std::vector<std::string>{"file"});
+}
+
+TEST(PosixFileManager, WhatKilledWritersOfAReadOnlyFileLeftIsRemovedToo) {
+    const TemporaryDirectory directory;
+    for (const char* number : {"0", "3", "7"}) {
+        const std::string left = directory.write(".saving-file." + std::string(number), "half");
+        ASSERT_EQ(::chmod(left.c_str(), 0444), 0);
+    }
+    EXPECT_TRUE(PosixFileManager().writeAtomically(directory.path("file"), bytes("new")));
+    EXPECT_EQ(namesIn(directory.path()), std::vector<std::string>{"file"});
+}
+
+/// What another process holds while it writes.
+class LockedFile {
+public:
+    explicit LockedFile(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+        EXPECT_EQ(::flock(descriptor_, LOCK_EX | LOCK_NB), 0) << path;
+    }
+    LockedFile(const LockedFile&) = delete;
+    LockedFile& operator=(const LockedFile&) = delete;
+    ~LockedFile() { ::close(descriptor_); }
+
+private:
+    int descriptor_;
+};
+
+TEST(PosixFileManager, WhatAnotherIsWritingAtThatMomentIsLeftToIt) {
+    const TemporaryDirectory directory;
+    const LockedFile another(directory.write(".saving-file.0", "half"));
+    EXPECT_TRUE(PosixFileManager().writeAtomically(directory.path("file"), bytes("new")));
+    EXPECT_EQ(directory.read("file"), "new");
+    EXPECT_EQ(directory.read(".saving-file.0"), "half");
+    EXPECT_EQ(namesIn(directory.path()), (std::vector<std::string>{".saving-file.0", "file"}));
+}
+
+TEST(PosixFileManager, MoreWritersThanThereAreNamesForDoNotKeepOneFromWriting) {
+    const TemporaryDirectory directory;
+    std::vector<std::unique_ptr<LockedFile>> others;
+    for (int i = 0; i < 20; ++i) {
+        others.push_back(std::make_unique<LockedFile>(directory.write(".saving-file." + std::to_string(i), "half")));
+    }
+    EXPECT_TRUE(PosixFileManager().writeAtomically(directory.path("file"), bytes("new")));
+    EXPECT_EQ(directory.read("file"), "new");
+    EXPECT_EQ(namesIn(directory.path()).size(), 21U);
+}
+
+TEST(PosixFileManager, WhatLeadsElsewhereUnderATemporaryNameIsNeitherFollowedNorRemoved) {
+    const TemporaryDirectory directory;
+    directory.write("other/precious", "text");
+    fs::create_symlink("other/precious", directory.path(".saving-file.0"));
+    ASSERT_EQ(::mkfifo(directory.path(".saving-file.1").c_str(), 0600), 0);
+    fs::create_directory(directory.path(".saving-file.2"));
+    EXPECT_TRUE(PosixFileManager().writeAtomically(directory.path("file"), bytes("new")));
+    EXPECT_EQ(directory.read("other/precious"), "text");
+    EXPECT_EQ(namesIn(directory.path()),
+              (std::vector<std::string>{".saving-file.0", ".saving-file.1", ".saving-file.2", "file", "other"}));
+}
+
+TEST(PosixFileManager, WritersOfOneFileDoNotHinderOneAnother) {
+    const TemporaryDirectory directory;
+    const std::string file = directory.path("file");
+    constexpr int kWriters = 12;
+    constexpr int kWrites = 50;
+    std::atomic<int> failures = 0;
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < kWriters; ++writer) {
+        writers.emplace_back([&, writer] {
+            const platform::NSData contents(1000, static_cast<std::uint8_t>('a' + writer));
+            for (int i = 0; i < kWrites; ++i) failures += PosixFileManager().writeAtomically(file, contents) ? 0 : 1;
+        });
+    }
+    for (std::thread& writer : writers) writer.join();
+    EXPECT_EQ(failures, 0);
+    const std::string text = directory.read("file");
+    EXPECT_EQ(text, std::string(1000, text.empty() ? '?' : text.front()));
+    EXPECT_EQ(namesIn(directory.path()), std::vector<std::string>{"file"});
+}
+
+TEST(PosixFileManager, NoTemporaryFileLooksLikeOneOfTheSystemsNorIsOneOfThoseRemoved) {
+    const TemporaryDirectory directory;
+    for (const std::string& name :
+         std::vector<std::string>{"com.apple.dock.plist", ".GlobalPreferences.plist", "GlobalPreferences.plist",
+                                  "com.apple.systempreferences.plist"}) {
+        const std::string file = directory.write(name, "old");
+        for (const char* ending : {".aB3", "X", ".lockfile", ".0"}) directory.write(name + ending, "the system's");
+        const std::vector<std::string> before = namesIn(directory.path());
+        dieInTheMiddleOfWriting(file, 1000);
+        std::vector<std::string> added = namesIn(directory.path());
+        std::erase_if(added,
+                      [&](const std::string& each) { return std::count(before.begin(), before.end(), each) > 0; });
+        EXPECT_EQ(added, std::vector<std::string>{".saving-" + name + ".0"});
+        EXPECT_TRUE(PosixFileManager().writeAtomically(file, bytes("new")));
+        EXPECT_EQ(namesIn(directory.path()), before);
+    }
 }
 
 TEST(PosixFileManager, LongestFileNameCanBeWritten) {
