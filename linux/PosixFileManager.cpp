@@ -96,7 +96,8 @@ bool lock(const FileDescriptor& file) {
 FileDescriptor openedForLock(const std::string& path) {
     constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     FileDescriptor writable(::open(path.c_str(), O_RDWR | kFlags));
-    return writable ? std::move(writable) : FileDescriptor(::open(path.c_str(), O_RDONLY | kFlags));
+    if (writable || errno != EACCES) return writable;
+    return FileDescriptor(::open(path.c_str(), O_RDONLY | kFlags));
 }
 
 /// Removes a temporary file whose process was killed. The kernel gives up a lock with the process, in whatever

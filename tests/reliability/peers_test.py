@@ -129,6 +129,10 @@ class HostilePeers(unittest.TestCase):
         # What was closed or freed last may take the next turn of the loop.
         self.check_sends()
         self.stage.application.get_child_count()
+        # A thread of the toolkit's own pool takes a descriptor with it when it has had nothing to do for half a minute.
+        deadline = time.monotonic() + PATIENCE_SECONDS
+        while len(descriptors(self.window)) > len(before[1]) and time.monotonic() < deadline:
+            time.sleep(0.5)
         memory, opened = self.held()
         count = len(opened) - len(before[1])
         figure(f"{what}: growth in KiB of memory, in descriptors", (memory - before[0], count))
@@ -145,12 +149,11 @@ class HostilePeers(unittest.TestCase):
                     self.assertEqual(driver.next_line(), "ready")
                     self.click()
                     self.assertTrue(driver.next_line().endswith(" 0"))
-                self.check_sends()
         self.check_holds_no_more_than(before, "wrong answers")
 
     def test_no_answer_and_one_that_comes_too_late(self):
         before = self.held()
-        for mode in (("silent",), ("late", 0.5), ("late", 3.0)):
+        for mode in times((("late", 3.0),), (("silent",), ("late", 0.5), ("late", 3.0))):
             with self.subTest(mode=mode), Peer(*mode) as driver:
                 self.assertEqual(driver.next_line(), "ready")
                 self.click()
@@ -192,7 +195,7 @@ class HostilePeers(unittest.TestCase):
                 self.assertEqual(len(data), size)
                 self.send(8, data)
                 tour.wait_for(lambda: self.stage.utilities()["SelectedMenuItem"] == tab, f"tab {tab}")
-        for _ in range(times(2, 50)):
+        for _ in range(times(0, 50)):
             self.send(8, b"\xff" * 32 * MEBIBYTE)
         self.send(8, plistlib.dumps({"SelectedMenuItem": 1}))
         self.stage.wait_shown(NORMAL_SPEED)
@@ -206,10 +209,12 @@ class HostilePeers(unittest.TestCase):
             self.assertEqual(driver.next_line(), "ready")
             clicked = time.monotonic()
             self.click()
-            while peer.process.poll() is None:
+            has_ended = False
+            while not has_ended:
+                has_ended = peer.process.poll() is not None
                 begin = time.monotonic()
-                self.stage.application.get_child_count()
                 self.stage.application.clear_cache()
+                self.assertEqual(self.stage.application.get_child_count(), 1)
                 longest = max(longest, time.monotonic() - begin)
             reached = float(driver.next_line().split()[0]) - clicked
             return float(peer.wait()), longest, reached
@@ -219,7 +224,7 @@ class HostilePeers(unittest.TestCase):
         before = self.held()
         for what, message_id, count, size in (
                 ("of messages without a meaning", 9, times(3000, 100_000), 0),
-                ("of messages that rebuild the list", 7, times(30, 1000), 0),
+                ("of messages that rebuild the list", 7, times(10, 1000), 0),
                 ("of payloads of 1 MiB", 9, times(20, 1000), MEBIBYTE)):
             with self.subTest(what=what):
                 seconds, longest, reached = self.flood(message_id, count, size)

@@ -69,6 +69,16 @@ class Permissions(PaneCase):
         self.check_saves(2)
         self.assertEqual(self.file.stat().st_mode & 0o777, 0o400)
 
+    def test_what_a_killed_save_of_such_a_file_left_is_removed_by_the_next(self):
+        self.start_with_desk()
+        self.file.chmod(0o400)
+        for number in (0, 5):
+            left = self.file.with_name(f".saving-Utilities.plist.{number}")
+            left.write_text("half")
+            left.chmod(0o400)
+        self.check_saves(2)
+        self.assertEqual(self.names(), ["Settings_Desk.plist", "Utilities.plist"])
+
     def test_home_that_may_not_be_written(self):
         self.world.home.chmod(0o555)
         self.start_pane()
