@@ -8,6 +8,7 @@ std::unique_ptr<platform::NSNib> FakeNibs::instantiate(const std::string& name, 
                                                        platform::NSView& view) {
     loaded.push_back(name);
     owners.push_back(&owner);
+    views.push_back(&view);
     if (name == "TDGesturesCellView") {
         view.setFrame(rowFrame);
         auto& popUp = outlet<platform::NSPopUpButton>(owner, "m_gestures");

@@ -14,9 +14,10 @@ public:
     /// The size of a gesture row, and the frame of its pop-up.
     platform::NSRect rowFrame{0.0, 0.0, 200.0, 30.0};
     platform::NSRect popUpFrame{60.0, 2.0, 80.0, 26.0};
-    /// The forms loaded, in order, with their owners, which may be gone.
+    /// The forms loaded, in order, with their owners and views, which may be gone.
     std::vector<std::string> loaded;
     std::vector<platform::NSNibOwner*> owners;
+    std::vector<const platform::NSView*> views;
 
     [[nodiscard]] std::unique_ptr<platform::NSNib> instantiate(const std::string& name, platform::NSNibOwner& owner,
                                                                platform::NSView& view) override;
