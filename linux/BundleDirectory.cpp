@@ -128,6 +128,19 @@ std::string BundleDirectory::localizedStringForKey(std::string_view key, std::st
     return std::string(value);
 }
 
+std::vector<std::string> BundleDirectory::pathsForResourcesOfTypeInDirectory(std::string_view type,
+                                                                             std::string_view directory) {
+    const std::string folder = platform::stringByAppendingPathComponent(contents_ + "/Resources", directory);
+    const std::string extension = std::string(".").append(type);
+    std::vector<std::string> paths;
+    (void)PosixFileManager().visitDirectoryAtPath(folder, [&](std::string_view name) {
+        if (name.ends_with(extension)) paths.push_back(platform::stringByAppendingPathComponent(folder, name));
+        return true;
+    });
+    std::sort(paths.begin(), paths.end());
+    return paths;
+}
+
 platform::NSBundle* BundleDirectory::bundleWithIdentifier(std::string_view identifier) {
     return identifier == identifier_ ? this : nullptr;
 }

@@ -18,6 +18,7 @@ namespace kelvo {
 ///     <path>/Contents/Info.plist
 ///     <path>/Contents/<executable>
 ///     <path>/Contents/Resources/<language>.lproj/Localizable.strings
+///     <path>/Contents/Resources/<directory>/<any>.<type>
 class BundleDirectory final : public platform::NSBundle, public platform::NSBundles {
 public:
     /// Reads the bundle's Info.plist and the user's languages. A std::runtime_error names the file and what is wrong
@@ -30,6 +31,8 @@ public:
     /// Looks through the user's languages in turn: those of LANGUAGE, then that of LC_ALL, LC_MESSAGES or LANG, then
     /// English.
     [[nodiscard]] std::string localizedStringForKey(std::string_view key, std::string_view value) override;
+    [[nodiscard]] std::vector<std::string> pathsForResourcesOfTypeInDirectory(std::string_view type,
+                                                                              std::string_view directory) override;
     /// This bundle, if that is its identifier.
     [[nodiscard]] platform::NSBundle* bundleWithIdentifier(std::string_view identifier) override;
 

@@ -56,6 +56,8 @@ NSBundle* NSBundle::bundleWithIdentifier(std::string_view identifier) {
 
 NSBundle::~NSBundle() = default;
 
+std::vector<std::string> NSBundle::pathsForResourcesOfTypeInDirectory(std::string_view, std::string_view) { return {}; }
+
 NSBundles::~NSBundles() = default;
 
 CFRunLoop& CFRunLoop::getCurrent() { return current().runLoop; }

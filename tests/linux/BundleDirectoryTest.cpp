@@ -219,6 +219,18 @@ TEST_F(BundleDirectoryTest, LocaleThatIsNoNameLeadsNowhere) {
     EXPECT_EQ(textFor("", directory_.path("evil")), "none");
 }
 
+TEST_F(BundleDirectoryTest, ResourcesAreFoundByTypeAndFolder) {
+    const std::string resources = bundlePath() + "/Contents/Resources";
+    for (const char* file : {"pictures/b.svg", "pictures/a.svg", "pictures/a.png", "pictures/svg", "c.svg"}) {
+        directory_.write("Test.prefPane/Contents/Resources/" + std::string(file), "a picture");
+    }
+    const std::unique_ptr<BundleDirectory> bundle = openBundle();
+    EXPECT_EQ(bundle->pathsForResourcesOfTypeInDirectory("svg", "pictures"),
+              (std::vector{resources + "/pictures/a.svg", resources + "/pictures/b.svg"}));
+    EXPECT_TRUE(bundle->pathsForResourcesOfTypeInDirectory("svg", "sounds").empty());
+    EXPECT_TRUE(bundle->pathsForResourcesOfTypeInDirectory("jpeg", "pictures").empty());
+}
+
 TEST_F(BundleDirectoryTest, TableIsReadOnce) {
     writeTable("en", "Key = \"first\";");
     const std::unique_ptr<BundleDirectory> bundle = openBundle();
