@@ -2,8 +2,10 @@
 
 #include "qt/Frames.h"
 #include "qt/Pairings.h"
+#include "qt/PictogramView.h"
 #include "qt/TabOrder.h"
 
+#include <QAbstractButton>
 #include <QLayout>
 #include <QLocale>
 #include <QVariant>
@@ -19,6 +21,7 @@ namespace kelvo {
 using platform::NSControl;
 using platform::NSNibAction;
 using platform::NSOutlet;
+using platform::NSPopUpButton;
 using platform::NSPopUpButtonCell;
 using platform::NSSlider;
 using platform::NSTextField;
@@ -89,6 +92,11 @@ void showFrame(QWidget& widget, const NSView& view) {
     widget.setGeometry(geometryFromFrame(view.frame(), widget.parentWidget()->height()));
 }
 
+void showPictured(PictogramView& view, const NSPopUpButton& popUp) {
+    view.setPicturedText(QString::fromStdString(popUp.titleOfSelectedItem().value_or("")));
+    view.setEnabled(popUp.isEnabled());
+}
+
 /// A rectangle that others are put into at their frames, instead of being laid out by the form.
 bool holdsSubviews(const QWidget& widget, const NSView& model) {
     return isPlainView(widget) && pairingFor(widget).isModel(model) && !widget.layout();
@@ -107,14 +115,20 @@ QString inserted(const QString& pattern, const QString& text) {
 
 } // namespace
 
-FormBinder::FormBinder(std::string formName, QWidget& form, platform::NSNibOwner& owner, WidgetOfView widgetOfView)
-    : formName_(std::move(formName)), form_(form), owner_(owner), widgetOfView_(std::move(widgetOfView)) {}
+FormBinder::FormBinder(std::string formName, QWidget& form, platform::NSNibOwner& owner, WidgetOfView widgetOfView,
+                       std::shared_ptr<Pictograms> pictograms)
+    : formName_(std::move(formName)),
+      form_(form),
+      owner_(owner),
+      widgetOfView_(std::move(widgetOfView)),
+      pictograms_(std::move(pictograms)) {}
 
 FormBinding FormBinder::bind(NSView& view) const {
     const std::vector<NSOutlet> outlets = owner_.outlets();
     const std::vector<NSNibAction> actions = owner_.actions();
 
     FormBinding binding;
+    givePictograms();
     for (const Match& match : findMatches(outlets, actions)) tie(match, binding);
     view.setFrame(frameFromGeometry(form_.rect(), form_.height()));
     binding.mirror<QWidget, NSView>(form_, view, showHidden);
@@ -171,6 +185,7 @@ void FormBinder::tie(const Match& match, FormBinding& binding) const {
     const auto* label = qobject_cast<const QLabel*>(&widget);
     if (label) nameAfter(*label, dynamic_cast<NSTextField&>(model), binding);
     if (auto* slider = dynamic_cast<NSSlider*>(&model)) readOut(widget, *slider, binding);
+    if (auto* popUp = dynamic_cast<NSPopUpButton*>(&model)) picture(widget, *popUp, binding);
 }
 
 void FormBinder::embed(NSViewController& controller, QWidget& page) const {
@@ -210,6 +225,23 @@ void FormBinder::nameAfter(const QLabel& label, NSTextField& model, FormBinding&
             named.setAccessibleName(inserted(pattern, QString::fromStdString(text.stringValue())));
         };
         binding.mirror<QWidget, NSTextField>(*widget, model, name);
+    }
+}
+
+void FormBinder::givePictograms() const {
+    if (!pictograms_) return;
+    for (PictogramView* view : form_.findChildren<PictogramView*>()) view->setPictograms(pictograms_);
+    for (QAbstractButton* button : form_.findChildren<QAbstractButton*>()) {
+        const QString name = button->property("pictogram").toString();
+        if (!name.isEmpty()) button->setIcon(pictogramIcon(pictograms_, name, button->property("angle").toDouble()));
+    }
+}
+
+void FormBinder::picture(const QWidget& popUp, NSPopUpButton& model, FormBinding& binding) const {
+    for (PictogramView* view : form_.findChildren<PictogramView*>()) {
+        if (view->property("pictures").toString() != popUp.objectName()) continue;
+        binding.mirror<PictogramView, NSPopUpButton>(*view, model, showPictured);
+        view->moveAlongWith(form_);
     }
 }
 

@@ -2,11 +2,13 @@
 
 #include "platform/Nib.h"
 #include "qt/FormBinding.h"
+#include "qt/Pictograms.h"
 #include "qt/ShownSubviews.h"
 
 #include <QLabel>
 #include <QWidget>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,10 +23,13 @@ namespace kelvo {
 ///
 /// Where a parent lays nothing out, frames are those of the form to begin with, and then the model's. Dynamic
 /// properties of the form say the rest: "namedBy" of a widget is the label whose words it is called by, put into its
-/// accessible name where that has a "%1"; "reads" of a label is the slider whose value it shows.
+/// accessible name where that has a "%1"; "reads" of a label is the slider whose value it shows; "pictures" of a
+/// pictogram is the pop-up whose choice it shows; "pictogram" of a button is the one beside its text, turned by its
+/// "angle" in degrees.
 class FormBinder {
 public:
-    FormBinder(std::string formName, QWidget& form, platform::NSNibOwner& owner, WidgetOfView widgetOfView);
+    FormBinder(std::string formName, QWidget& form, platform::NSNibOwner& owner, WidgetOfView widgetOfView,
+               std::shared_ptr<Pictograms> pictograms = nullptr);
 
     /// Ties everything, `view` to the form's outermost widget, and fires nothing. A form and an owner that do not fit
     /// each other are a std::runtime_error that names both sides of every misfit, and nothing has been tied then.
@@ -40,12 +45,15 @@ private:
     void mirrorView(QWidget& widget, platform::NSView& model, FormBinding& binding) const;
     void mirrorFrame(QWidget& widget, platform::NSView& model, FormBinding& binding) const;
     void nameAfter(const QLabel& label, platform::NSTextField& model, FormBinding& binding) const;
+    void picture(const QWidget& popUp, platform::NSPopUpButton& model, FormBinding& binding) const;
+    void givePictograms() const;
     void readOut(const QWidget& slider, platform::NSSlider& model, FormBinding& binding) const;
 
     std::string formName_;
     QWidget& form_;
     platform::NSNibOwner& owner_;
     WidgetOfView widgetOfView_;
+    std::shared_ptr<Pictograms> pictograms_;
 };
 
 } // namespace kelvo

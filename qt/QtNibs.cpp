@@ -32,7 +32,9 @@ private:
 } // namespace
 
 QtNibs::QtNibs(std::string bundleIdentifier, Forms forms)
-    : bundleIdentifier_(std::move(bundleIdentifier)), forms_(std::move(forms)) {}
+    : bundleIdentifier_(std::move(bundleIdentifier)),
+      forms_(std::move(forms)),
+      pictograms_(std::make_shared<Pictograms>(bundleIdentifier_)) {}
 
 std::unique_ptr<platform::NSNib> QtNibs::instantiate(const std::string& name, platform::NSNibOwner& owner,
                                                      platform::NSView& view) {
@@ -41,7 +43,8 @@ std::unique_ptr<platform::NSNib> QtNibs::instantiate(const std::string& name, pl
 
     std::unique_ptr<QWidget> form = entry->second();
     localizeTexts(*form, platform::NSBundle::bundleWithIdentifier(bundleIdentifier_));
-    const FormBinder binder(name, *form, owner, [this](const platform::NSView& each) { return widgetFor(each); });
+    const auto widgetOfView = [this](const platform::NSView& each) { return widgetFor(each); };
+    const FormBinder binder(name, *form, owner, widgetOfView, pictograms_);
     FormBinding binding = binder.bind(view);
 
     std::erase_if(widgets_, [](const auto& known) { return known.second.isNull(); });

@@ -2,6 +2,7 @@
 
 #include "platform/Nib.h"
 #include "qt/Forms.h"
+#include "qt/Pictograms.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -15,7 +16,7 @@ namespace kelvo {
 /// Makes widgets of forms and binds them to their owners.
 class QtNibs final : public platform::NSNibs {
 public:
-    /// The texts of `forms` come from the loaded bundle of that identifier.
+    /// The texts and pictograms of `forms` come from the loaded bundle of that identifier.
     QtNibs(std::string bundleIdentifier, Forms forms);
 
     [[nodiscard]] std::unique_ptr<platform::NSNib> instantiate(const std::string& name, platform::NSNibOwner& owner,
@@ -27,6 +28,7 @@ public:
 private:
     std::string bundleIdentifier_;
     Forms forms_;
+    std::shared_ptr<Pictograms> pictograms_;
     std::map<const platform::NSView*, QPointer<QWidget>> widgets_;
 };
 

@@ -574,6 +574,17 @@ TEST_F(FormBinderTest, UntiedWidgetsNoLongerReachTheModelNorFollowIt) {
     EXPECT_TRUE(checkBox.isChecked());
 }
 
+TEST_F(FormBinderTest, ButtonHasThePictogramThatTheFormNames) {
+    platform_.bundle.resourcePaths = {KELVO_RESOURCES "/pictograms/DisplayTurned.svg"};
+    auto& pictured = add<QRadioButton>("pictured");
+    pictured.setProperty("pictogram", "DisplayTurned");
+    const auto& plain = add<QRadioButton>("plain");
+    const FormBinder binder("TestForm", form_, owner_, widgetOf_, std::make_shared<Pictograms>(kTestBundleIdentifier));
+    binding_.emplace(binder.bind(view_));
+    EXPECT_FALSE(pictured.icon().pixmap(24, 24).isNull());
+    EXPECT_TRUE(plain.icon().isNull());
+}
+
 } // namespace
 
 } // namespace kelvo

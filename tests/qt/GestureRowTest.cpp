@@ -1,9 +1,12 @@
 #include "qt/CaptionLabel.h"
+#include "qt/PictogramView.h"
 #include "qt/PullDown.h"
 #include "qt/ToolkitPlatform.h"
 
+#include <QAbstractAnimation>
 #include <QAccessible>
 #include <QCheckBox>
+#include <QProxyStyle>
 #include <QTest>
 
 #include <gmock/gmock.h>
@@ -127,6 +130,213 @@ TEST_F(GestureRowTest, CheckBoxAndPopUpAreCalledByTheTitle) {
     row.m_title.setStringValue("Scroll");
     EXPECT_EQ(nameOf(form.findChild<QCheckBox*>()), "Scroll");
     EXPECT_EQ(nameOf(form.findChild<PullDown*>()), "How to make it: Scroll");
+}
+
+/// A style that moves nothing.
+class StillStyle : public QProxyStyle {
+public:
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* returned) const override {
+        if (hint == SH_Widget_Animation_Duration) return 0;
+        return QProxyStyle::styleHint(hint, option, widget, returned);
+    }
+};
+
+/// Counts the timers that go off in the whole program.
+class TimerCount : public QObject {
+public:
+    TimerCount() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Timer) ++count;
+        return QObject::eventFilter(watched, event);
+    }
+    int count = 0;
+};
+
+class GestureRowPictureTest : public GestureRowTest {
+protected:
+    void SetUp() override {
+        for (const char* name : {"SwipeUpWithThreeFingers", "SwipeUpWithFourFingers"}) {
+            platform_.bundle.resourcePaths.push_back(KELVO_RESOURCES "/pictograms/" + std::string(name) + ".svg");
+        }
+        GestureRowTest::SetUp();
+        for (const char* title : {"", "text of SwipeUpWithThreeFingers", "text of SwipeUpWithFourFingers"}) {
+            row_.m_gestures.addItemWithTitle(title);
+        }
+        row_.m_gestures.selectItemAtIndex(1);
+        // A window gives its first widget the focus, and the pointer may be anywhere.
+        form_->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(form_));
+        if (QWidget* focused = form_->focusWidget()) focused->clearFocus();
+        pointElsewhere();
+        ASSERT_TRUE(waitUntilStill());
+    }
+
+    PictogramView& picture() { return widget<PictogramView>(); }
+    QAbstractAnimation& animation(const char* name) { return *picture().findChild<QAbstractAnimation*>(name); }
+    bool isMoving() { return animation("motion").state() == QAbstractAnimation::Running; }
+
+    void pointAtRow() {
+        QEnterEvent enter({10.0, 10.0}, {10.0, 10.0}, {10.0, 10.0});
+        QCoreApplication::sendEvent(form_, &enter);
+    }
+    void pointElsewhere() {
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(form_, &leave);
+    }
+    /// As when as much time has gone by.
+    void finish(const char* name) {
+        QAbstractAnimation& finished = animation(name);
+        finished.setCurrentTime(finished.totalDuration());
+    }
+    bool waitUntilStill() {
+        return QTest::qWaitFor([this] { return animation("growth").state() == QAbstractAnimation::Stopped; });
+    }
+    static int timersWhileIdle() {
+        QTest::qWait(50); // What has ended is put away by the main loop.
+        const TimerCount timers;
+        QTest::qWait(200);
+        return timers.count;
+    }
+    QImage shown() { return picture().grab().toImage(); }
+    /// How wide and high what is drawn of a picture is.
+    int extent() {
+        const QImage image = shown();
+        const QColor window = image.pixelColor(0, 0);
+        QRect drawn;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if (image.pixelColor(x, y) != window) drawn |= QRect(x, y, 1, 1);
+            }
+        }
+        return qMax(drawn.width(), drawn.height());
+    }
+};
+
+TEST_F(GestureRowPictureTest, PictureIsThatOfTheChosenAction) {
+    EXPECT_EQ(picture().pictogram(), "SwipeUpWithThreeFingers");
+    const QImage three = shown();
+    row_.m_gestures.selectItemAtIndex(2);
+    EXPECT_EQ(picture().pictogram(), "SwipeUpWithFourFingers");
+    EXPECT_NE(shown(), three);
+}
+
+TEST_F(GestureRowPictureTest, ActionWithoutAPictureHasNone) {
+    row_.m_gestures.selectItemAtIndex(0);
+    EXPECT_EQ(picture().pictogram(), "");
+    EXPECT_EQ(extent(), 0);
+    row_.m_gestures.addItemWithTitle("Wave");
+    row_.m_gestures.selectItemAtIndex(3);
+    pointAtRow();
+    EXPECT_EQ(extent(), 0);
+}
+
+TEST_F(GestureRowPictureTest, PictureIsGreyWhenTheActionIs) {
+    const QImage enabled = shown();
+    row_.m_gestures.setEnabled(false);
+    EXPECT_NE(shown(), enabled);
+}
+
+TEST_F(GestureRowPictureTest, PictureGrowsAndMovesWhileTheRowIsPointedAt) {
+    const int usual = extent();
+    EXPECT_FALSE(isMoving());
+    pointAtRow();
+    EXPECT_TRUE(isMoving());
+    finish("growth");
+    finish("motion");
+    EXPECT_GT(extent(), usual);
+    pointElsewhere();
+    EXPECT_FALSE(isMoving());
+    ASSERT_TRUE(waitUntilStill());
+    EXPECT_EQ(extent(), usual);
+}
+
+TEST_F(GestureRowPictureTest, FingersAreElsewhereInTheMiddleOfTheMotion) {
+    pointAtRow();
+    finish("growth");
+    animation("motion").pause();
+    animation("motion").setCurrentTime(0);
+    const QImage before = shown();
+    animation("motion").resume();
+    animation("motion").setCurrentTime(animation("motion").duration() / 4);
+    EXPECT_NE(shown(), before);
+}
+
+TEST_F(GestureRowPictureTest, KeyboardFocusInTheRowCountsAsPointing) {
+    widget<PullDown>().setFocus();
+    EXPECT_TRUE(isMoving());
+    widget<QCheckBox>().setFocus();
+    EXPECT_TRUE(isMoving());
+    widget<QCheckBox>().clearFocus();
+    EXPECT_FALSE(isMoving());
+}
+
+TEST_F(GestureRowPictureTest, PictureStaysAwakeAsLongAsOneOfPointerAndFocusIsThere) {
+    pointAtRow();
+    widget<PullDown>().setFocus();
+    pointElsewhere();
+    EXPECT_TRUE(picture().isAwake());
+    widget<PullDown>().clearFocus();
+    EXPECT_FALSE(picture().isAwake());
+}
+
+TEST_F(GestureRowPictureTest, MotionEndsByItselfWithinFiveSecondsAndLeavesNoTimer) {
+    pointAtRow();
+    EXPECT_LE(animation("motion").totalDuration(), 5000);
+    finish("growth");
+    finish("motion");
+    EXPECT_FALSE(isMoving());
+    EXPECT_EQ(timersWhileIdle(), 0);
+}
+
+TEST_F(GestureRowPictureTest, PointerThatPassesLeavesNoTimer) {
+    pointAtRow();
+    pointElsewhere();
+    EXPECT_TRUE(waitUntilStill());
+    EXPECT_EQ(timersWhileIdle(), 0);
+    pointAtRow();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return animation("growth").currentTime() > 0; }));
+    pointElsewhere();
+    EXPECT_TRUE(waitUntilStill());
+    EXPECT_EQ(timersWhileIdle(), 0);
+}
+
+TEST_F(GestureRowPictureTest, AnotherChoiceMovesOnceMore) {
+    pointAtRow();
+    finish("growth");
+    finish("motion");
+    row_.m_gestures.selectItemAtIndex(2);
+    EXPECT_TRUE(isMoving());
+    EXPECT_EQ(animation("growth").state(), QAbstractAnimation::Stopped);
+}
+
+TEST_F(GestureRowPictureTest, RowThatIsHiddenStops) {
+    pointAtRow();
+    form_->hide();
+    EXPECT_FALSE(isMoving());
+    EXPECT_FALSE(picture().isAwake());
+}
+
+TEST_F(GestureRowPictureTest, PictureGrowsButStaysStillWhereTheStyleMovesNothing) {
+    const int usual = extent();
+    StillStyle style;
+    picture().setStyle(&style);
+    pointAtRow();
+    EXPECT_FALSE(isMoving());
+    EXPECT_EQ(animation("growth").state(), QAbstractAnimation::Stopped);
+    EXPECT_GT(extent(), usual);
+    pointElsewhere();
+    EXPECT_EQ(extent(), usual);
+}
+
+TEST_F(GestureRowPictureTest, DirectionIsTheSameFromRightToLeft) {
+    const QImage before = shown();
+    form_->setLayoutDirection(Qt::RightToLeft);
+    EXPECT_EQ(shown(), before);
+}
+
+TEST_F(GestureRowPictureTest, AssistiveTechnologyPassesThePictureOver) {
+    EXPECT_TRUE(QAccessible::queryAccessibleInterface(&picture())->state().invisible);
 }
 
 } // namespace

@@ -10,6 +10,10 @@ std::string EchoBundle::localizedStringForKey(std::string_view key, std::string_
     return given == texts.end() ? "text of " + name : given->second;
 }
 
+std::vector<std::string> EchoBundle::pathsForResourcesOfTypeInDirectory(std::string_view, std::string_view) {
+    return resourcePaths;
+}
+
 platform::NSBundle* EchoBundle::bundleWithIdentifier(std::string_view identifier) {
     return isLoaded && identifier == kTestBundleIdentifier ? this : nullptr;
 }

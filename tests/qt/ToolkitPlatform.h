@@ -37,9 +37,13 @@ public:
     std::set<std::string> keysAskedFor;
     std::set<std::string> missingKeys;
     std::map<std::string, std::string> texts;
+    /// What lies in every folder of resources.
+    std::vector<std::string> resourcePaths;
     bool isLoaded = true;
 
     [[nodiscard]] std::string localizedStringForKey(std::string_view key, std::string_view value) override;
+    [[nodiscard]] std::vector<std::string> pathsForResourcesOfTypeInDirectory(std::string_view type,
+                                                                              std::string_view directory) override;
     [[nodiscard]] platform::NSBundle* bundleWithIdentifier(std::string_view identifier) override;
 };
 
