@@ -27,10 +27,16 @@ int print(const std::string& text) {
     return 0;
 }
 
-/// Ties the windows to the desktop file, which brings their icon.
-void introduceToDesktop() {
+/// The icon that lies in the bundle; it is the desktop's only when the program is installed.
+QIcon iconIn(platform::NSBundle& bundle) {
+    const auto paths = bundle.pathsForResourcesOfTypeInDirectory("svg", "icons");
+    return paths.empty() ? QIcon() : QIcon(QString::fromStdString(paths.front()));
+}
+
+/// Ties the windows to the desktop file and gives them the icon.
+void introduceToDesktop(platform::NSBundle& bundle) {
     QGuiApplication::setDesktopFileName(kProgramName);
-    QGuiApplication::setWindowIcon(QIcon::fromTheme(kProgramName));
+    QGuiApplication::setWindowIcon(QIcon::fromTheme(kProgramName, iconIn(bundle)));
 }
 
 /// The bundle lies at the same place to the program in the build folder and where it is installed.
@@ -40,9 +46,9 @@ std::string installedPanePath() {
 
 int run(const kelvo::Options& options, int argc, char* argv[]) {
     const QApplication toolkit(argc, argv);
-    introduceToDesktop();
-
     kelvo::QtHostPlatform host(kProgramName, options.panePath.value_or(installedPanePath()));
+    introduceToDesktop(host.bundle());
+
     kelvo::SingleInstance instance(host.messagePorts(), host.runLoop(),
                                    [&] { host.application().activateIgnoringOtherApps(); });
     switch (instance.claim()) {
