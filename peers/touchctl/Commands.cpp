@@ -27,7 +27,7 @@ using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 
 /// Whoever receives a message takes no more.
-constexpr std::size_t kLongestMessage = 1024 * 1024;
+constexpr std::size_t kLongestMessage = 1'048'576;
 
 constexpr char kStartTheDriver[] = "no driver runs; start the driver of the display, then try again";
 constexpr char kNoBus[] = "there is no session bus; run this in the session of the display's user, or set "

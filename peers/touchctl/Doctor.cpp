@@ -199,7 +199,7 @@ void reportDisplay(Report& report, const Display& display, std::size_t number) {
     if (!settings) return;
     const std::vector<std::string> faults = faultsIn(settings);
     for (const std::string& fault : faults) {
-        report.problem(title + ": " + fault, "set it anew with kelvo-touchctl set");
+        report.problem(std::string(title).append(": ").append(fault), "set it anew with kelvo-touchctl set");
     }
     const auto version = settings.objectForKey(keys::driverVersion).string();
     if (faults.empty()) {

@@ -92,7 +92,7 @@ NSMutableArray gestureListOf(const NSMutableDictionary& settings) {
         (void)messagesOfProfile(profile);
         return profile.objectForKey(keys::gestureArray).array();
     }
-    const NSMutableArray catalogue = gestureCatalogueForVersion(platform::Gestalt(platform::gestaltSystemVersion));
+    NSMutableArray catalogue = gestureCatalogueForVersion(platform::Gestalt(platform::gestaltSystemVersion));
     if (!catalogue) throw Failure(Status::Failure, "this system has no gestures; see KELVO_SYSTEM_VERSION");
     return catalogue;
 }

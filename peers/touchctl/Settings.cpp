@@ -221,7 +221,7 @@ Message gesturesMessage(const NSMutableDictionary& profile) {
 /// The keys of one message, of which any makes it due, and the message.
 struct ProfilePart {
     std::array<std::string_view, 2> fileKeys;
-    Message (*messageOf)(const NSMutableDictionary& profile);
+    Message (*messageOf)(const NSMutableDictionary& profile) = nullptr;
 
     [[nodiscard]] bool isIn(const NSMutableDictionary& profile) const {
         return std::any_of(fileKeys.begin(), fileKeys.end(),
@@ -369,7 +369,8 @@ std::vector<Message> messagesOfProfile(const NSMutableDictionary& profile) {
                 if (!each.empty()) known.append(known.empty() ? "" : ", ").append(each);
             }
         }
-        throw Failure(Status::Failure, "there is no setting \"" + key + "\"; there are " + known);
+        throw Failure(Status::Failure,
+                      std::string("there is no setting \"").append(key).append("\"; there are ") + known);
     }
     std::vector<Message> messages;
     for (const ProfilePart& part : kProfileParts) {
@@ -401,7 +402,7 @@ NSMutableDictionary profileIn(const std::string& path) {
     }
     if (!contents)
         throw Failure(Status::Failure, path + " cannot be read; name a file that exists and that you may read");
-    const auto profile = platform::PropertyLists::current().createFromFileData(*contents).dictionary();
+    auto profile = platform::PropertyLists::current().createFromFileData(*contents).dictionary();
     if (!profile) {
         throw Failure(Status::Failure, (path == "-" ? "what came in" : path) +
                                            " is no property list with settings; make one with \"export\"");
