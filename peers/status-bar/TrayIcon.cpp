@@ -81,9 +81,10 @@ void TrayIcon::fillMenu() {
             item.isSeparator ? shownMenu_.addSeparator() : shownMenu_.addAction(QString::fromStdString(item.title));
         action->setEnabled(static_cast<bool>(item.choose));
         action->setVisible(item.isShown);
-        if (item.choose)
+        if (item.choose) {
             QObject::connect(action, &QAction::triggered, action,
                              [choose = item.choose] { platform::guarded(choose); });
+        }
     }
 }
 
