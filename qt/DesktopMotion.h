@@ -27,10 +27,9 @@ signals:
     /// The desktop's settings may say something else now.
     void changed();
 
-private slots:
-    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
-
 private:
+    Q_SLOT void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+
     /// The settings that are against motion.
     QSet<QString> reducing_;
 };

@@ -18,8 +18,11 @@ PaneView* selectedView = nullptr;
 
 PaneView::PaneView(std::shared_ptr<platform::NSPreferencePane> pane, const QtNibs& nibs, QtRunLoop& runLoop,
                    QWidget* parent)
-    : QWidget(parent), pane_(std::move(pane)), life_(*pane_, "kcm_kelvo_touch_display"), runLoop_(runLoop) {
-    form_ = nibs.widgetFor(life_.load());
+    : QWidget(parent),
+      pane_(std::move(pane)),
+      life_(*pane_, "kcm_kelvo_touch_display"),
+      runLoop_(runLoop),
+      form_(nibs.widgetFor(life_.load())) {
     auto layout = std::make_unique<QVBoxLayout>(this);
     layout->setContentsMargins({});
     if (form_) layout->addWidget(form_);

@@ -9,6 +9,8 @@ import subprocess
 import sys
 import unittest
 
+import dbus
+
 from pane import DRIVER, PANE, PaneCase
 from peers import Lines, wait_until
 from scale import skip
@@ -200,6 +202,25 @@ class Texts(PaneCase):
         self.check_saves(1)
         contents = self.world.plist("Settings_Desk.plist")
         self.assertEqual({key: contents[key] for key in before}, before)
+
+
+class Calls(PaneCase):
+    def test_of_a_wrong_shape_are_refused_and_change_nothing(self):
+        self.set_utilities("Desk")
+        self.start_pane()
+        self.check_saves(1)
+        before = self.file.read_bytes()
+        name, path = f"com.kelvo.TouchDisplay.{PANE}", "/com/kelvo/TouchDisplay/MessagePort"
+        interface = "com.kelvo.TouchDisplay.MessagePort"
+        for at, member, signature, values in (
+                (path, "Send", "s", ("%n%s%@",)), (path, "Send", "", ()), (path, "Send", "ia{sv}", (8, {})),
+                (path, "Send", "iayi", (8, b"", 1)), (path, "Send", "xay", (8, b"")), (path, "Quit", "", ()),
+                ("/", "Send", "iay", (8, b""))):
+            with self.subTest(at=at, member=member, signature=signature):
+                with self.assertRaises(dbus.DBusException):
+                    self.world.bus.call_blocking(name, at, interface, member, signature, values, timeout=60)
+        self.wait_handled()
+        self.assertEqual(self.file.read_bytes(), before)
 
 
 class ModelNameWithSlash(PaneCase):
