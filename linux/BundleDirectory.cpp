@@ -59,10 +59,11 @@ bool isUntranslated(std::string_view locale) {
     return name == "C" || name == "POSIX";
 }
 
-std::string_view scriptOfChineseRegion(std::string_view region) {
-    if (region == "TW" || region == "HK" || region == "MO") return "Hant";
-    if (region == "CN" || region == "SG") return "Hans";
-    return {};
+/// Chinese is written in two scripts. Regions stand for the one they use, and some locales name it themselves:
+/// zh_Hant_HK.
+std::string_view scriptOfChinese(std::string_view region) {
+    const bool isTraditional = region == "TW" || region == "HK" || region == "MO" || region.starts_with("Hant");
+    return isTraditional ? "Hant" : "Hans";
 }
 
 /// Adds the names that the folder of a locale's language may have, the most particular first.
@@ -73,16 +74,17 @@ void appendLanguagesOfLocale(std::vector<std::string>& languages, std::string_vi
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
     });
     if (!isName) return;
-    const std::size_t separator = name.find('_');
+    const std::size_t separator = name.find_first_of("_-");
     const std::string language(name.substr(0, separator));
-    if (separator != std::string_view::npos) {
-        const std::string region(name.substr(separator + 1));
+    const std::string region(separator == std::string_view::npos ? "" : name.substr(separator + 1));
+    if (!region.empty()) {
         languages.push_back(language + '-' + region);
         languages.push_back(language + '_' + region);
-        const std::string_view script = language == "zh" ? scriptOfChineseRegion(region) : std::string_view();
-        if (!script.empty()) languages.push_back((language + '-').append(script));
     }
+    if (language == "zh") languages.push_back(std::string("zh-").append(scriptOfChinese(region)));
     languages.push_back(language);
+    // Whoever reads Portuguese is served better by its other dialect than by English.
+    if (language == "pt") languages.emplace_back("pt_BR");
 }
 
 /// The user's languages in the order in which texts are looked for, with English behind them.

@@ -193,6 +193,26 @@ TEST_F(BundleDirectoryTest, RegionsChooseAmongScriptsAndDialects) {
     EXPECT_EQ(textFor("", "pt_PT.UTF-8"), "pt");
 }
 
+TEST_F(BundleDirectoryTest, ChineseIsWrittenInTheScriptOfTheRegionOrInTheOneThatIsNamed) {
+    writeTable("en", "Key = \"en\";");
+    writeTable("zh-Hant", "Key = \"Hant\";");
+    writeTable("zh-Hans", "Key = \"Hans\";");
+    EXPECT_EQ(textFor("", "zh_MO.UTF-8"), "Hant");
+    EXPECT_EQ(textFor("", "zh_MY.UTF-8"), "Hans");
+    EXPECT_EQ(textFor("zh", "de_DE.UTF-8"), "Hans");
+    EXPECT_EQ(textFor("zh_Hant_HK:de", "de_DE.UTF-8"), "Hant");
+    EXPECT_EQ(textFor("zh-Hant", "de_DE.UTF-8"), "Hant");
+    EXPECT_EQ(textFor("zh_Hans", "de_DE.UTF-8"), "Hans");
+}
+
+TEST_F(BundleDirectoryTest, PortugueseWithoutATableOfItsOwnIsTheBrazilianOne) {
+    writeTable("en", "Key = \"en\";");
+    writeTable("pt_BR", "Key = \"pt_BR\";");
+    EXPECT_EQ(textFor("", "pt_BR.UTF-8"), "pt_BR");
+    EXPECT_EQ(textFor("", "pt_PT.UTF-8"), "pt_BR");
+    EXPECT_EQ(textFor("pt", "de_DE.UTF-8"), "pt_BR");
+}
+
 TEST_F(BundleDirectoryTest, ListOfLanguagesComesBeforeTheLocaleAndEnglishLast) {
     writeTable("en", "Key = \"en\";");
     writeTable("fr", "Key = \"fr\";");
