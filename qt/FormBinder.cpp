@@ -3,11 +3,13 @@
 #include "qt/Frames.h"
 #include "qt/Pairings.h"
 #include "qt/PictogramView.h"
+#include "qt/ResizeWatch.h"
 #include "qt/TabOrder.h"
 
 #include <QAbstractButton>
 #include <QLayout>
 #include <QLocale>
+#include <QPointer>
 #include <QVariant>
 
 #include <algorithm>
@@ -89,7 +91,8 @@ void showHidden(QWidget& widget, const NSView& view) {
 void showEnabled(QWidget& widget, const NSControl& control) { widget.setEnabled(control.isEnabled()); }
 
 void showFrame(QWidget& widget, const NSView& view) {
-    widget.setGeometry(geometryFromFrame(view.frame(), widget.parentWidget()->height()));
+    const QWidget& parent = *widget.parentWidget();
+    widget.setGeometry(mirroredIn(parent, geometryFromFrame(view.frame(), parent.height())));
 }
 
 void showPictured(PictogramView& view, const NSPopUpButton& popUp) {
@@ -129,7 +132,9 @@ FormBinding FormBinder::bind(NSView& view) const {
 
     FormBinding binding;
     givePictograms();
-    for (const Match& match : findMatches(outlets, actions)) tie(match, binding);
+    const std::vector<Match> matches = findMatches(outlets, actions);
+    for (const Match& match : matches) tie(match, binding);
+    if (!form_.layout()) holdInPlace(matches, binding);
     view.setFrame(frameFromGeometry(form_.rect(), form_.height()));
     binding.mirror<QWidget, NSView>(form_, view, showHidden);
     return binding;
@@ -212,10 +217,24 @@ void FormBinder::mirrorView(QWidget& widget, NSView& model, FormBinding& binding
 }
 
 void FormBinder::mirrorFrame(QWidget& widget, NSView& model, FormBinding& binding) const {
-    const QWidget& parent = *widget.parentWidget();
+    QWidget& parent = *widget.parentWidget();
     if (parent.layout()) return;
     model.setFrame(frameFromGeometry(widget.geometry(), parent.height()));
-    binding.mirror<QWidget, NSView>(widget, model, showFrame);
+    const auto show = binding.mirror<QWidget, NSView>(widget, model, showFrame);
+    binding.keep(std::make_unique<ResizeWatch>(parent, show));
+}
+
+void FormBinder::holdInPlace(const std::vector<Match>& matches, FormBinding& binding) const {
+    for (QWidget* widget : form_.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        const bool hasFrame =
+            std::any_of(matches.begin(), matches.end(), [&](const Match& each) { return &each.widget == widget; });
+        if (hasFrame) continue;
+        const auto place = [held = QPointer<QWidget>(widget), geometry = widget->geometry()] {
+            if (held) held->setGeometry(mirroredIn(*held->parentWidget(), geometry));
+        };
+        place();
+        binding.keep(std::make_unique<ResizeWatch>(form_, place));
+    }
 }
 
 void FormBinder::nameAfter(const QLabel& label, NSTextField& model, FormBinding& binding) const {

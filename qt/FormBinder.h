@@ -44,6 +44,8 @@ private:
     void embed(platform::NSViewController& controller, QWidget& page) const;
     void mirrorView(QWidget& widget, platform::NSView& model, FormBinding& binding) const;
     void mirrorFrame(QWidget& widget, platform::NSView& model, FormBinding& binding) const;
+    /// Keeps the rest of a form that lays nothing out where its designer put it, in either direction of writing.
+    void holdInPlace(const std::vector<Match>& matches, FormBinding& binding) const;
     void nameAfter(const QLabel& label, platform::NSTextField& model, FormBinding& binding) const;
     void picture(const QWidget& popUp, platform::NSPopUpButton& model, FormBinding& binding) const;
     void givePictograms() const;

@@ -1,6 +1,8 @@
 #include "qt/FormTexts.h"
 
 #include <QComboBox>
+#include <QLabel>
+#include <QStyle>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QVariant>
@@ -12,11 +14,6 @@ namespace {
 constexpr const char* textProperties[] = {
     "text", "title", "toolTip", "placeholderText", "accessibleName", "accessibleDescription", "windowTitle",
 };
-
-QString textFor(const QString& key, platform::NSBundle* bundle) {
-    if (key.isEmpty() || !bundle) return {};
-    return QString::fromStdString(bundle->localizedStringForKey(key.toStdString(), ""));
-}
 
 void localizeProperties(QWidget& widget, platform::NSBundle* bundle) {
     for (const char* property : textProperties) {
@@ -33,9 +30,28 @@ void localizeTabs(QTabWidget& tabWidget, platform::NSBundle* bundle) {
     for (int i = 0; i < tabWidget.count(); ++i) tabWidget.setTabText(i, textFor(tabWidget.tabText(i), bundle));
 }
 
+/// A label stands where its neighbours do, also when its text is a name in other letters than theirs.
+void alignLabels(QWidget& form) {
+    for (QLabel* label : form.findChildren<QLabel*>()) {
+        label->setAlignment(QStyle::visualAlignment(form.layoutDirection(), label->alignment()));
+    }
+}
+
 } // namespace
 
+QString textFor(const QString& key, platform::NSBundle* bundle) {
+    if (key.isEmpty() || !bundle) return {};
+    return QString::fromStdString(bundle->localizedStringForKey(key.toStdString(), ""));
+}
+
+Qt::LayoutDirection writingDirection(platform::NSBundle* bundle) {
+    return textFor(QStringLiteral("Layout.Direction"), bundle) == QLatin1String("RTL") ? Qt::RightToLeft
+                                                                                       : Qt::LeftToRight;
+}
+
 void localizeTexts(QWidget& form, platform::NSBundle* bundle) {
+    form.setLayoutDirection(writingDirection(bundle));
+    alignLabels(form);
     localizeProperties(form, bundle);
     for (QWidget* widget : form.findChildren<QWidget*>()) {
         // What the toolkit puts into a tab bar has the toolkit's own texts.

@@ -1,6 +1,7 @@
 #include "qt/Frames.h"
 
 #include <QRectF>
+#include <QStyle>
 
 namespace kelvo {
 
@@ -11,6 +12,10 @@ platform::NSRect frameFromGeometry(const QRect& geometry, double height) {
 
 QRect geometryFromFrame(const platform::NSRect& frame, double height) {
     return QRectF(frame.x, height - frame.y - frame.height, frame.width, frame.height).toAlignedRect();
+}
+
+QRect mirroredIn(const QWidget& parent, const QRect& geometry) {
+    return QStyle::visualRect(parent.layoutDirection(), parent.rect(), geometry);
 }
 
 } // namespace kelvo

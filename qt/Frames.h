@@ -3,6 +3,7 @@
 #include "platform/Geometry.h"
 
 #include <QRect>
+#include <QWidget>
 
 namespace kelvo {
 
@@ -13,5 +14,9 @@ namespace kelvo {
 
 /// Where the toolkit puts what has `frame` in a view that is `height` high; whole pixels around it.
 [[nodiscard]] QRect geometryFromFrame(const platform::NSRect& frame, double height);
+
+/// Where `geometry`, which is meant for a `parent` that is read from the left, stands in one that is read from the
+/// right.
+[[nodiscard]] QRect mirroredIn(const QWidget& parent, const QRect& geometry);
 
 } // namespace kelvo

@@ -1,9 +1,10 @@
 #include "qt/Pairings.h"
 
-#include "qt/CanvasView.h"
 #include "platform/Guarded.h"
+#include "qt/CanvasView.h"
 #include "qt/PullDown.h"
 #include "qt/QtGraphicsContext.h"
+#include "qt/TouchSize.h"
 #include "qt/UserAct.h"
 #include "qt/WheelFilter.h"
 
@@ -74,6 +75,7 @@ void pairPopUp(QComboBox& comboBox, NSPopUpButton& popUp, FormBinding& binding) 
     if (popUp.itemTitles().empty()) {
         for (const QString& text : itemTexts(comboBox)) popUp.addItemWithTitle(text.toStdString());
     }
+    offerChoicesToFingers(comboBox);
     letWheelPass(comboBox, binding);
     const auto show = binding.mirror(comboBox, popUp, showPopUp);
     // Of the signals only this one comes when the selected item is picked again, and never from the program.
@@ -92,13 +94,9 @@ void showPullDown(PullDown& pullDown, const NSPopUpButton& popUp) {
     pullDown.setLook(popUp.cell().isBordered(), popUp.cell().hasArrow());
 }
 
-/// What the program makes a pop-up wider than its title.
-constexpr int kPopUpMargin = 25;
-
-/// The width of a title, with what the style's border and arrow take beyond that margin.
+/// The width of a title, with what the style's border and arrow take beyond the program's own margin.
 double measured(const PullDown& pullDown, const std::string& title) {
-    const QString text = QString::fromStdString(title);
-    return std::max(pullDown.textWidthOf(text), pullDown.widthFor(text) - kPopUpMargin);
+    return pullDown.frameWidthFor(QString::fromStdString(title)) - PullDown::kMargin;
 }
 
 void pairPullDown(PullDown& pullDown, NSPopUpButton& popUp, FormBinding& binding) {

@@ -1,29 +1,21 @@
 #include "qt/PullDown.h"
 
+#include "qt/TouchSize.h"
+
 #include <QAbstractItemView>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QStyleOptionComboBox>
 #include <QStylePainter>
-#include <QStyledItemDelegate>
 #include <QWheelEvent>
 
-#include <memory>
+#include <algorithm>
 
 namespace kelvo {
 
-namespace {
-
-/// Of a choice in the menu: high enough for a finger, with room beside the text for what styles put there.
-constexpr int kChoiceHeight = 40;
-constexpr int kChoiceMargin = 40;
-
-} // namespace
-
 PullDown::PullDown(QWidget* parent) : QComboBox(parent) {
     setFocusPolicy(Qt::StrongFocus);
-    // The one that styles bring along for menus gives all choices the height it likes.
-    setItemDelegate(std::make_unique<QStyledItemDelegate>(this).release());
+    offerChoicesToFingers(*this);
 }
 
 void PullDown::setTitle(const QString& title) {
@@ -37,9 +29,6 @@ void PullDown::setChoices(const QStringList& choices, int current) {
     if (texts != choices) {
         clear();
         addItems(choices);
-        for (int i = 0; i < count(); ++i) {
-            setItemData(i, QSize(textWidthOf(itemText(i)) + kChoiceMargin, kChoiceHeight), Qt::SizeHintRole);
-        }
     }
     setCurrentIndex(current);
 }
@@ -49,6 +38,10 @@ void PullDown::setLook(bool isBordered, bool hasArrow) {
     hasArrow_ = hasArrow;
     setFocusPolicy(isBordered || hasArrow ? Qt::StrongFocus : Qt::NoFocus);
     update();
+}
+
+int PullDown::frameWidthFor(const QString& title) const {
+    return std::max(textWidthOf(title) + kMargin, widthFor(title));
 }
 
 int PullDown::widthFor(const QString& title) const {
@@ -119,9 +112,14 @@ void PullDown::drawBareTitle() {
     QStylePainter painter(this);
     // It stands in line with the titles of those that have a border, and may go on where their arrow is.
     QRect place = textRectIn(rect());
-    place.setRight(rect().right());
-    painter.drawItemText(place, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, palette(), isEnabled(), title_,
-                         QPalette::WindowText);
+    if (isRightToLeft()) {
+        place.setLeft(rect().left());
+    } else {
+        place.setRight(rect().right());
+    }
+    const Qt::Alignment side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft);
+    painter.drawItemText(place, static_cast<int>(Qt::AlignVCenter | side) | Qt::TextSingleLine, palette(), isEnabled(),
+                         title_, QPalette::WindowText);
 }
 
 } // namespace kelvo

@@ -14,6 +14,9 @@ class PullDown : public QComboBox {
     Q_PROPERTY(QString title READ title WRITE setTitle)
 
 public:
+    /// What the program makes a pop-up wider than its title.
+    static constexpr int kMargin = 25;
+
     explicit PullDown(QWidget* parent = nullptr);
 
     [[nodiscard]] QString title() const { return title_; }
@@ -25,6 +28,8 @@ public:
     /// Without border and arrow it looks like text, and then it takes no focus.
     void setLook(bool isBordered, bool hasArrow);
 
+    /// How wide the program makes it for `title`: whatever a style needs, and never less than the platform's own.
+    [[nodiscard]] int frameWidthFor(const QString& title) const;
     /// How wide it has to be to show `title` whole.
     [[nodiscard]] int widthFor(const QString& title) const;
     /// The width of `title` alone.

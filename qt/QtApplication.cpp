@@ -1,6 +1,7 @@
 #include "qt/QtApplication.h"
 
 #include "platform/Guarded.h"
+#include "qt/TouchSize.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -70,10 +71,12 @@ void QtApplication::beginInformationalAlertSheet(const NSAlertSheet& sheet, cons
     QMessageBox* const box = std::make_unique<QMessageBox>(shown_.data()).release();
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setIcon(QMessageBox::Information);
+    box->setLayoutDirection(window_->layoutDirection());
     showTexts(*box, sheet);
     QPushButton* const confirms = box->addButton(QString::fromStdString(sheet.defaultButton), QMessageBox::AcceptRole);
     QPushButton* const declines =
         box->addButton(QString::fromStdString(sheet.alternateButton), QMessageBox::RejectRole);
+    for (QPushButton* button : {confirms, declines}) button->setMinimumHeight(kTouchHeight);
     box->setDefaultButton(confirms);
     box->setEscapeButton(declines);
     QObject::connect(box, &QDialog::finished, box,

@@ -2,6 +2,7 @@
 
 #include "qt/FormBinder.h"
 #include "qt/FormBinding.h"
+#include "qt/FormFit.h"
 #include "qt/FormTexts.h"
 #include "qt/UserAct.h"
 
@@ -42,7 +43,10 @@ std::unique_ptr<platform::NSNib> QtNibs::instantiate(const std::string& name, pl
     if (entry == forms_.end()) throw std::runtime_error("there is no form " + name);
 
     std::unique_ptr<QWidget> form = entry->second();
-    localizeTexts(*form, platform::NSBundle::bundleWithIdentifier(bundleIdentifier_));
+    platform::NSBundle* const bundle = platform::NSBundle::bundleWithIdentifier(bundleIdentifier_);
+    localizeTexts(*form, bundle);
+    fitFrames(*form, bundle);
+    keepWhole(*form);
     const auto widgetOfView = [this](const platform::NSView& each) { return widgetFor(each); };
     const FormBinder binder(name, *form, owner, widgetOfView, pictograms_);
     FormBinding binding = binder.bind(view);

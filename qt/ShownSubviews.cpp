@@ -58,9 +58,7 @@ void ShownSubviews::show() {
 
     if (height_ != view_.frame().height) {
         height_ = view_.frame().height;
-        for (const Subview& each : shown_) {
-            if (each.widget) place(*each.widget, *each.view);
-        }
+        placeAll();
     }
     growToHoldAll();
 }
@@ -72,30 +70,31 @@ void ShownSubviews::takeOut(std::size_t first, std::size_t last) {
     shown_.erase(begin, end);
     for (const Subview& each : gone) {
         if (!each.widget || each.widget->parentWidget() != container_) continue;
-        const QPoint place = each.widget->pos();
         each.widget->hide();
         each.widget->setParent(nullptr);
-        showWhatIsInFrontAt(place);
+        showWhatIsInFrontAt(each.position);
     }
 }
 
 void ShownSubviews::putIn(NSView& view) {
     QWidget* const widget = widgetOfView_(view);
     if (!widget) {
-        shown_.push_back({&view, nullptr, nullptr, {}});
+        shown_.push_back({&view, nullptr, nullptr, {}, {}});
         return;
     }
     widget->setParent(container_);
     QWidget* const lastBefore = lastTabStop();
     QWidget* const last =
         lastBefore ? putBehindInTabOrder(*lastBefore, *widget) : putInsideInTabOrder(*container_, *widget);
-    auto changes = view.observeChanges([this, &view, moved = QPointer<QWidget>(widget)] {
-        if (!moved) return;
-        place(*moved, view);
+    auto changes = view.observeChanges([this, &view] {
+        const auto moved =
+            std::find_if(shown_.begin(), shown_.end(), [&](const Subview& each) { return each.view == &view; });
+        if (moved == shown_.end() || !moved->widget) return;
+        place(*moved);
         growToHoldAll();
     });
-    shown_.push_back({&view, widget, last, std::move(changes)});
-    place(*widget, view);
+    shown_.push_back({&view, widget, last, widget->pos(), std::move(changes)});
+    place(shown_.back());
 }
 
 QWidget* ShownSubviews::lastTabStop() const {
@@ -104,30 +103,40 @@ QWidget* ShownSubviews::lastTabStop() const {
     return last == shown_.rend() ? nullptr : last->lastTabStop.data();
 }
 
-void ShownSubviews::place(QWidget& widget, const NSView& view) const {
-    const QPoint before = widget.pos();
-    widget.setGeometry(geometryFromFrame(view.frame(), height_));
-    if (widget.pos() != before) showWhatIsInFrontAt(before);
-    showWhatIsInFrontAt(widget.pos());
+void ShownSubviews::place(Subview& subview) const {
+    const QRect geometry = geometryFromFrame(subview.view->frame(), height_);
+    const QPoint before = std::exchange(subview.position, geometry.topLeft());
+    subview.widget->setGeometry(mirroredIn(*container_, geometry));
+    if (subview.position != before) showWhatIsInFrontAt(before);
+    showWhatIsInFrontAt(subview.position);
 }
 
-void ShownSubviews::showWhatIsInFrontAt(QPoint place) const {
+void ShownSubviews::placeAll() {
+    for (Subview& each : shown_) {
+        if (each.widget) place(each);
+    }
+}
+
+void ShownSubviews::showWhatIsInFrontAt(QPoint position) const {
     bool isInFront = true;
     std::for_each(shown_.rbegin(), shown_.rend(), [&](const Subview& each) {
-        if (!each.widget || each.widget->pos() != place) return;
+        if (!each.widget || each.position != position) return;
         const bool isHidden = each.view->isHidden();
         each.widget->setVisible(isInFront && !isHidden);
         isInFront = isInFront && isHidden;
     });
 }
 
-void ShownSubviews::growToHoldAll() const {
+void ShownSubviews::growToHoldAll() {
     const platform::NSRect frame = view_.frame();
     QRect held = geometryFromFrame({0.0, 0.0, frame.width, frame.height}, frame.height);
     for (const Subview& each : shown_) {
-        if (each.widget) held |= each.widget->geometry();
+        if (each.widget) held |= geometryFromFrame(each.view->frame(), height_);
     }
+    const int widthBefore = container_->width();
     container_->resize(held.right() + 1, held.bottom() + 1);
+    // What is placed from the right moves with the right edge.
+    if (container_->layoutDirection() == Qt::RightToLeft && container_->width() != widthBefore) placeAll();
 }
 
 void ShownSubviews::scrollTo(QWidget& focused) const {

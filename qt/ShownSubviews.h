@@ -34,6 +34,8 @@ private:
         const platform::NSView* view = nullptr;
         QPointer<QWidget> widget;
         QPointer<QWidget> lastTabStop;
+        /// Where it was put, read from the left.
+        QPoint position;
         platform::Subscription changes;
     };
 
@@ -41,9 +43,10 @@ private:
     void takeOut(std::size_t first, std::size_t last);
     void putIn(platform::NSView& view);
     [[nodiscard]] QWidget* lastTabStop() const;
-    void place(QWidget& widget, const platform::NSView& view) const;
-    void showWhatIsInFrontAt(QPoint place) const;
-    void growToHoldAll() const;
+    void place(Subview& subview) const;
+    void placeAll();
+    void showWhatIsInFrontAt(QPoint position) const;
+    void growToHoldAll();
     void scrollTo(QWidget& focused) const;
 
     QPointer<QWidget> container_;

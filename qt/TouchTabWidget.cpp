@@ -1,6 +1,9 @@
 #include "qt/TouchTabWidget.h"
 
+#include "qt/TouchSize.h"
+
 #include <QTabBar>
+#include <QVariant>
 
 #include <memory>
 
@@ -8,12 +11,10 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kTabHeight = 40;
-
 class TouchTabBar : public QTabBar {
 protected:
     [[nodiscard]] QSize tabSizeHint(int index) const override {
-        return QTabBar::tabSizeHint(index).expandedTo({0, kTabHeight});
+        return QTabBar::tabSizeHint(index).expandedTo({0, kTouchHeight});
     }
 };
 
@@ -21,6 +22,10 @@ protected:
 
 TouchTabWidget::TouchTabWidget(QWidget* parent) : QTabWidget(parent) {
     setTabBar(std::make_unique<TouchTabBar>().release());
+}
+
+bool TouchTabWidget::hasHeightForWidth() const {
+    return !property("pagesScroll").toBool() && QTabWidget::hasHeightForWidth();
 }
 
 } // namespace kelvo

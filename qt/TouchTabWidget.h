@@ -10,6 +10,9 @@ class TouchTabWidget : public QTabWidget {
 
 public:
     explicit TouchTabWidget(QWidget* parent = nullptr);
+
+    /// With the dynamic property "pagesScroll", a wrapped text on a page does not keep the pages from getting smaller.
+    [[nodiscard]] bool hasHeightForWidth() const override;
 };
 
 } // namespace kelvo

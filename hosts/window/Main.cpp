@@ -3,9 +3,13 @@
 #include "hosts/window/PaneWindow.h"
 #include "hosts/window/SingleInstance.h"
 #include "linux/TerminationSignals.h"
+#include "qt/FormTexts.h"
 
 #include <QApplication>
 #include <QIcon>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
 
 #include <exception>
 #include <iostream>
@@ -39,6 +43,14 @@ void introduceToDesktop(platform::NSBundle& bundle) {
     QGuiApplication::setWindowIcon(QIcon::fromTheme(kProgramName, iconIn(bundle)));
 }
 
+/// The few texts that are the toolkit's own, as in the menu of a text field, where it brings the user's language.
+void translateToolkit(QTranslator& texts) {
+    const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+    if (texts.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"), folder)) {
+        QCoreApplication::installTranslator(&texts);
+    }
+}
+
 /// The bundle lies at the same place to the program in the build folder and where it is installed.
 std::string installedPanePath() {
     return (QCoreApplication::applicationDirPath() + "/../" KELVO_PANE_DIRECTORY).toStdString();
@@ -48,6 +60,9 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
     const QApplication toolkit(argc, argv);
     kelvo::QtHostPlatform host(kProgramName, options.panePath.value_or(installedPanePath()));
     introduceToDesktop(host.bundle());
+    QTranslator toolkitTexts;
+    translateToolkit(toolkitTexts);
+    QGuiApplication::setLayoutDirection(kelvo::writingDirection(&host.bundle()));
 
     kelvo::SingleInstance instance(host.messagePorts(), host.runLoop(),
                                    [&] { host.application().activateIgnoringOtherApps(); });

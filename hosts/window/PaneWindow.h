@@ -8,6 +8,7 @@
 namespace kelvo {
 
 /// A window that shows one pane and leads it through its life: selected while the window is open, minimised or not.
+/// It opens as large as the pane's form, where the screen is, and scrolls when it is made smaller than the pane can be.
 class PaneWindow : public QMainWindow {
 public:
     /// Loads the pane's form and tells the pane so. A form that does not fit is a std::runtime_error. The pane and
@@ -15,10 +16,13 @@ public:
     PaneWindow(platform::NSPreferencePane& pane, const QtNibs& nibs);
 
 protected:
+    void changeEvent(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
+    void reload();
+
     PaneLife life_;
 };
 

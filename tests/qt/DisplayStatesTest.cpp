@@ -39,6 +39,14 @@ protected:
         return seen ? seen->objectName().toStdString() : "";
     }
 
+    /// The index of the page that a tab's form is put into, scrolled there or not.
+    int pageOf(const char* name) {
+        const auto& pages = widget<QStackedWidget>("tabView_");
+        QWidget* page = &widget<QWidget>(name);
+        while (page->parentWidget() != &pages) page = page->parentWidget();
+        return pages.indexOf(page);
+    }
+
     void hideSettings(bool hidden) {
         pane_.tabView_.setHidden(hidden);
         pane_.tabPopUp_.setHidden(hidden);
@@ -92,11 +100,10 @@ TEST_F(DisplayStatesTest, HidingTheSettingsMovesNothing) {
 TEST_F(DisplayStatesTest, TabPopUpHasOneItemForEachTabInTheirOrder) {
     EXPECT_THAT(pane_.tabPopUp_.itemTitles(), ElementsAre("text of Tab.Calibration", "text of Tab.Settings",
                                                           "text of Tab.HardwareInformation", "text of Tab.Version"));
-    const auto& pages = widget<QStackedWidget>("tabView_");
-    EXPECT_EQ(pages.indexOf(&widget<QWidget>("calibrationVC_")), 0);
-    EXPECT_EQ(pages.indexOf(&widget<QWidget>("settingVC_")), 1);
-    EXPECT_EQ(pages.indexOf(&widget<QWidget>("hardwareInformationVC_")), 2);
-    EXPECT_EQ(pages.indexOf(&widget<QWidget>("VersionVC_")), 3);
+    EXPECT_EQ(pageOf("calibrationVC_"), 0);
+    EXPECT_EQ(pageOf("settingVC_"), 1);
+    EXPECT_EQ(pageOf("hardwareInformationVC_"), 2);
+    EXPECT_EQ(pageOf("VersionVC_"), 3);
     EXPECT_EQ(pane_.tabView_.numberOfTabViewItems(), 4);
 }
 
@@ -113,7 +120,8 @@ TEST_F(DisplayStatesTest, EveryControlFiresItsOwnAction) {
 
 TEST_F(DisplayStatesTest, TabSelectedByTheProgramIsShownAndItsDelegateHearsOfIt) {
     pane_.tabView_.selectTabViewItemAtIndex(2);
-    EXPECT_EQ(widget<QStackedWidget>("tabView_").currentWidget(), &widget<QWidget>("hardwareInformationVC_"));
+    EXPECT_EQ(widget<QStackedWidget>("tabView_").currentIndex(), pageOf("hardwareInformationVC_"));
+    EXPECT_TRUE(widget<QWidget>("hardwareInformationVC_").isVisible());
     EXPECT_THAT(pane_.calls, ElementsAre("willSelect text of Tab.HardwareInformation"));
 }
 

@@ -5,6 +5,7 @@
 #include "TDCalibrationViewCtl.h"
 #include "qt/CanvasView.h"
 #include "qt/ToolkitPlatform.h"
+#include "qt/TouchSize.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -149,7 +150,7 @@ TEST_P(PaneFormsTest, EveryControlHasAnAccessibleNameAndIsLargeEnoughToTouch) {
         if (!isOperated(*widget)) continue;
         const std::string name = widget->objectName().toStdString();
         EXPECT_FALSE(QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).isEmpty()) << name;
-        EXPECT_GE(widget->minimumHeight(), 40) << name;
+        EXPECT_GE(widget->minimumHeight(), kTouchHeight) << name;
     }
 }
 

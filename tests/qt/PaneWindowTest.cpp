@@ -2,6 +2,9 @@
 #include "qt/ToolkitPlatform.h"
 
 #include <QLabel>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTest>
 
 #include <gmock/gmock.h>
@@ -31,12 +34,6 @@ public:
     bool throwsOnSelect = false;
 };
 
-std::unique_ptr<QWidget> makePlain() {
-    auto form = std::make_unique<QWidget>();
-    form->resize(400, 300);
-    return form;
-}
-
 std::unique_ptr<QWidget> makeMisfit() {
     auto form = std::make_unique<QWidget>();
     auto label = std::make_unique<QLabel>(form.get());
@@ -54,7 +51,14 @@ protected:
         return *window_;
     }
 
-    ToolkitPlatform platform_{{{"Plain", makePlain}}};
+    [[nodiscard]] std::unique_ptr<QWidget> makePlain() const {
+        auto form = std::make_unique<QWidget>();
+        form->resize(plainSize_);
+        return form;
+    }
+
+    QSize plainSize_{400, 300};
+    ToolkitPlatform platform_{{{"Plain", [this] { return makePlain(); }}}};
     RecordingPane pane_;
     std::optional<PaneWindow> window_;
 };
@@ -66,9 +70,54 @@ TEST_F(PaneWindowTest, PaneIsLoadedBeforeItIsFirstShown) {
 
 TEST_F(PaneWindowTest, WindowShowsThePanesFormInItsSize) {
     const PaneWindow& window = openWindow();
-    EXPECT_EQ(window.centralWidget(), platform_.nibs.widgetFor(pane_.loadMainView()));
-    EXPECT_TRUE(window.centralWidget()->isVisible());
+    const QWidget* form = platform_.nibs.widgetFor(pane_.loadMainView());
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_EQ(form->size(), QSize(400, 300));
     EXPECT_EQ(window.size(), QSize(400, 300));
+}
+
+TEST_F(PaneWindowTest, WindowOpensNoLargerThanTheScreen) {
+    plainSize_ = {5000, 5000};
+    const PaneWindow& window = openWindow();
+    const QSize screen = window.screen()->availableSize();
+    EXPECT_LE(window.width(), screen.width());
+    EXPECT_LT(window.height(), screen.height());
+}
+
+TEST_F(PaneWindowTest, WindowMayBeSmallerThanTheFormWhichIsScrolledThen) {
+    PaneWindow& window = openWindow();
+    QWidget* form = platform_.nibs.widgetFor(pane_.loadMainView());
+    form->setMinimumSize(400, 300);
+    window.resize(200, 100);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(window.size(), QSize(200, 100));
+    EXPECT_EQ(form->size(), QSize(400, 300));
+    const auto& scroller = dynamic_cast<QScrollArea&>(*window.centralWidget());
+    EXPECT_TRUE(scroller.verticalScrollBar()->isVisible());
+    EXPECT_TRUE(scroller.horizontalScrollBar()->isVisible());
+    window.resize(500, 400);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(form->size(), QSize(500, 400));
+}
+
+TEST_F(PaneWindowTest, PaneIsSelectedAnewWhenTheFontChangesSinceFramesWereMadeForTheOldOne) {
+    PaneWindow& window = openWindow();
+    QFont larger = window.font();
+    larger.setPointSize(larger.pointSize() + 4);
+    window.setFont(larger);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(pane_.calls,
+                ElementsAre("awakeFromNib", "mainViewDidLoad", "willSelect", "willUnselect", "willSelect"));
+}
+
+TEST_F(PaneWindowTest, FontThatChangesWhileTheWindowIsHiddenSelectsNothing) {
+    PaneWindow& window = openWindow();
+    window.hide();
+    QFont larger = window.font();
+    larger.setPointSize(larger.pointSize() + 4);
+    window.setFont(larger);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(pane_.calls, ElementsAre("awakeFromNib", "mainViewDidLoad", "willSelect", "willUnselect"));
 }
 
 TEST_F(PaneWindowTest, ShowingSelectsThePaneOnce) {

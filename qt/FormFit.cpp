@@ -1,0 +1,120 @@
+#include "qt/FormFit.h"
+
+#include "qt/FormTexts.h"
+#include "qt/PullDown.h"
+
+#include <QEvent>
+#include <QLabel>
+#include <QStringList>
+#include <QVariant>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <memory>
+
+namespace kelvo {
+
+namespace {
+
+QList<QWidget*> framedWidgetsOf(const QWidget& form) {
+    return form.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+QStringList keysOf(const QWidget& widget) { return widget.property("mayShow").toStringList(); }
+
+QString widestText(const QWidget& widget, platform::NSBundle* bundle) {
+    QString widest;
+    const QFontMetrics metrics = widget.fontMetrics();
+    for (const QString& key : keysOf(widget)) {
+        const QString text = textFor(key, bundle);
+        if (metrics.horizontalAdvance(text) > metrics.horizontalAdvance(widest)) widest = text;
+    }
+    return widest;
+}
+
+/// The width at which `widget` shows `text` whole.
+int widthFor(const QString& text, const QWidget& widget) {
+    if (const auto* pullDown = qobject_cast<const PullDown*>(&widget)) return pullDown->frameWidthFor(text);
+    return widget.fontMetrics().boundingRect(text).width() + widget.fontMetrics().averageCharWidth();
+}
+
+/// Letters that the font itself does not have may come from a higher one.
+int heightFor(const QString& text, const QWidget& widget) {
+    const QFontMetrics metrics = widget.fontMetrics();
+    return widget.sizeHint().height() + std::max(metrics.boundingRect(text).height() - metrics.height(), 0) + 1;
+}
+
+/// Of each widget's height in the form, what it needs of it in this font, where that is more.
+double heightFactor(const QList<QWidget*>& widgets, platform::NSBundle* bundle) {
+    double factor = 1.0;
+    for (const QWidget* widget : widgets) {
+        const int needed = heightFor(widestText(*widget, bundle), *widget);
+        factor = std::max(factor, static_cast<double>(needed) / widget->height());
+    }
+    return factor;
+}
+
+int scaled(int length, double factor) { return static_cast<int>(std::lround(length * factor)); }
+
+QRect scaledInHeight(const QRect& geometry, double factor) {
+    return {geometry.x(), scaled(geometry.y(), factor), geometry.width(), scaled(geometry.height(), factor)};
+}
+
+/// Sees to the least size of one widget.
+class LeastSize : public QObject {
+public:
+    explicit LeastSize(QWidget& widget) : QObject(&widget), widget_(widget), designed_(widget.minimumSize()) {
+        widget.installEventFilter(this);
+        apply();
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) apply();
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    void apply() {
+        // Where the designer demands no width, the widget's own already counts.
+        const int width = designed_.width() > 0 ? widget_.minimumSizeHint().width() : 0;
+        widget_.setMinimumSize(designed_.expandedTo({width, widget_.sizeHint().height()}));
+    }
+
+    QWidget& widget_;
+    QSize designed_;
+};
+
+} // namespace
+
+void keepWhole(QWidget& form) {
+    for (QWidget* widget : form.findChildren<QWidget*>()) {
+        widget->ensurePolished();
+        if (!widget->minimumSize().isNull()) std::make_unique<LeastSize>(*widget).release();
+    }
+}
+
+void fitFrames(QWidget& form, platform::NSBundle* bundle) {
+    const QList<QWidget*> widgets = framedWidgetsOf(form);
+    QList<QWidget*> fitted;
+    std::copy_if(widgets.begin(), widgets.end(), std::back_inserter(fitted),
+                 [](const QWidget* each) { return !keysOf(*each).isEmpty(); });
+    if (form.layout() || fitted.isEmpty()) return;
+
+    int right = 0;
+    int margin = form.width();
+    for (QWidget* widget : fitted) {
+        widget->ensurePolished();
+        right = std::max(right, widget->x() + widthFor(widestText(*widget, bundle), *widget));
+        margin = std::min(margin, form.rect().right() - widget->geometry().right());
+    }
+    right = std::max(right, form.minimumWidth() - margin);
+    const double factor = heightFactor(widgets, bundle);
+
+    form.resize(right + margin, scaled(form.height(), factor));
+    for (QWidget* widget : widgets) widget->setGeometry(scaledInHeight(widget->geometry(), factor));
+    for (QWidget* widget : fitted) widget->resize(right - widget->x(), widget->height());
+}
+
+} // namespace kelvo

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/Bundle.h"
+
+#include <QWidget>
+
+namespace kelvo {
+
+/// Makes a form that lays nothing out, but stands at its frames, large enough for the texts it may show in this
+/// language and font. They are the bundle's texts of the keys in the dynamic property "mayShow" of its labels and
+/// pull-downs; a form without that is left as it is. All of the form grows in height alike, and what shows the texts to
+/// the width of the widest, but the form never gets narrower than its minimum.
+void fitFrames(QWidget& form, platform::NSBundle* bundle);
+
+/// Lets no widget of the form get smaller than it needs in its font. A least size that the form's designer demands
+/// takes the place of what the widget itself does; from here on the larger of both counts, whatever the font becomes.
+void keepWhole(QWidget& form);
+
+} // namespace kelvo
