@@ -1,0 +1,71 @@
+"""The window on Wayland, under a compositor without a display: it appears, is painted, and leaves when asked."""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from peers import Lines, World, wait_until
+
+PROGRAM = sys.argv.pop(1)
+SOCKET = "kelvo-test"
+
+
+class Wayland(unittest.TestCase):
+    def setUp(self):
+        self.world = self.enterContext(World())
+        # Sockets have short names, and a folder of their own that nobody else may enter.
+        runtime = self.enterContext(tempfile.TemporaryDirectory(prefix="kelvo-"))
+        os.chmod(runtime, 0o700)
+        self.pictures = pathlib.Path(runtime) / "pictures"
+        self.pictures.mkdir()
+        self.world.environment.update(
+            XDG_RUNTIME_DIR=runtime, WAYLAND_DISPLAY=SOCKET, QT_QPA_PLATFORM="wayland", LANG="de_DE.UTF-8",
+            XDG_PICTURES_DIR=str(self.pictures), ASAN_OPTIONS="detect_leaks=0")
+        self.world.environment.pop("DISPLAY", None)
+        self.world.environment.pop("LC_ALL", None)
+        self.start_compositor(runtime)
+
+    def start_compositor(self, runtime):
+        # The small screen that the window is meant for, with nothing on it.
+        configuration = pathlib.Path(runtime) / "weston.ini"
+        configuration.write_text("[shell]\npanel-position=none\nbackground-color=0xff204060\nbackground-type=tile\n"
+                                 "animation=none\nclose-animation=none\nstartup-animation=none\n")
+        self.compositor = self.world.start(
+            "weston", "--backend=headless-backend.so", "--use-pixman", f"--config={configuration}",
+            f"--socket={SOCKET}", "--width=1024", "--height=600", "--debug", f"--log={runtime}/weston.log")
+        wait_until(lambda: (pathlib.Path(runtime) / SOCKET).exists() or self.compositor.poll() is not None,
+                   "the compositor")
+        self.assertIsNone(self.compositor.poll(), "the compositor ended")
+
+    def picture(self):
+        """A picture of the screen; its path."""
+        before = set(self.pictures.iterdir())
+        process = subprocess.run(["weston-screenshooter"], env=self.world.environment, cwd=self.pictures,
+                                 capture_output=True, text=True, timeout=60, check=False)
+        self.assertEqual(process.returncode, 0, process.stderr)
+        (taken,) = set(self.pictures.iterdir()) - before
+        return taken
+
+    def number_of_colours(self):
+        return int(subprocess.run(["identify", "-format", "%k", str(self.picture())], capture_output=True, text=True,
+                                  check=True).stdout)
+
+    def test_window_appears_is_painted_and_leaves(self):
+        wait_until(lambda: self.number_of_colours() == 1, "the empty screen")
+        process = self.world.start(PROGRAM)
+        log = Lines(process.stderr)
+        wait_until(lambda: "kelvo-touch-display: willSelect" in log.read(), "the window")
+
+        wait_until(lambda: self.number_of_colours() > 10, "the window on the screen")
+
+        process.terminate()
+        wait_until(lambda: log.read() is not None and process.poll() is not None, "the window's end")
+        self.assertEqual(process.returncode, 0)
+        wait_until(lambda: self.number_of_colours() == 1, "the screen without the window")
+
+
+if __name__ == "__main__":
+    unittest.main()
