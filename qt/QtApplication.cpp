@@ -71,7 +71,7 @@ void QtApplication::beginInformationalAlertSheet(const NSAlertSheet& sheet, cons
     QMessageBox* const box = std::make_unique<QMessageBox>(shown_.data()).release();
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setIcon(QMessageBox::Information);
-    box->setLayoutDirection(window_->layoutDirection());
+    box->setLayoutDirection(shown_->layoutDirection());
     showTexts(*box, sheet);
     QPushButton* const confirms = box->addButton(QString::fromStdString(sheet.defaultButton), QMessageBox::AcceptRole);
     QPushButton* const declines =

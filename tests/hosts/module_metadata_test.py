@@ -12,7 +12,7 @@ SCRIPT = sys.argv.pop(1)
 ENGLISH = '''/* A comment with "Pane.Name" = "Wrong"; */
 "Pane.Name" = "Touch \\"Display\\"";
 "Pane.Description" = "Set it up";
-"Pane.Keywords" = "touch,display";
+"Pane.Keywords" = "touch;display;";
 "Other" = "Not there";
 '''
 
@@ -36,7 +36,7 @@ class ModuleMetadata(unittest.TestCase):
 
     def test_each_language_has_its_texts_under_the_desktops_name_for_it(self):
         self.add_table("en", ENGLISH)
-        self.add_table("zh-Hans", '"Pane.Name" = "触摸屏";\n"Pane.Keywords" = "触摸,手势";\n')
+        self.add_table("zh-Hans", '"Pane.Name" = "触摸屏";\n"Pane.Keywords" = "触摸;手势;";\n')
         self.add_table("zh-Hant", '"Pane.Name" = "觸控螢幕";\n')
         self.add_table("pt_BR", '"Pane.Description" = "Configurar";\n')
         self.add_table("de", '"Tab.Label" = "Einstellungen";\n')
