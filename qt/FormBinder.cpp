@@ -84,8 +84,10 @@ void keepPlaceWhenHidden(QWidget& widget) {
 }
 
 void showHidden(QWidget& widget, const NSView& view) {
-    // A widget that stands nowhere yet would be shown as a window of its own.
-    if (view.isHidden() || widget.parentWidget()) widget.setHidden(view.isHidden());
+    // What was never hidden comes with what it stands in. Asked for ahead, the toolkit would lay the whole form out
+    // anew for each widget, and show one that stands nowhere yet as a window of its own.
+    if (!view.isHidden() && !widget.testAttribute(Qt::WA_WState_ExplicitShowHide)) return;
+    widget.setHidden(view.isHidden());
 }
 
 void showEnabled(QWidget& widget, const NSControl& control) { widget.setEnabled(control.isEnabled()); }
