@@ -13,10 +13,7 @@
 
 namespace kelvo {
 
-PullDown::PullDown(QWidget* parent) : QComboBox(parent) {
-    setFocusPolicy(Qt::StrongFocus);
-    offerChoicesToFingers(*this);
-}
+PullDown::PullDown(QWidget* parent) : QComboBox(parent) { setFocusPolicy(Qt::StrongFocus); }
 
 void PullDown::setTitle(const QString& title) {
     title_ = title;
@@ -54,9 +51,17 @@ int PullDown::textWidthOf(const QString& title) const { return fontMetrics().hor
 
 void PullDown::showPopup() {
     if (!opensMenu_()) return;
+    prepareMenu();
     // The button is as wide as its title, the menu as its widest choice.
     view()->setMinimumWidth(view()->sizeHintForColumn(0));
     QComboBox::showPopup();
+}
+
+/// Only now, since asking for the menu's view makes a window for it, and most menus are never opened.
+void PullDown::prepareMenu() {
+    if (isMenuPrepared_) return;
+    isMenuPrepared_ = true;
+    offerChoicesToFingers(*this);
 }
 
 void PullDown::paintEvent(QPaintEvent*) {

@@ -46,11 +46,13 @@ protected:
 private:
     [[nodiscard]] QRect textRectIn(const QRect& rect) const;
     void drawBareTitle();
+    void prepareMenu();
 
     QString title_;
     std::function<bool()> opensMenu_ = [] { return true; };
     bool isBordered_ = true;
     bool hasArrow_ = true;
+    bool isMenuPrepared_ = false;
 };
 
 } // namespace kelvo
