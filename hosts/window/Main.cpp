@@ -37,9 +37,7 @@ QIcon iconIn(platform::NSBundle& bundle) {
     return paths.empty() ? QIcon() : QIcon(QString::fromStdString(paths.front()));
 }
 
-/// Ties the windows to the desktop file and gives them the icon.
-void introduceToDesktop(platform::NSBundle& bundle) {
-    QGuiApplication::setDesktopFileName(kProgramName);
+void showIcon(platform::NSBundle& bundle) {
     QGuiApplication::setWindowIcon(QIcon::fromTheme(kProgramName, iconIn(bundle)));
 }
 
@@ -59,7 +57,7 @@ std::string installedPanePath() {
 int run(const kelvo::Options& options, int argc, char* argv[]) {
     const QApplication toolkit(argc, argv);
     kelvo::QtHostPlatform host(kProgramName, options.panePath.value_or(installedPanePath()));
-    introduceToDesktop(host.bundle());
+    QGuiApplication::setDesktopFileName(kProgramName);
     QTranslator toolkitTexts;
     translateToolkit(toolkitTexts);
     QGuiApplication::setLayoutDirection(kelvo::writingDirection(&host.bundle()));
@@ -78,6 +76,8 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
     const auto pane = host.loadPane();
     kelvo::PaneWindow window(*pane, host.nibs());
     window.setWindowTitle(QString::fromStdString(host.bundle().localizedStringForKey("Window.Title", kProgramName)));
+    // To look through the theme takes long, and nobody misses the icon before the window.
+    window.callWhenPainted([&host] { showIcon(host.bundle()); });
     host.application().setWindow(window);
     const kelvo::TerminationSignals termination(host.runLoop(), [] { QCoreApplication::quit(); });
 

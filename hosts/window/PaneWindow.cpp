@@ -8,6 +8,7 @@
 #include <QShowEvent>
 
 #include <memory>
+#include <utility>
 
 namespace kelvo {
 
@@ -38,6 +39,13 @@ void PaneWindow::changeEvent(QEvent* event) {
         QMetaObject::invokeMethod(
             this, [this] { reload(); }, Qt::QueuedConnection);
     }
+}
+
+void PaneWindow::paintEvent(QPaintEvent* event) {
+    QMainWindow::paintEvent(event);
+    if (!whenPainted_) return;
+    QMetaObject::invokeMethod(
+        this, [call = std::exchange(whenPainted_, nullptr)] { call(); }, Qt::QueuedConnection);
 }
 
 // A spontaneous event is the window system's: minimising, or another virtual desktop. The pane is not left by that.

@@ -5,6 +5,9 @@
 
 #include <QMainWindow>
 
+#include <functional>
+#include <utility>
+
 namespace kelvo {
 
 /// A window that shows one pane and leads it through its life: selected while the window is open, minimised or not.
@@ -15,8 +18,12 @@ public:
     /// `nibs`, which its form comes from, must outlive the window.
     PaneWindow(platform::NSPreferencePane& pane, const QtNibs& nibs);
 
+    /// Makes one call in the turn of the main loop after the window was first painted.
+    void callWhenPainted(std::function<void()> call) { whenPainted_ = std::move(call); }
+
 protected:
     void changeEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
@@ -24,6 +31,7 @@ private:
     void reload();
 
     PaneLife life_;
+    std::function<void()> whenPainted_;
 };
 
 } // namespace kelvo
