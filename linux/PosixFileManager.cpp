@@ -2,6 +2,7 @@
 
 #include "linux/SystemClock.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -260,6 +261,10 @@ bool PosixFileManager::writeAtomically(const std::string& path, std::span<const 
     struct stat old {};
     const bool exists = ::lstat(target->c_str(), &old) == 0;
     if (exists && !S_ISREG(old.st_mode)) return false;
+    // Most writes store what is stored already, and to replace a file by its like would wait for the disk twice.
+    const bool isOfThatSize = exists && std::cmp_equal(old.st_size, contents.size());
+    const auto present = isOfThatSize ? contentsAtPath(*target) : std::nullopt;
+    if (present && std::ranges::equal(*present, contents)) return true;
 
     const std::string folder = folderOf(*target);
     TemporaryFile file(folder, target->substr(folder.size()));

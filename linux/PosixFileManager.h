@@ -20,8 +20,8 @@ public:
     /// None also for what is no regular file, and for a file larger than anything that is ever read here (256 MiB).
     [[nodiscard]] std::optional<platform::NSData> contentsAtPath(const std::string& path) override;
     /// A symbolic link stays and what it points to is replaced. The old file's mode is kept; a new file is its owner's
-    /// alone. Only a regular file is replaced. What a process that was killed while it wrote the file left beside it is
-    /// removed; what another one is writing at this moment is not touched.
+    /// alone. Only a regular file is replaced, and none by its like. What a process that was killed while it wrote the
+    /// file left beside it is removed; what another one is writing at this moment is not touched.
     [[nodiscard]] bool writeAtomically(const std::string& path, std::span<const std::uint8_t> contents) override;
     /// `$HOME`, else what the password database says, else "/".
     [[nodiscard]] std::string homeDirectory() override;

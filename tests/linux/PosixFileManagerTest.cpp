@@ -326,6 +326,20 @@ TEST(PosixFileManager, ReaderOfTheOldFileKeepsReadingTheOldFile) {
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), "old text");
 }
 
+TEST(PosixFileManager, FileThatHoldsTheContentsAlreadyStaysAsItIs) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.write("file", "text");
+    struct stat before {};
+    ASSERT_EQ(::stat(path.c_str(), &before), 0);
+    EXPECT_TRUE(PosixFileManager().writeAtomically(path, bytes("text")));
+    struct stat after {};
+    ASSERT_EQ(::stat(path.c_str(), &after), 0);
+    EXPECT_EQ(after.st_ino, before.st_ino);
+
+    EXPECT_TRUE(PosixFileManager().writeAtomically(path, bytes("tent")));
+    EXPECT_EQ(PosixFileManager().contentsAtPath(path), bytes("tent"));
+}
+
 TEST(PosixFileManager, LinkStaysAndItsTargetIsReplaced) {
     const TemporaryDirectory directory;
     directory.write("real/file", "old");
