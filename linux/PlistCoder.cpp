@@ -82,18 +82,20 @@ Node nodeOfElement(const std::string& element) {
     return nodeFromXML({reinterpret_cast<const std::uint8_t*>(element.data()), element.size()});
 }
 
-std::string xmlText(plist_t node) {
+/// What the library writes of `node`; empty when it has nothing to write.
+template <typename Bytes>
+Bytes xmlOf(plist_t node) {
     char* text = nullptr;
     std::uint32_t length = 0;
     plist_to_xml(node, &text, &length);
     const Allocated<char> owner(text);
-    return text ? std::string(text, length) : std::string();
+    return text ? Bytes(text, text + length) : Bytes();
 }
 
 /// What stands between <tag> and </tag> when the library writes `node`, for what its accessors cannot tell; empty when
 /// it has nothing to write.
 std::string textOfElement(plist_t node, std::string_view tag) {
-    const std::string text = xmlText(node);
+    const auto text = xmlOf<std::string>(node);
     const std::string opening = '<' + std::string(tag) + '>';
     const std::size_t start = text.find(opening);
     if (start == std::string::npos) return {};
@@ -342,9 +344,8 @@ std::optional<NSData> PlistCoder::createXMLData(const Value& root) {
     const PointAsDecimalSeparator guard;
     const Node node = encoded(root, 0);
     if (!node) return std::nullopt;
-    const std::string text = xmlText(node.get());
-    if (text.empty()) return std::nullopt;
-    return NSData(text.begin(), text.end());
+    auto data = xmlOf<NSData>(node.get());
+    return data.empty() ? std::nullopt : std::optional(std::move(data));
 }
 
 Value PlistCoder::createFromXMLData(std::span<const std::uint8_t> data) {
