@@ -93,6 +93,7 @@ std::unique_ptr<platform::CFFileDescriptor> QtRunLoop::watch(int descriptor, std
 }
 
 void QtRunLoop::runUntil(const std::function<bool()>& done, double seconds) {
+    if (done()) return;
     // The deadline is an event too, so that waiting for events cannot miss it.
     QTimer deadline;
     deadline.setTimerType(Qt::PreciseTimer);
