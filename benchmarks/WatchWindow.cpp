@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -81,12 +82,11 @@ std::uint64_t numberBehind(const std::string& path, const std::string& name) {
     throw std::runtime_error(path + " has no " + name);
 }
 
-/// How often the threads of a process have gone to sleep by themselves, which is how often something woke them, or
-/// will.
-std::uint64_t voluntarySwitches(const Program& program) {
-    std::uint64_t switches = 0;
+/// How often each thread of a process has gone to sleep by itself, which is how often something woke it, or will.
+std::map<std::string, std::uint64_t> voluntarySwitches(const Program& program) {
+    std::map<std::string, std::uint64_t> switches;
     for (const auto& thread : std::filesystem::directory_iterator(program.processFolder() + "/task")) {
-        switches += numberBehind(thread.path() / "status", "voluntary_ctxt_switches:");
+        switches[thread.path().filename()] = numberBehind(thread.path() / "status", "voluntary_ctxt_switches:");
     }
     return switches;
 }
@@ -181,9 +181,14 @@ double ageWhenPainted(Screen& screen, Window window, const Program& program) {
 std::uint64_t wakeUps(const Program& program, int seconds) {
     // Whatever a program still does behind its first picture has its time.
     std::this_thread::sleep_for(std::chrono::seconds(4));
-    const std::uint64_t before = voluntarySwitches(program);
+    auto before = voluntarySwitches(program);
     std::this_thread::sleep_for(std::chrono::seconds(seconds));
-    return voluntarySwitches(program) - before;
+    const auto after = voluntarySwitches(program);
+    std::uint64_t count = 0;
+    for (const auto& [thread, switches] : after) count += switches - before[thread];
+    // A thread that has ended woke up for it.
+    for (const auto& [thread, switches] : before) count += after.contains(thread) ? 0 : 1;
+    return count;
 }
 
 void watch(char* const command[], int idleSeconds) {
