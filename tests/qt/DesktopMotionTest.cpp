@@ -100,7 +100,9 @@ TEST_F(DesktopMotionTest, SettingsThatAllowItAndThoseOfAnotherKindDoNot) {
 TEST_F(DesktopMotionTest, ChangeOfTheSettingIsFollowed) {
     portal_.settings = {{kGnome, true}, {kPlasma, "1"}};
     startPortal();
+    QSignalSpy answers(&motion_, &DesktopMotion::changed);
     ask();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return answers.count() == 2; }));
     emit portal_.SettingChanged("org.gnome.desktop.interface", "enable-animations", QDBusVariant(false));
     EXPECT_TRUE(becomes(false));
     emit portal_.SettingChanged("org.gnome.desktop.interface", "font-name", QDBusVariant("Sans"));
