@@ -1,0 +1,121 @@
+#include "cocoa/CocoaRunLoop.h"
+
+#include "cocoa/Elements.h"
+#include "platform/Guarded.h"
+
+#import <AppKit/AppKit.h>
+
+#include <cstdint>
+#include <utility>
+
+/// What a timer or a descriptor of the run loop calls.
+@interface KelvoLoopTarget : NSObject <RunLoopEvents> {
+    std::function<void()> call_;
+}
+- (instancetype)initWithCall:(std::function<void()>)call;
+- (void)fire:(NSTimer*)timer;
+@end
+
+@implementation KelvoLoopTarget
+
+- (instancetype)initWithCall:(std::function<void()>)call {
+    self = [super init];
+    if (self) call_ = std::move(call);
+    return self;
+}
+
+- (void)fire:(NSTimer*)timer {
+    (void)timer;
+    platform::guarded(call_);
+}
+
+- (void)receivedEvent:(void*)data type:(RunLoopEventType)type extra:(void*)extra forMode:(NSString*)mode {
+    (void)data;
+    (void)type;
+    (void)extra;
+    (void)mode;
+    // The copy lives on when the call ends the watch.
+    const auto call = call_;
+    platform::guarded(call);
+}
+
+@end
+
+namespace kelvo {
+
+namespace {
+
+NSArray* deliveringModes() { return [NSArray arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, nil]; }
+
+class Timer final : public platform::NSTimer {
+public:
+    Timer(double seconds, std::function<void()> action) {
+        const Retained<KelvoLoopTarget> target([[KelvoLoopTarget alloc] initWithCall:std::move(action)]);
+        timer_ = Retained<::NSTimer>::sharing([::NSTimer timerWithTimeInterval:seconds
+                                                                        target:target.get()
+                                                                      selector:@selector(fire:)
+                                                                      userInfo:nil
+                                                                       repeats:NO]);
+        for (NSString* mode : elementsOf<NSString>(deliveringModes())) [[NSRunLoop currentRunLoop] addTimer:timer_.get() forMode:mode];
+    }
+
+    // The run loop owns it until it has fired, whoever lets go of this handle.
+    void invalidate() override { [timer_.get() invalidate]; }
+
+private:
+    Retained<::NSTimer> timer_;
+};
+
+class Watch final : public platform::CFFileDescriptor {
+public:
+    Watch(int descriptor, std::function<void()> ready)
+        : descriptor_(descriptor), target_([[KelvoLoopTarget alloc] initWithCall:std::move(ready)]) {
+        enableCallBacks(true, false);
+    }
+    ~Watch() override { enableCallBacks(false, false); }
+
+    void enableCallBacks(bool whenReadable, bool whenWritable) override {
+        enable(ET_RDESC, isReading_, whenReadable);
+        enable(ET_WDESC, isWriting_, whenWritable);
+    }
+
+private:
+    void enable(RunLoopEventType type, bool& isEnabled, bool shouldBeEnabled) {
+        if (isEnabled == shouldBeEnabled) return;
+        isEnabled = shouldBeEnabled;
+        // The interface takes a number in the place of a pointer.
+        void* const data = reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor_));
+        for (NSString* mode : elementsOf<NSString>(deliveringModes())) {
+            if (shouldBeEnabled) {
+                [[NSRunLoop currentRunLoop] addEvent:data type:type watcher:target_.get() forMode:mode];
+            } else {
+                [[NSRunLoop currentRunLoop] removeEvent:data type:type forMode:mode all:NO];
+            }
+        }
+    }
+
+    int descriptor_;
+    Retained<KelvoLoopTarget> target_;
+    bool isReading_ = false;
+    bool isWriting_ = false;
+};
+
+} // namespace
+
+std::shared_ptr<platform::NSTimer> CocoaRunLoop::scheduleTimer(double seconds, std::function<void()> action) {
+    return std::make_shared<Timer>(seconds, std::move(action));
+}
+
+std::unique_ptr<platform::CFFileDescriptor> CocoaRunLoop::watch(int descriptor, std::function<void()> ready) {
+    return std::make_unique<Watch>(descriptor, std::move(ready));
+}
+
+void CocoaRunLoop::runUntil(const std::function<bool()>& done, double seconds) {
+    const Retained<::NSDate> deadline([[::NSDate alloc] initWithTimeIntervalSinceNow:seconds]);
+    while (!done() && [deadline.get() timeIntervalSinceNow] > 0.0) {
+        const Retained<NSAutoreleasePool> pool([[NSAutoreleasePool alloc] init]);
+        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:deadline.get()];
+    }
+}
+
+} // namespace kelvo

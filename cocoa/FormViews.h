@@ -1,0 +1,53 @@
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include <functional>
+
+// The views that forms use beside the platform's own.
+
+/// A rectangle that covers what lies beneath it.
+@interface KelvoBackdrop : NSView
+@end
+
+/// A rectangle that others are put into at their frames, in a scroll view. It grows downwards to hold what lies below its
+/// bottom; its coordinates stay as they are.
+@interface KelvoContainer : NSView {
+    NSSize formSize_;
+}
+- (void)growToHoldAll;
+@end
+
+/// A rectangle that someone else draws and that tells of presses.
+@interface KelvoCanvas : NSView {
+    std::function<void()> draw_;
+    std::function<void(NSEvent*)> pressed_;
+    std::function<void(NSEvent*)> released_;
+}
+- (void)setDraw:(std::function<void()>)draw;
+- (void)setPressed:(std::function<void(NSEvent*)>)pressed released:(std::function<void(NSEvent*)>)released;
+@end
+
+/// A pull-down menu that can be deaf to the user.
+@interface KelvoPullDown : NSPopUpButton {
+    std::function<bool()> opensMenu_;
+}
+- (void)setOpensMenu:(std::function<bool()>)opensMenu;
+@end
+
+/// The words of a control that stand beside it: they go when it goes, and a click on them is one on a button.
+@interface KelvoCaption : NSTextField {
+    NSControl* control;
+}
+- (NSControl*)captioned;
+@end
+
+/// Shows the value of the slider that has the same tag, where its text has a "%1".
+@interface KelvoReadout : NSTextField
+- (double)shownValueOf:(double)value;
+- (int)decimals;
+@end
+
+/// Shows what the slider's value is short of 1.
+@interface KelvoComplementReadout : KelvoReadout
+@end

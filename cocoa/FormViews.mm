@@ -1,0 +1,116 @@
+#include "cocoa/FormViews.h"
+
+#include "cocoa/Elements.h"
+
+#include <utility>
+
+@implementation KelvoBackdrop
+
+- (BOOL)isOpaque {
+    return YES;
+}
+
+- (void)drawRect:(NSRect)dirtyRect {
+    [[NSColor windowBackgroundColor] set];
+    NSRectFill(dirtyRect);
+}
+
+@end
+
+@implementation KelvoContainer
+
+- (void)growToHoldAll {
+    if (NSEqualSizes(formSize_, NSZeroSize)) formSize_ = [self frame].size;
+    CGFloat below = 0.0;
+    for (NSView* view : kelvo::elementsOf<NSView>([self subviews])) below = MAX(below, -NSMinY([view frame]));
+    if ([self frame].size.height == formSize_.height + below) return;
+    [self setFrameSize:NSMakeSize(formSize_.width, formSize_.height + below)];
+    [self setBoundsOrigin:NSMakePoint(0.0, -below)];
+}
+
+@end
+
+@implementation KelvoCanvas
+
+- (void)setDraw:(std::function<void()>)draw {
+    draw_ = std::move(draw);
+}
+
+- (void)setPressed:(std::function<void(NSEvent*)>)pressed released:(std::function<void(NSEvent*)>)released {
+    pressed_ = std::move(pressed);
+    released_ = std::move(released);
+}
+
+- (void)drawRect:(NSRect)dirtyRect {
+    (void)dirtyRect;
+    if (draw_) draw_();
+    [[NSColor grayColor] set];
+    NSFrameRect([self bounds]);
+}
+
+- (void)mouseDown:(NSEvent*)event {
+    if (pressed_) pressed_(event);
+}
+
+- (void)mouseUp:(NSEvent*)event {
+    if (released_) released_(event);
+}
+
+@end
+
+@implementation KelvoPullDown
+
+- (void)setOpensMenu:(std::function<bool()>)opensMenu {
+    opensMenu_ = std::move(opensMenu);
+}
+
+- (void)mouseDown:(NSEvent*)event {
+    if (opensMenu_ && opensMenu_()) [super mouseDown:event];
+}
+
+- (void)performClick:(id)sender {
+    if (opensMenu_ && opensMenu_()) [super performClick:sender];
+}
+
+- (BOOL)acceptsFirstResponder {
+    return opensMenu_ && opensMenu_() && [super acceptsFirstResponder];
+}
+
+@end
+
+@implementation KelvoCaption
+
+- (NSControl*)captioned {
+    return control;
+}
+
+- (void)mouseDown:(NSEvent*)event {
+    if ([control isKindOfClass:[NSButton class]]) [control performClick:self];
+    (void)event;
+}
+
+@end
+
+@implementation KelvoReadout
+
+- (int)decimals {
+    return 1;
+}
+
+- (double)shownValueOf:(double)value {
+    return value;
+}
+
+@end
+
+@implementation KelvoComplementReadout
+
+- (int)decimals {
+    return 2;
+}
+
+- (double)shownValueOf:(double)value {
+    return 1.0 - value;
+}
+
+@end
