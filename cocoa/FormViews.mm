@@ -23,6 +23,7 @@
     if (NSEqualSizes(formSize_, NSZeroSize)) formSize_ = [self frame].size;
     CGFloat below = 0.0;
     for (NSView* view : kelvo::elementsOf<NSView>([self subviews])) below = MAX(below, -NSMinY([view frame]));
+    [[self enclosingScrollView] setHasVerticalScroller:below > 0.0];
     if ([self frame].size.height == formSize_.height + below) return;
     [self setFrameSize:NSMakeSize(formSize_.width, formSize_.height + below)];
     [self setBoundsOrigin:NSMakePoint(0.0, -below)];

@@ -25,7 +25,7 @@ NSString* placeOf(NSView* view, NSRect rect, NSString* kind, NSString* text) {
 
 /// The tabs themselves are no views: each is where the tab view says it is.
 void appendTabs(NSTabView* tabView, NSMutableString* lines) {
-    const CGFloat y = NSMaxY([tabView bounds]) - 10.0;
+    const CGFloat y = [tabView isFlipped] ? 10.0 : NSMaxY([tabView bounds]) - 10.0;
     NSTabViewItem* last = nil;
     for (CGFloat x = 0.0; x < NSWidth([tabView bounds]); x += 1.0) {
         NSTabViewItem* const item = [tabView tabViewItemAtPoint:NSMakePoint(x, y)];

@@ -1,0 +1,192 @@
+"""The pane inside the real System Preferences, under a virtual X server, operated by a real pointer: its life, its tabs,
+and what reaches the driver. Takes the bundle."""
+
+import os
+import pathlib
+import plistlib
+import subprocess
+import sys
+import unittest
+
+from hosts import PANE, PaneLife
+from peers import Lines, Peer, World, wait_until
+
+BUNDLE = pathlib.Path(sys.argv.pop(1))
+HOST = "SystemPreferences"
+CONFIGURATION = pathlib.Path("/etc/GNUstep/GNUstep.conf")
+
+
+class Display:
+    """A virtual X server with a window manager, and a pointer."""
+
+    def __init__(self, world):
+        reading, writing = os.pipe()
+        world.processes.append(subprocess.Popen(
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x900x24", "-nolisten", "tcp", "-noreset"],
+            pass_fds=[writing], stderr=subprocess.DEVNULL))
+        os.close(writing)
+        with os.fdopen(reading) as numbers:
+            world.environment["DISPLAY"] = f":{numbers.readline().strip()}"
+        self.environment = world.environment
+        world.start("openbox")
+
+    def xdotool(self, *words):
+        return subprocess.run(["xdotool", *map(str, words)], env=self.environment, text=True, capture_output=True,
+                              check=False).stdout
+
+    def click(self, x, y):
+        self.xdotool("mousemove", x, y, "click", 1)
+
+
+class Preferences:
+    """The running application, with the pane installed for a user of its own."""
+
+    def __init__(self, world):
+        self.world = world
+        library = world.folder / "GNUstep/Library"
+        (library / "Bundles").mkdir(parents=True)
+        (library / "Bundles" / BUNDLE.name).symlink_to(BUNDLE)
+        configuration = world.folder / "GNUstep.conf"
+        configuration.write_text(CONFIGURATION.read_text(encoding="utf-8")
+                                 + "\nGNUSTEP_USER_CONFIG_FILE=.none\nGNUSTEP_USER_DIR_LIBRARY=./GNUstep/Library\n"
+                                 + "GNUSTEP_USER_DEFAULTS_DIR=./GNUstep/Defaults\n", encoding="utf-8")
+        self.places_file = world.folder / "places"
+        world.environment.update(GNUSTEP_CONFIG_FILE=str(configuration), LC_ALL="C.UTF-8",
+                                 KELVO_CONTROL_PLACES=str(self.places_file))
+        self.display = Display(world)
+        self.process = world.start(HOST, "-GSSuppressAppIcon", "YES")
+        self.log = Lines(self.process.stderr)
+        self.life = PaneLife(world, HOST, self.log)
+
+    def places(self):
+        """What can be seen of the pane: (kind, text, x, y, width, height) each."""
+        try:
+            lines = self.places_file.read_text(encoding="utf-8").splitlines()
+        except FileNotFoundError:
+            return []
+        found = []
+        for line in lines:
+            x, y, width, height, kind, *text = line.split(" ", 5)
+            found.append((kind, "".join(text), int(x), int(y), int(width), int(height)))
+        return found
+
+    def find(self, kind, text=None):
+        found = []
+        wait_until(lambda: found.extend(each for each in self.places() if each[0] == kind and text in (None, each[1]))
+                   or found, f"{kind} {text!r} among {self.places()}")
+        return found[0]
+
+    def click(self, kind, text=None, row=0, rows=1):
+        _, _, x, y, width, height = self.find(kind, text)
+        self.display.click(x + min(width // 2, 12), y + height * (2 * row + 1) // (2 * rows))
+
+    def origin(self):
+        """Where the application's window lies."""
+        geometry = self.display.xdotool("search", "--onlyvisible", "--name", "^System Preferences$",
+                                        "getwindowgeometry", "--shell", "%@")
+        values = dict(line.split("=") for line in geometry.splitlines() if "=" in line)
+        return (int(values["X"]), int(values["Y"])) if int(values.get("WIDTH", 0)) > 400 else None
+
+    def until(self, act, condition, what):
+        """Acts until it has helped: the first click into a window that is not active only makes it so."""
+        tries = [0]
+
+        def attempt():
+            if condition():
+                return True
+            tries[0] += 1
+            if tries[0] % 200 == 1:
+                act()
+            return False
+
+        wait_until(attempt, what)
+
+    def select_pane(self, times):
+        def click_icon():
+            origin = self.origin()
+            if origin:
+                self.display.click(origin[0] + 50, origin[1] + 140)
+
+        self.until(click_icon, lambda: self.life.steps().count("willSelect") == times, "the pane's selection")
+        wait_until(lambda: self.world.has_owner(PANE), "the pane's port")
+
+    def show_all(self, times):
+        def click():
+            x, y = self.origin()
+            self.display.click(x + 40, y + 20)
+
+        self.until(click, lambda: self.life.steps().count("willUnselect") == times, "the way back")
+
+
+class SystemPreferences(unittest.TestCase):
+    def setUp(self):
+        self.world = self.enterContext(World())
+        self.set_utilities(["Desk"])
+        self.world.set_plist("Settings_Desk.plist", {
+            "DoubleClickRate": 0.7, "DoubleClickRange": 48, "RotateMode": 0, "AutoCalibration": True,
+            "DriverVersion": "1.2.3", "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 0.7}})
+        self.driver = self.enterContext(Peer(self.world, "TouchDisplayDriverMessagePort"))
+
+    def set_utilities(self, devices, enabled=True):
+        self.world.set_plist("Utilities.plist", {
+            "SelectedMenuItem": 0, "IsShowStatuMenu": True, "DriverEnable": enabled, "CurrentDeviceType": devices,
+            "VerboseLog": False})
+
+    def wait_for_message(self, message_id):
+        def heard():
+            return [plistlib.loads(data) for heard_id, data in self.driver.received if heard_id == message_id]
+
+        wait_until(heard, f"message {message_id}")
+        return heard()[-1]
+
+    def show_tab(self, index):
+        self.world.send(PANE, 8, {"SelectedMenuItem": index})
+
+    def test_works_like_any_other_host(self):
+        preferences = Preferences(self.world)
+        preferences.select_pane(1)
+        preferences.life.expect("mainViewDidLoad", "willSelect")
+
+        preferences.click("NSButton", "Apply")
+        self.assertEqual(self.wait_for_message(6)["DeviceName"], "Desk")
+
+        self.show_tab(1)
+        preferences.click("NSButton", "Normal Speed")
+        self.assertEqual(self.wait_for_message(0), {"DoubleClickRate": 0.5, "DeviceName": "Desk"})
+        preferences.click("NSTabViewItem", "Gestures")
+        preferences.click("KelvoCaption", "Look up a word")
+        gestures = {each["Name"]: each["IsEnable"] for each in self.wait_for_message(2)["GestureArray"]}
+        self.assertFalse(gestures["LookUp"])
+
+        self.show_tab(2)
+        preferences.click("NSMatrix", row=1, rows=4)
+        preferences.click("NSButton", "Cancel")
+        wait_until(lambda: not any(each[1] == "Cancel" for each in preferences.places()), "the sheet's end")
+        self.assertNotIn(3, [message_id for message_id, _ in self.driver.received])
+        preferences.click("NSMatrix", row=2, rows=4)
+        preferences.click("NSButton", "Rotate")
+        self.assertEqual(self.wait_for_message(3), {"RotateMode": 2, "DeviceName": "Desk"})
+
+        self.show_tab(3)
+        preferences.find("NSTextField", "1.2.3")
+
+        self.set_utilities(["Desk"], enabled=False)
+        self.world.send(PANE, 4, {"DriverEnable": False})
+        wait_until(lambda: any("switched off" in each[1] for each in preferences.places()), "the driver's alert")
+        self.set_utilities([])
+        self.world.send(PANE, 7, {"IsConnected": False})
+        wait_until(lambda: any("No touch display" in each[1] for each in preferences.places()), "the display's alert")
+        self.set_utilities(["Desk"])
+        self.world.send(PANE, 7, {"IsConnected": True})
+        preferences.find("NSButton", "Apply")
+
+        preferences.show_all(1)
+        preferences.select_pane(2)
+        preferences.life.expect("mainViewDidLoad", "willSelect", "willUnselect", "willSelect")
+        preferences.until(lambda: preferences.display.click(40, 172), lambda: preferences.process.poll() is not None,
+                          "the end of the application")
+        preferences.life.expect("mainViewDidLoad", "willSelect", "willUnselect", "willSelect", "willUnselect")
+
+
+if __name__ == "__main__":
+    unittest.main()
