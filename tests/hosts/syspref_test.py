@@ -70,6 +70,9 @@ class Preferences:
             found.append((kind, "".join(text), int(x), int(y), int(width), int(height)))
         return found
 
+    def shows(self, text):
+        return any(text in each[1] for each in self.places())
+
     def find(self, kind, text=None):
         found = []
         wait_until(lambda: found.extend(each for each in self.places() if each[0] == kind and text in (None, each[1]))
@@ -132,12 +135,13 @@ class SystemPreferences(unittest.TestCase):
             "SelectedMenuItem": 0, "IsShowStatuMenu": True, "DriverEnable": enabled, "CurrentDeviceType": devices,
             "VerboseLog": False})
 
-    def wait_for_message(self, message_id):
+    def message_of(self, message_id, preferences, *control, **where):
+        """What the driver hears first when a control is clicked."""
         def heard():
             return [plistlib.loads(data) for heard_id, data in self.driver.received if heard_id == message_id]
 
-        wait_until(heard, f"message {message_id}")
-        return heard()[-1]
+        preferences.until(lambda: preferences.click(*control, **where), heard, f"message {message_id}")
+        return heard()[0]
 
     def show_tab(self, index):
         self.world.send(PANE, 8, {"SelectedMenuItem": index})
@@ -147,35 +151,37 @@ class SystemPreferences(unittest.TestCase):
         preferences.select_pane(1)
         preferences.life.expect("mainViewDidLoad", "willSelect")
 
-        preferences.click("NSButton", "Apply")
-        self.assertEqual(self.wait_for_message(6)["DeviceName"], "Desk")
+        self.assertEqual(self.message_of(6, preferences, "NSButton", "Apply")["DeviceName"], "Desk")
 
         self.show_tab(1)
-        preferences.click("NSButton", "Normal Speed")
-        self.assertEqual(self.wait_for_message(0), {"DoubleClickRate": 0.5, "DeviceName": "Desk"})
-        preferences.click("NSTabViewItem", "Gestures")
-        preferences.click("KelvoCaption", "Look up a word")
-        gestures = {each["Name"]: each["IsEnable"] for each in self.wait_for_message(2)["GestureArray"]}
+        self.assertEqual(self.message_of(0, preferences, "NSButton", "Normal Speed"),
+                         {"DoubleClickRate": 0.5, "DeviceName": "Desk"})
+        preferences.until(lambda: preferences.click("NSTabViewItem", "Gestures"),
+                          lambda: preferences.shows("Look up a word"), "the gestures")
+        gestures = {each["Name"]: each["IsEnable"] for each
+                    in self.message_of(2, preferences, "KelvoCaption", "Look up a word")["GestureArray"]}
         self.assertFalse(gestures["LookUp"])
 
         self.show_tab(2)
-        preferences.click("NSMatrix", row=1, rows=4)
-        preferences.click("NSButton", "Cancel")
-        wait_until(lambda: not any(each[1] == "Cancel" for each in preferences.places()), "the sheet's end")
+        preferences.until(lambda: preferences.click("NSMatrix", row=1, rows=4), lambda: preferences.shows("Cancel"),
+                          "the sheet")
+        preferences.until(lambda: preferences.click("NSButton", "Cancel"), lambda: not preferences.shows("Cancel"),
+                          "the sheet's end")
         self.assertNotIn(3, [message_id for message_id, _ in self.driver.received])
-        preferences.click("NSMatrix", row=2, rows=4)
-        preferences.click("NSButton", "Rotate")
-        self.assertEqual(self.wait_for_message(3), {"RotateMode": 2, "DeviceName": "Desk"})
+        preferences.until(lambda: preferences.click("NSMatrix", row=2, rows=4), lambda: preferences.shows("Rotate"),
+                          "the sheet")
+        self.assertEqual(self.message_of(3, preferences, "NSButton", "Rotate"),
+                         {"RotateMode": 2, "DeviceName": "Desk"})
 
         self.show_tab(3)
         preferences.find("NSTextField", "1.2.3")
 
         self.set_utilities(["Desk"], enabled=False)
         self.world.send(PANE, 4, {"DriverEnable": False})
-        wait_until(lambda: any("switched off" in each[1] for each in preferences.places()), "the driver's alert")
+        wait_until(lambda: preferences.shows("switched off"), "the driver's alert")
         self.set_utilities([])
         self.world.send(PANE, 7, {"IsConnected": False})
-        wait_until(lambda: any("No touch display" in each[1] for each in preferences.places()), "the display's alert")
+        wait_until(lambda: preferences.shows("No touch display"), "the display's alert")
         self.set_utilities(["Desk"])
         self.world.send(PANE, 7, {"IsConnected": True})
         preferences.find("NSButton", "Apply")
