@@ -35,6 +35,12 @@
 - (void)setOpensMenu:(std::function<bool()>)opensMenu;
 @end
 
+/// A column of radio buttons that tells of every click on it, which not every matrix does.
+@interface KelvoMatrix : NSMatrix {
+    BOOL hasSentAction_;
+}
+@end
+
 /// The words of a control that stand beside it: they go when it goes, and a click on them is one on a button.
 @interface KelvoCaption : NSTextField {
     NSControl* control;

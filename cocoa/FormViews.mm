@@ -79,6 +79,21 @@
 
 @end
 
+@implementation KelvoMatrix
+
+- (void)mouseDown:(NSEvent*)event {
+    hasSentAction_ = NO;
+    [super mouseDown:event];
+    if (!hasSentAction_ && [self isEnabled]) [self sendAction:[self action] to:[self target]];
+}
+
+- (BOOL)sendAction:(SEL)action to:(id)target {
+    hasSentAction_ = YES;
+    return [super sendAction:action to:target];
+}
+
+@end
+
 @implementation KelvoCaption
 
 - (NSControl*)captioned {

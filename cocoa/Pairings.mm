@@ -167,11 +167,6 @@ void pairMatrix(NSView* view, platform::NSView& anyModel, FormBinding& binding) 
     const auto show = binding.mirror(model, [matrix, &model] { [matrix selectCellAtRow:model.selectedRow() column:0]; });
     tellActs(
         matrix, binding, [matrix, &model] { model.performSelectRow(static_cast<int>([matrix selectedRow])); }, show);
-    // A cell's own action goes before that of its matrix.
-    for (NSActionCell* cell : elementsOf<NSActionCell>([matrix cells])) {
-        [cell setTarget:[matrix target]];
-        [cell setAction:[matrix action]];
-    }
 }
 
 void draw(platform::NSView& model) {

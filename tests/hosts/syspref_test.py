@@ -163,12 +163,12 @@ class SystemPreferences(unittest.TestCase):
         self.assertFalse(gestures["LookUp"])
 
         self.show_tab(2)
-        preferences.until(lambda: preferences.click("NSMatrix", row=1, rows=4), lambda: preferences.shows("Cancel"),
+        preferences.until(lambda: preferences.click("KelvoMatrix", row=1, rows=4), lambda: preferences.shows("Cancel"),
                           "the sheet")
         preferences.until(lambda: preferences.click("NSButton", "Cancel"), lambda: not preferences.shows("Cancel"),
                           "the sheet's end")
         self.assertNotIn(3, [message_id for message_id, _ in self.driver.received])
-        preferences.until(lambda: preferences.click("NSMatrix", row=2, rows=4), lambda: preferences.shows("Rotate"),
+        preferences.until(lambda: preferences.click("KelvoMatrix", row=2, rows=4), lambda: preferences.shows("Rotate"),
                           "the sheet")
         self.assertEqual(self.message_of(3, preferences, "NSButton", "Rotate"),
                          {"RotateMode": 2, "DeviceName": "Desk"})
