@@ -20,7 +20,8 @@ NSString* placeOf(NSView* view, NSRect rect, NSString* kind, NSString* text) {
     place.origin = [[view window] convertBaseToScreen:place.origin];
     const CGFloat top = NSMaxY([[[view window] screen] frame]) - NSMaxY(place);
     return [NSString stringWithFormat:@"%.0f %.0f %.0f %.0f %@ %@\n", NSMinX(place), top, NSWidth(place),
-                                      NSHeight(place), kind, text];
+                                      NSHeight(place), kind,
+                                      [text stringByReplacingOccurrencesOfString:@"\n" withString:@" "]];
 }
 
 /// The tabs themselves are no views: each is where the tab view says it is.

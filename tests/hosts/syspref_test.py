@@ -4,6 +4,7 @@ and what reaches the driver. Takes the bundle."""
 import os
 import pathlib
 import plistlib
+import re
 import subprocess
 import sys
 import unittest
@@ -54,7 +55,13 @@ class Preferences:
         world.environment.update(GNUSTEP_CONFIG_FILE=str(configuration), LC_ALL="C.UTF-8",
                                  KELVO_CONTROL_PLACES=str(self.places_file))
         self.display = Display(world)
+        # A bundle with sanitizers needs theirs to be there before the application, which leaks on its own account.
+        libraries = subprocess.run(["ldd", BUNDLE / "KelvoTouchDisplay"], text=True, capture_output=True,
+                                   check=True).stdout
+        world.environment.update(LD_PRELOAD=" ".join(re.findall(r"=> (\S*/lib(?:asan|ubsan)\.\S*)", libraries)),
+                                 ASAN_OPTIONS="detect_leaks=0")
         self.process = world.start(HOST, "-GSSuppressAppIcon", "YES")
+        world.environment["LD_PRELOAD"] = ""
         self.log = Lines(self.process.stderr)
         self.life = PaneLife(world, HOST, self.log)
 
@@ -84,7 +91,7 @@ class Preferences:
         self.display.click(x + min(width // 2, 12), y + height * (2 * row + 1) // (2 * rows))
 
     def origin(self):
-        """Where the application's window lies."""
+        """A place at the left of the application's window, in the row of its button "Show All"."""
         geometry = self.display.xdotool("search", "--onlyvisible", "--name", "^System Preferences$",
                                         "getwindowgeometry", "--shell", "%@")
         values = dict(line.split("=") for line in geometry.splitlines() if "=" in line)
@@ -116,7 +123,7 @@ class Preferences:
     def show_all(self, times):
         def click():
             x, y = self.origin()
-            self.display.click(x + 40, y + 20)
+            self.display.click(x + 40, y)
 
         self.until(click, lambda: self.life.steps().count("willUnselect") == times, "the way back")
 
