@@ -5,6 +5,7 @@ import os
 import pathlib
 import plistlib
 import re
+import shutil
 import subprocess
 import sys
 import unittest
@@ -42,11 +43,11 @@ class Display:
 class Preferences:
     """The running application, with the pane installed for a user of its own."""
 
-    def __init__(self, world):
+    def __init__(self, world, bundle=BUNDLE):
         self.world = world
         library = world.folder / "GNUstep/Library"
         (library / "Bundles").mkdir(parents=True)
-        (library / "Bundles" / BUNDLE.name).symlink_to(BUNDLE)
+        (library / "Bundles" / BUNDLE.name).symlink_to(bundle)
         configuration = world.folder / "GNUstep.conf"
         configuration.write_text(CONFIGURATION.read_text(encoding="utf-8")
                                  + "\nGNUSTEP_USER_CONFIG_FILE=.none\nGNUSTEP_USER_DIR_LIBRARY=./GNUstep/Library\n"
@@ -199,6 +200,28 @@ class SystemPreferences(unittest.TestCase):
         preferences.until(lambda: preferences.display.click(40, 172), lambda: preferences.process.poll() is not None,
                           "the end of the application")
         preferences.life.expect("mainViewDidLoad", "willSelect", "willUnselect", "willSelect", "willUnselect")
+
+    def test_names_both_sides_of_a_form_that_does_not_fit(self):
+        bundle = self.world.folder / "Misfit" / BUNDLE.name
+        shutil.copytree(BUNDLE, bundle)
+        self.world.environment["LD_LIBRARY_PATH"] = str(BUNDLE.parents[2])
+        info = bundle / "Resources/Info-gnustep.plist"
+        contents = plistlib.loads(info.read_bytes())
+        contents["KelvoPane"] = os.path.relpath(BUNDLE / contents["KelvoPane"], bundle)
+        info.write_bytes(plistlib.dumps(contents))
+        form = bundle / "Resources/TDCalibrationViewCtl.xib"
+        form.write_text(form.read_text(encoding="utf-8").replace('property="applyBtn"', 'property="strange_"'),
+                        encoding="utf-8")
+        preferences = Preferences(self.world, bundle)
+
+        def click_icon():
+            origin = preferences.origin()
+            if origin:
+                preferences.display.click(origin[0] + 50, origin[1] + 140)
+
+        expected = ("form TDCalibrationViewCtl does not fit its owner: view strange_ has no outlet; "
+                    "outlet applyBtn has no view")
+        preferences.until(click_icon, lambda: any(expected in line for line in preferences.log.read()), expected)
 
 
 if __name__ == "__main__":
