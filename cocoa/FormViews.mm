@@ -69,6 +69,16 @@
     if (opensMenu_ && opensMenu_()) [super mouseDown:event];
 }
 
+- (void)drawRect:(NSRect)dirtyRect {
+    if ([self isBordered]) {
+        [super drawRect:dirtyRect];
+    } else if ([self numberOfItems] > 0) {
+        // Without a border it is mere text, which some themes do not know of.
+        NSDictionary* const attributes = [NSDictionary dictionaryWithObject:[self font] forKey:NSFontAttributeName];
+        [[self itemTitleAtIndex:0] drawInRect:NSInsetRect([self bounds], 12.0, 4.0) withAttributes:attributes];
+    }
+}
+
 - (void)performClick:(id)sender {
     if (opensMenu_ && opensMenu_()) [super performClick:sender];
 }
