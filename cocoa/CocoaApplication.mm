@@ -24,9 +24,7 @@ std::int32_t returnCodeOf(NSInteger pressed) {
     kelvo::Retained<NSWindow> window_;
     std::function<void(std::int32_t)> didEnd_;
 }
-- (instancetype)initWithAlert:(NSAlert*)alert
-                       window:(NSWindow*)window
-                       didEnd:(std::function<void(std::int32_t)>)didEnd;
+- (instancetype)initWithAlert:(NSAlert*)alert window:(NSWindow*)window didEnd:(std::function<void(std::int32_t)>)didEnd;
 - (void)show;
 @end
 

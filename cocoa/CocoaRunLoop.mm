@@ -56,7 +56,8 @@ public:
                                                                       selector:@selector(fire:)
                                                                       userInfo:nil
                                                                        repeats:NO]);
-        for (NSString* mode : elementsOf<NSString>(deliveringModes())) [[NSRunLoop currentRunLoop] addTimer:timer_.get() forMode:mode];
+        for (NSString* mode : elementsOf<NSString>(deliveringModes()))
+            [[NSRunLoop currentRunLoop] addTimer:timer_.get() forMode:mode];
     }
 
     // The run loop owns it until it has fired, whoever lets go of this handle.

@@ -1,9 +1,9 @@
 #include "cocoa/FormBinder.h"
 
+#include "cocoa/Elements.h"
 #include "cocoa/FormViews.h"
 #include "cocoa/Frames.h"
 #include "cocoa/Pairings.h"
-#include "cocoa/Elements.h"
 #include "cocoa/Text.h"
 
 #include <algorithm>
@@ -31,7 +31,8 @@ namespace {
 void collect(NSView* view, std::vector<NSView*>& views) {
     views.push_back(view);
     if ([view isKindOfClass:[NSTabView class]]) {
-        for (NSTabViewItem* item : elementsOf<NSTabViewItem>([static_cast<NSTabView*>(view) tabViewItems])) collect([item view], views);
+        for (NSTabViewItem* item : elementsOf<NSTabViewItem>([static_cast<NSTabView*>(view) tabViewItems]))
+            collect([item view], views);
         return;
     }
     for (NSView* inner : elementsOf<NSView>([view subviews])) collect(inner, views);
@@ -69,7 +70,6 @@ bool showsOutlet(const NSOutlet* shown, const NSOutlet& outlet) {
     const auto* view = shown ? std::get_if<platform::NSView*>(&shown->target) : nullptr;
     return cell && *cell && view && *view == &(*cell)->popUp();
 }
-
 
 } // namespace
 
@@ -183,8 +183,7 @@ void FormBinder::readOut(NSView* slider, platform::NSSlider& model, FormBinding&
         const auto pattern = Retained<NSString>::sharing([readout stringValue]);
         binding.mirror(model, [readout, pattern, &model] {
             NSString* const number =
-                [NSString stringWithFormat:@"%.*f", [readout decimals],
-                                           [readout shownValueOf:model.doubleValue()]];
+                [NSString stringWithFormat:@"%.*f", [readout decimals], [readout shownValueOf:model.doubleValue()]];
             [readout setStringValue:[pattern.get() stringByReplacingOccurrencesOfString:@"%1" withString:number]];
         });
     }

@@ -26,7 +26,8 @@ void localizeView(NSView* view, platform::NSBundle* bundle) {
         auto* const button = static_cast<NSButton*>(view);
         [button setTitle:textFor([button title], bundle)];
     } else if ([view isKindOfClass:[NSMatrix class]]) {
-        for (NSCell* cell : elementsOf<NSCell>([static_cast<NSMatrix*>(view) cells])) [cell setTitle:textFor([cell title], bundle)];
+        for (NSCell* cell : elementsOf<NSCell>([static_cast<NSMatrix*>(view) cells]))
+            [cell setTitle:textFor([cell title], bundle)];
     } else if ([view isKindOfClass:[NSTextField class]]) {
         auto* const field = static_cast<NSTextField*>(view);
         [field setStringValue:textFor([field stringValue], bundle)];

@@ -10,8 +10,8 @@
 @interface KelvoBackdrop : NSView
 @end
 
-/// A rectangle that others are put into at their frames, in a scroll view. It grows downwards to hold what lies below its
-/// bottom; its coordinates stay as they are.
+/// A rectangle that others are put into at their frames, in a scroll view. It grows downwards to hold what lies below
+/// its bottom; its coordinates stay as they are.
 @interface KelvoContainer : NSView {
     NSSize formSize_;
 }

@@ -9,8 +9,8 @@
 
 namespace kelvo {
 
-/// How one kind of view shows one kind of control and passes on what the user does to it. What every view has in common,
-/// that it can be hidden, moved or disabled, is none of its concern.
+/// How one kind of view shows one kind of control and passes on what the user does to it. What every view has in
+/// common, that it can be hidden, moved or disabled, is none of its concern.
 struct Pairing {
     bool (*isView)(NSView* view);
     bool (*isModel)(const platform::NSView& model);

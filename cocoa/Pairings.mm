@@ -1,9 +1,9 @@
 #include "cocoa/Pairings.h"
 
 #include "cocoa/CocoaGraphicsContext.h"
+#include "cocoa/Elements.h"
 #include "cocoa/FormViews.h"
 #include "cocoa/Frames.h"
-#include "cocoa/Elements.h"
 #include "cocoa/Text.h"
 #include "platform/Guarded.h"
 
@@ -24,9 +24,9 @@ void tellActs(NSControl* control, FormBinding& binding, const std::function<void
               const std::function<void()>& show) {
     KelvoUserActs* const acts = binding.watchUser();
     [acts setActed:[acted, show] {
-              platform::guarded(acted);
-              show();
-          }];
+        platform::guarded(acted);
+        show();
+    }];
     [control setTarget:acts];
     [control setAction:@selector(act:)];
 }
@@ -91,8 +91,7 @@ void pairPullDown(NSView* view, platform::NSView& anyModel, FormBinding& binding
     const auto show = binding.mirror(model, [pullDown, &model] { showPullDown(pullDown, model); });
     tellActs(
         pullDown, binding,
-        [pullDown, &model] { model.performSelectItemAtIndex(static_cast<int>([pullDown indexOfSelectedItem])); },
-        show);
+        [pullDown, &model] { model.performSelectItemAtIndex(static_cast<int>([pullDown indexOfSelectedItem])); }, show);
 }
 
 void pairButton(NSView* view, platform::NSView& anyModel, FormBinding& binding) {
@@ -141,11 +140,11 @@ void pairEditable(NSView* view, platform::NSView& anyModel, FormBinding& binding
     const auto show = binding.mirror(model, [field, &model] { showEditable(field, model); });
     KelvoUserActs* const acts = binding.watchUser();
     [acts setEdited:[&model](NSString* text) { model.performEdit(textOf(text)); }
-         endEditing:[&model, show](NSString* text) {
-             const bool mayEnd = model.performEndEditing(textOf(text));
-             show();
-             return mayEnd;
-         }];
+        endEditing:[&model, show](NSString* text) {
+            const bool mayEnd = model.performEndEditing(textOf(text));
+            show();
+            return mayEnd;
+        }];
     [field setDelegate:(id)acts];
     const auto held = Retained<NSTextField>::sharing(field);
     binding.atEnd([held] { [held.get() setDelegate:nil]; });
@@ -164,7 +163,8 @@ void pairMatrix(NSView* view, platform::NSView& anyModel, FormBinding& binding) 
     auto* const matrix = static_cast<NSMatrix*>(view);
     auto& model = dynamic_cast<platform::NSMatrix&>(anyModel);
     model.setNumberOfRows(static_cast<int>([matrix numberOfRows]));
-    const auto show = binding.mirror(model, [matrix, &model] { [matrix selectCellAtRow:model.selectedRow() column:0]; });
+    const auto show =
+        binding.mirror(model, [matrix, &model] { [matrix selectCellAtRow:model.selectedRow() column:0]; });
     tellActs(
         matrix, binding, [matrix, &model] { model.performSelectRow(static_cast<int>([matrix selectedRow])); }, show);
 }
@@ -189,9 +189,9 @@ void pairCanvas(NSView* view, platform::NSView& model, FormBinding& binding) {
     [canvas setPressed:[canvas, &model](NSEvent* event) {
         platform::guarded([&] { model.mouseDown(eventAt(canvas, model, event)); });
     }
-              released:[canvas, &model](NSEvent* event) {
-                  platform::guarded([&] { model.mouseUp(eventAt(canvas, model, event)); });
-              }];
+        released:[canvas, &model](NSEvent* event) {
+            platform::guarded([&] { model.mouseUp(eventAt(canvas, model, event)); });
+        }];
     const auto held = Retained<KelvoCanvas>::sharing(canvas);
     binding.atEnd([held] {
         [held.get() setDraw:nullptr];
@@ -209,14 +209,14 @@ void pairTabs(NSView* view, platform::NSView& anyModel, FormBinding& binding) {
     auto* const tabView = static_cast<NSTabView*>(view);
     auto& model = dynamic_cast<platform::NSTabView&>(anyModel);
     if (model.numberOfTabViewItems() == 0) {
-        for (NSTabViewItem* item : elementsOf<NSTabViewItem>([tabView tabViewItems])) model.addTabViewItem(textOf([item label]));
+        for (NSTabViewItem* item : elementsOf<NSTabViewItem>([tabView tabViewItems]))
+            model.addTabViewItem(textOf([item label]));
     }
     const auto show = binding.mirror(model, [tabView, &model] { showTab(tabView, model); });
     KelvoUserActs* const acts = binding.watchUser();
     // This comes for the program's choices, too, which are the model's already.
     [acts setActed:[tabView, &model, show] {
-        model.selectTabViewItemAtIndex(
-            static_cast<int>([tabView indexOfTabViewItem:[tabView selectedTabViewItem]]));
+        model.selectTabViewItemAtIndex(static_cast<int>([tabView indexOfTabViewItem:[tabView selectedTabViewItem]]));
         show();
     }];
     [tabView setDelegate:(id)acts];
@@ -248,9 +248,7 @@ bool isPullDown(const platform::NSView& model) {
     return popUp && popUp->pullsDown();
 }
 
-bool isPopUp(const platform::NSView& model) {
-    return isControl<platform::NSPopUpButton>(model) && !isPullDown(model);
-}
+bool isPopUp(const platform::NSView& model) { return isControl<platform::NSPopUpButton>(model) && !isPullDown(model); }
 
 /// A view of any class that draws itself.
 bool isDrawn(const platform::NSView& model) {
@@ -276,8 +274,7 @@ constexpr Pairing kPairings[] = {
     {isA<NSSlider>, isControl<platform::NSSlider>, pairSlider, make<platform::NSSlider>},
     {isEditable, isControl<platform::NSTextField>, pairEditable, nullptr},
     {isA<NSTextField>, isControl<platform::NSTextField>, pairText, nullptr},
-    {isCheckBox, isControl<platform::NSButton>, pairButton,
-     make<platform::NSButton, platform::NSButton::Type::Switch>},
+    {isCheckBox, isControl<platform::NSButton>, pairButton, make<platform::NSButton, platform::NSButton::Type::Switch>},
     {isA<NSButton>, isControl<platform::NSButton>, pairButton, make<platform::NSButton>},
     {isA<NSTabView>, isControl<platform::NSTabView>, pairTabs, nullptr},
 };

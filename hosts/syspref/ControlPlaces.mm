@@ -19,9 +19,9 @@ NSString* placeOf(NSView* view, NSRect rect, NSString* kind, NSString* text) {
     NSRect place = [view convertRect:NSIntersectionRect(rect, [view visibleRect]) toView:nil];
     place.origin = [[view window] convertBaseToScreen:place.origin];
     const CGFloat top = NSMaxY([[[view window] screen] frame]) - NSMaxY(place);
-    return [NSString stringWithFormat:@"%.0f %.0f %.0f %.0f %@ %@\n", NSMinX(place), top, NSWidth(place),
-                                      NSHeight(place), kind,
-                                      [text stringByReplacingOccurrencesOfString:@"\n" withString:@" "]];
+    return
+        [NSString stringWithFormat:@"%.0f %.0f %.0f %.0f %@ %@\n", NSMinX(place), top, NSWidth(place), NSHeight(place),
+                                   kind, [text stringByReplacingOccurrencesOfString:@"\n" withString:@" "]];
 }
 
 /// The tabs themselves are no views: each is where the tab view says it is.
@@ -87,7 +87,8 @@ void logControlPlaces(NSView* view) {
                                                  selector:@selector(write:)
                                                  userInfo:nil
                                                   repeats:YES];
-    for (NSString* mode : kelvo::elementsOf<NSString>([NSArray arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, nil])) {
+    for (NSString* mode :
+         kelvo::elementsOf<NSString>([NSArray arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, nil])) {
         [[NSRunLoop currentRunLoop] addTimer:timer forMode:mode];
     }
 }
