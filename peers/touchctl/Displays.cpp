@@ -90,7 +90,8 @@ NSMutableDictionary settingsOf(const std::string& name) { return contentsOf(getS
 
 std::string shownPath(const std::string& path) {
     const std::string home = NSFileManager::defaultManager().homeDirectory();
-    return withVisibleControlCharacters(path.starts_with(home + "/") ? "~" + path.substr(home.size()) : path);
+    return withVisibleControlCharacters(path.starts_with(home + "/") ? std::string("~").append(path, home.size())
+                                                                     : path);
 }
 
 } // namespace kelvo::touchctl
