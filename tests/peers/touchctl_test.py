@@ -48,17 +48,29 @@ class TouchctlTest(unittest.TestCase):
     def ctl(self, *words):
         return self.world.run(PROGRAM, *words)
 
+    def ctl_each(self, commands):
+        """Runs the program with each of these words, side by side: what takes them long is to wait."""
+        return self.world.run_together([[PROGRAM, *words] for words in commands])
+
     def expect(self, status, hint, *words):
-        """The command fails with this status, prints nothing, and says on one line what would be right."""
-        actual, output, errors = self.ctl(*words)
-        self.assertEqual((actual, output), (status, ""), (words, errors))
-        self.assertIn(hint, errors)
-        self.assertEqual(errors.count("\n"), 1)
+        self.expect_each(status, [(words, hint)])
+
+    def expect_each(self, status, cases):
+        """Each command fails with this status, prints nothing, and says on one line what would be right."""
+        results = self.ctl_each([words for words, _ in cases])
+        for (words, hint), (actual, output, errors) in zip(cases, results, strict=True):
+            self.assertEqual((actual, output), (status, ""), (words, errors))
+            self.assertIn(hint, errors)
+            self.assertEqual(errors.count("\n"), 1)
 
     def succeed(self, *words):
-        status, output, errors = self.ctl(*words)
-        self.assertEqual((status, errors), (0, ""), words)
-        return output
+        return self.succeed_each([words])[0]
+
+    def succeed_each(self, commands):
+        results = self.ctl_each(commands)
+        for words, (status, _, errors) in zip(commands, results, strict=True):
+            self.assertEqual((status, errors), (0, ""), words)
+        return [output for _, output, _ in results]
 
     def settings(self, name="Desk"):
         return self.world.plist(f"Settings_{name}.plist")
@@ -111,17 +123,19 @@ class Showing(TouchctlTest):
     def test_unknown_display_is_answered_with_those_known(self):
         self.expect(NO_DEVICE, "none is known yet", "show", "Desk")
         self.connect_in_file("Desk", "Wall \"2\"")
-        for words in (("show", "Des"), ("export", "desk"), ("set", "", "rotation", "90"),
-                      ("gesture", "Desk ", "Rotate", "on"), ("import", "../Desk")):
-            self.expect(NO_DEVICE, "known are \"Desk\", \"Wall \"2\"\"", *words)
+        self.expect_each(NO_DEVICE, [
+            (words, "known are \"Desk\", \"Wall \"2\"\"")
+            for words in (("show", "Des"), ("export", "desk"), ("set", "", "rotation", "90"),
+                          ("gesture", "Desk ", "Rotate", "on"), ("import", "../Desk"))])
 
     def test_damaged_files_are_named_and_stay(self):
         self.connect_in_file("Desk")
         settings = self.world.preferences / "Settings_Desk.plist"
         settings.write_bytes(b"<plist><dict><key>")
-        for words in (("show", "Desk"), ("show",), ("export", "Desk"), ("set", "Desk", "rotation", "90"),
-                      ("gesture", "Desk", "Rotate", "off")):
-            self.expect(FAILURE, "~/Library/Preferences/KelvoTouchDisplay/Settings_Desk.plist", *words)
+        self.expect_each(FAILURE, [
+            (words, "~/Library/Preferences/KelvoTouchDisplay/Settings_Desk.plist")
+            for words in (("show", "Desk"), ("show",), ("export", "Desk"), ("set", "Desk", "rotation", "90"),
+                          ("gesture", "Desk", "Rotate", "off"))])
         utilities = self.world.preferences / "Utilities.plist"
         utilities.write_bytes(b"\xff")
         for words in (("list",), ("show", "Desk"), ("set", "Desk", "rotation", "90")):
@@ -197,19 +211,18 @@ class Changing(TouchctlTest):
     def test_what_is_wrong_is_answered_with_what_is_right(self):
         self.simulate("Desk")
         before = self.snapshot()
-        for words, hint in (
-                (("set", "Desk", "double-click-rate", "2"), "from 0.1 to 1"),
-                (("set", "Desk", "double-click-range", "0x20"), "from 8 to 128"),
-                (("set", "Desk", "rotation", "-90"), "0, 90, 180 or 270"),
-                (("set", "Desk", "calibration", "manual"), "width and the height"),
-                (("set", "Desk", "RotateMode", "1"), "there are double-click-rate,"),
-                (("set", "Desk", "rotation"), "set DEVICE KEY VALUE"),
-                (("gesture", "Desk", "Rotate", "fast"), "RotateWithTwoFingers"),
-                (("gesture", "Desk", "Fly", "on"), "there are SecondaryClick,"),
-                (("gesture", "Desk", "Rotate"), "gesture DEVICE NAME"),
-                (("dance",), "see --help"), ((), "see --help"), (("list", "Desk"), "list [--json]"),
-                (("doctor", "--json"), "takes no --json"), (("show", "--jason"), "see --help")):
-            self.expect(USAGE, hint, *words)
+        self.expect_each(USAGE, [
+            (("set", "Desk", "double-click-rate", "2"), "from 0.1 to 1"),
+            (("set", "Desk", "double-click-range", "0x20"), "from 8 to 128"),
+            (("set", "Desk", "rotation", "-90"), "0, 90, 180 or 270"),
+            (("set", "Desk", "calibration", "manual"), "width and the height"),
+            (("set", "Desk", "RotateMode", "1"), "there are double-click-rate,"),
+            (("set", "Desk", "rotation"), "set DEVICE KEY VALUE"),
+            (("gesture", "Desk", "Rotate", "fast"), "RotateWithTwoFingers"),
+            (("gesture", "Desk", "Fly", "on"), "there are SecondaryClick,"),
+            (("gesture", "Desk", "Rotate"), "gesture DEVICE NAME"),
+            (("dance",), "see --help"), ((), "see --help"), (("list", "Desk"), "list [--json]"),
+            (("doctor", "--json"), "takes no --json"), (("show", "--jason"), "see --help")])
         self.assertEqual(self.snapshot(), before)
 
     def test_damaged_gesture_list_is_not_sent_on(self):
@@ -223,12 +236,14 @@ class Changing(TouchctlTest):
     def test_names_with_odd_characters_are_names_like_others(self):
         names = ["Wänd \"2\"", "--help", "$(touch odd)", " 'blank' ", "%n%s%@", "\u6f22\u5b57", "-"]
         self.simulate(*names)
-        for environment in ({"LC_ALL": "C"}, {"LC_ALL": "C.UTF-8"}, {"LC_ALL": "de_DE.UTF-8", "LANGUAGE": "ar"}):
+        for rate, environment in (("0.75", {"LC_ALL": "C"}), ("0.25", {"LC_ALL": "C.UTF-8"}),
+                                  ("0.5", {"LC_ALL": "de_DE.UTF-8", "LANGUAGE": "ar"})):
             self.world.environment.update(environment)
+            self.succeed_each([("set", "--", name, "double-click-rate", rate) for name in names])
             for name in names:
-                self.succeed("set", "--", name, "double-click-rate", "0.75")
-                self.assertEqual(self.settings(name)["DoubleClickRate"], 0.75)
-                self.assertIn("double-click-rate 0.75\n", self.succeed("show", "--", name))
+                self.assertEqual(self.settings(name)["DoubleClickRate"], float(rate))
+            for output in self.succeed_each([("show", "--", name) for name in names]):
+                self.assertIn(f"double-click-rate {rate}\n", output)
             self.assertEqual([line.split("\t")[0] for line in self.succeed("list").splitlines()], names)
 
 
@@ -242,8 +257,8 @@ class WithoutADriver(TouchctlTest):
 
     def expect_no_driver(self, hint):
         before = self.snapshot()
-        for words in self.CHANGES:
-            self.expect(NO_DRIVER, hint, *[str(self.profile) if word == "PROFILE" else word for word in words])
+        self.expect_each(NO_DRIVER, [([str(self.profile) if word == "PROFILE" else word for word in words], hint)
+                                     for words in self.CHANGES])
         self.assertEqual(self.snapshot(), before)
 
     def test_absent(self):
@@ -519,12 +534,15 @@ class Help(TouchctlTest):
     def test_there_is_one_for_each_command_which_the_manual_page_knows_too(self):
         page = (pathlib.Path(SOURCE) / "docs/man/kelvo-touchctl.1").read_text(encoding="utf-8")
         everything = self.succeed("--help")
-        for command in COMMANDS:
+        helps = self.succeed_each([(command, "--help") for command in COMMANDS])
+        for command, text in zip(COMMANDS, helps, strict=True):
             self.assertIn(f"\n  {command} ", everything)
-            self.assertIn(f"Usage: kelvo-touchctl {command}", self.succeed(command, "--help"))
+            self.assertIn(f"Usage: kelvo-touchctl {command}", text)
             self.assertRegex(page, rf"(?m)^\.B {command}\b|^\.BI? \"?{command} ")
-        for key in self.succeed("complete", "set", "Desk").splitlines():
-            self.assertIn(key, self.succeed("set", "--help"))
+        keys = self.succeed("complete", "set", "Desk").splitlines()
+        self.assertIn("rotation", keys)
+        for key in keys:
+            self.assertIn(key, helps[COMMANDS.index("set")])
             self.assertIn(key.replace("-", "\\-"), page)
         self.assertRegex(self.succeed("--version"), r"^kelvo-touchctl \d+\.\d+\.\d+\n$")
 

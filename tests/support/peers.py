@@ -107,9 +107,13 @@ class World(contextlib.AbstractContextManager):
 
     def run(self, *command):
         """Runs a command to its end, while this process goes on answering messages."""
-        process = self.start(*command)
-        wait_until(lambda: process.poll() is not None, command)
-        return process.returncode, process.stdout.read(), process.stderr.read()
+        return self.run_together([command])[0]
+
+    def run_together(self, commands):
+        """Runs commands side by side, which do not touch one another's files."""
+        processes = [self.start(*command) for command in commands]
+        wait_until(lambda: all(process.poll() is not None for process in processes), commands)
+        return [(process.returncode, process.stdout.read(), process.stderr.read()) for process in processes]
 
     def set_plist(self, name, contents):
         """Writes a file of the product's, or of the folder above: "../NAME"."""
