@@ -62,6 +62,8 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
     translateToolkit(toolkitTexts);
     QGuiApplication::setLayoutDirection(kelvo::writingDirection(&host.bundle()));
 
+    // Before anybody can find this process by its port. What is asked for sooner than the main loop runs waits for it.
+    const kelvo::TerminationSignals termination(host.runLoop(), [] { QCoreApplication::quit(); });
     kelvo::SingleInstance instance(host.messagePorts(), host.runLoop(),
                                    [&] { host.application().activateIgnoringOtherApps(); });
     switch (instance.claim()) {
@@ -79,7 +81,6 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
     // To look through the theme takes long, and nobody misses the icon before the window.
     window.callWhenPainted([&host] { showIcon(host.bundle()); });
     host.application().setWindow(window);
-    const kelvo::TerminationSignals termination(host.runLoop(), [] { QCoreApplication::quit(); });
 
     // Shown by the main loop, so that whatever ends the program finds the loop to end.
     QMetaObject::invokeMethod(

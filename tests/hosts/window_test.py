@@ -54,6 +54,20 @@ class PaneWindow(unittest.TestCase):
         window.life.expect("mainViewDidLoad", "willSelect", "willUnselect")
         self.assertEqual(self.world.plist("Utilities.plist")["SelectDeviceName"], "Desk")
 
+    def test_ends_in_order_by_a_signal_as_soon_as_it_can_be_found(self):
+        self.set_utilities(["Desk"])
+        owners = []
+        self.world.bus.add_signal_receiver(
+            lambda name, old, new: owners.append(new), "NameOwnerChanged", "org.freedesktop.DBus",
+            arg0=NAME_PREFIX + "WindowMessagePort")
+        process = self.world.start(PROGRAM)
+        wait_until(lambda: owners, "the window's port")
+
+        process.terminate()
+        wait_until(lambda: process.poll() is not None, "the window's end")
+
+        self.assertEqual(process.returncode, 0)
+
     def test_creates_its_folder_and_file_in_a_new_home(self):
         window = Window(self.world)
 
