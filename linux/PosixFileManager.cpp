@@ -160,6 +160,12 @@ public:
         return hasMoved_;
     }
 
+    /// Moves the file only where nothing is, as far as the file system can tell in the same step.
+    [[nodiscard]] bool moveToFree(const std::string& path) {
+        hasMoved_ = ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0;
+        return hasMoved_ || (errno == EINVAL && moveTo(path));
+    }
+
 private:
     void take(const std::string& path, FileDescriptor file) {
         path_ = path;
@@ -182,6 +188,14 @@ std::optional<std::string> behindLinks(std::string path) {
         path = (next.starts_with('/') ? std::string() : folderOf(path)).append(next);
     }
     return std::nullopt;
+}
+
+/// The file that a write to `path` makes or replaces; none when no file can have that name.
+std::optional<std::string> fileToWrite(const std::string& path) {
+    if (!canBeNamed(path)) return std::nullopt;
+    std::optional<std::string> file = behindLinks(path);
+    if (!file || file->empty() || file->back() == '/') return std::nullopt;
+    return file;
 }
 
 /// Makes the folder's entries last through a loss of power. Not every file system can; the file is in place anyway.
@@ -255,9 +269,8 @@ std::optional<platform::NSData> PosixFileManager::contentsAtPath(const std::stri
 }
 
 bool PosixFileManager::writeAtomically(const std::string& path, std::span<const std::uint8_t> contents) {
-    if (!canBeNamed(path)) return false;
-    const std::optional<std::string> target = behindLinks(path);
-    if (!target || target->empty() || target->back() == '/') return false;
+    const std::optional<std::string> target = fileToWrite(path);
+    if (!target) return false;
     struct stat old {};
     const bool exists = ::lstat(target->c_str(), &old) == 0;
     if (exists && !S_ISREG(old.st_mode)) return false;
@@ -270,6 +283,16 @@ bool PosixFileManager::writeAtomically(const std::string& path, std::span<const 
     TemporaryFile file(folder, target->substr(folder.size()));
     if (!file.write(contents, exists ? old.st_mode & kModeBits : kModeOfNewFile)) return false;
     if (!file.moveTo(*target)) return false;
+    syncFolder(folder);
+    return true;
+}
+
+bool PosixFileManager::createAtomically(const std::string& path, std::span<const std::uint8_t> contents) {
+    const std::optional<std::string> target = fileToWrite(path);
+    if (!target || fileExistsAtPath(*target)) return false;
+    const std::string folder = folderOf(*target);
+    TemporaryFile file(folder, target->substr(folder.size()));
+    if (!file.write(contents, kModeOfNewFile) || !file.moveToFree(*target)) return false;
     syncFolder(folder);
     return true;
 }

@@ -23,6 +23,9 @@ public:
     /// alone. Only a regular file is replaced, and none by its like. What a process that was killed while it wrote the
     /// file left beside it is removed; what another one is writing at this moment is not touched.
     [[nodiscard]] bool writeAtomically(const std::string& path, std::span<const std::uint8_t> contents) override;
+    /// A link to nothing is not in the way: what it points to is created. On a file system that cannot refuse to
+    /// replace a file, one that comes meanwhile is replaced.
+    [[nodiscard]] bool createAtomically(const std::string& path, std::span<const std::uint8_t> contents) override;
     /// `$HOME`, else what the password database says, else "/".
     [[nodiscard]] std::string homeDirectory() override;
     /// The environment variable KELVO_LOCAL_LIBRARY, else the build setting of that name.

@@ -51,7 +51,8 @@ platform::NSMutableDictionary utilitiesDefaults() {
 }
 
 platform::NSMutableDictionary readOrCreate(const std::string& path, platform::NSMutableDictionary (*defaults)()) {
-    if (!NSFileManager::defaultManager().fileExistsAtPath(path)) (void)defaults().writeToFileAtomically(path);
+    // Driver, pane and utility may all begin with the session: what another one has made meanwhile is to stay.
+    if (!NSFileManager::defaultManager().fileExistsAtPath(path)) (void)defaults().writeToNewFileAtomically(path);
     return platform::NSMutableDictionary::dictionaryWithContentsOfFile(path);
 }
 

@@ -185,6 +185,15 @@ TEST_F(UtilitiesFile, HoldsTheDeviceNameOnlyAfterTheFirstMergeThatAddsIt) {
     EXPECT_TRUE(readUtilitiesDictionary().objectForKey("SelectDeviceName").isEqual("X"));
 }
 
+TEST_F(UtilitiesFile, ThatAnotherProcessMakesMeanwhileStaysAndIsRead) {
+    platform.files.beforeCreation = [this] {
+        platform.setPlist(kUtilitiesPath, dictionaryOf({{arrayOf({"Desk"}), "CurrentDeviceType"}}));
+    };
+
+    EXPECT_EQ(Value(readUtilitiesDictionary()).description(), "{ CurrentDeviceType = ( Desk ); }");
+    EXPECT_EQ(Value(platform.plist(kUtilitiesPath)).description(), "{ CurrentDeviceType = ( Desk ); }");
+}
+
 TEST_F(UtilitiesFile, ThatIsDamagedIsLeftAsItIs) {
     platform.files.setText(kUtilitiesPath, "<plist>");
 

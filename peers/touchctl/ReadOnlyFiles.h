@@ -25,6 +25,10 @@ public:
                                        std::span<const std::uint8_t> /*contents*/) override {
         return false;
     }
+    [[nodiscard]] bool createAtomically(const std::string& /*path*/,
+                                        std::span<const std::uint8_t> /*contents*/) override {
+        return false;
+    }
     [[nodiscard]] std::string homeDirectory() override { return files_.homeDirectory(); }
     [[nodiscard]] std::string localLibraryDirectory() override { return files_.localLibraryDirectory(); }
 

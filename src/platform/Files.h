@@ -36,6 +36,8 @@ public:
     /// Puts `contents` in the file's place so that every reader, at any moment, finds the old file or the new one,
     /// whole. False when the old one still stands.
     [[nodiscard]] virtual bool writeAtomically(const std::string& path, std::span<const std::uint8_t> contents) = 0;
+    /// As `writeAtomically`, but only where nothing is: false also when another process was quicker, whose file stays.
+    [[nodiscard]] virtual bool createAtomically(const std::string& path, std::span<const std::uint8_t> contents) = 0;
     /// The user's home folder, without a trailing "/".
     [[nodiscard]] virtual std::string homeDirectory() = 0;
     /// The machine-wide Library folder, without a trailing "/".

@@ -387,6 +387,12 @@ bool NSMutableDictionary::writeToFileAtomically(const std::string& path) const {
     return contents && NSFileManager::defaultManager().writeAtomically(path, *contents);
 }
 
+bool NSMutableDictionary::writeToNewFileAtomically(const std::string& path) const {
+    if (!storage_) return false;
+    const std::optional<NSData> contents = PropertyLists::current().createXMLData(*this);
+    return contents && NSFileManager::defaultManager().createAtomically(path, *contents);
+}
+
 bool NSMutableDictionary::isEqual(const NSMutableDictionary& other) const {
     if (isIdenticalTo(other)) return true;
     return storage_ && other.storage_ && count() == other.count() &&

@@ -73,6 +73,8 @@ public:
     void setObjectForKey(Value value, std::string_view key);
     /// Writes the dictionary as an XML property list, whole or not at all; false when nothing was written.
     [[nodiscard]] bool writeToFileAtomically(const std::string& path) const;
+    /// The same where nothing is; what is there by then, whoever made it, stays.
+    [[nodiscard]] bool writeToNewFileAtomically(const std::string& path) const;
     /// Whether both references name one dictionary, whatever it holds.
     [[nodiscard]] bool isIdenticalTo(const NSMutableDictionary& other) const { return storage_ == other.storage_; }
     /// Equality by contents, in any order of keys; nil equals only nil.

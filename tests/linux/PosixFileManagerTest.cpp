@@ -11,6 +11,8 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <iterator>
+#include <latch>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -366,6 +368,49 @@ TEST(PosixFileManager, LinksInACircleCannotBeWritten) {
     fs::create_symlink("a", directory.path("b"));
     EXPECT_FALSE(PosixFileManager().writeAtomically(directory.path("a"), bytes("text")));
     EXPECT_EQ(namesIn(directory.path()), (std::vector<std::string>{"a", "b"}));
+}
+
+TEST(PosixFileManager, FileIsCreatedWholeAndItsOwnersAloneOnlyWhereNothingIs) {
+    const TemporaryDirectory directory;
+    fs::create_directory(directory.path("folder"));
+    fs::create_symlink("target", directory.path("link"));
+    const Umask open(0);
+    PosixFileManager files;
+    EXPECT_TRUE(files.createAtomically(directory.path("file"), bytes("first")));
+    EXPECT_EQ(modeOf(directory.path("file")), 0600U);
+    EXPECT_FALSE(files.createAtomically(directory.path("file"), bytes("second")));
+    EXPECT_EQ(directory.read("file"), "first");
+    EXPECT_FALSE(files.createAtomically(directory.path("folder"), bytes("text")));
+    EXPECT_FALSE(files.createAtomically(directory.path("new/"), bytes("text")));
+    EXPECT_TRUE(files.createAtomically(directory.path("link"), bytes("text")));
+    EXPECT_FALSE(files.createAtomically(directory.path("link"), bytes("other")));
+    EXPECT_EQ(directory.read("target"), "text");
+    EXPECT_EQ(namesIn(directory.path()), (std::vector<std::string>{"file", "folder", "link", "target"}));
+}
+
+TEST(PosixFileManager, OfThoseThatCreateOneFileAtOnceOneSucceedsAndItsFileStays) {
+    constexpr int kRounds = 100;
+    constexpr char kNames[] = {'a', 'b', 'c', 'd'};
+    for (int round = 0; round < kRounds; ++round) {
+        const TemporaryDirectory directory;
+        std::atomic<char> winner = '\0';
+        std::atomic<int> winners = 0;
+        std::latch start(std::ssize(kNames));
+        std::vector<std::thread> writers;
+        for (const char name : kNames) {
+            writers.emplace_back([&, name] {
+                const platform::NSData contents(1000, static_cast<std::uint8_t>(name));
+                start.arrive_and_wait();
+                if (!PosixFileManager().createAtomically(directory.path("file"), contents)) return;
+                winner = name;
+                ++winners;
+            });
+        }
+        for (std::thread& writer : writers) writer.join();
+        EXPECT_EQ(winners, 1);
+        EXPECT_EQ(directory.read("file"), std::string(1000, winner));
+        EXPECT_EQ(namesIn(directory.path()), std::vector<std::string>{"file"});
+    }
 }
 
 TEST(PosixFileManager, OnlyARegularFileIsReplaced) {

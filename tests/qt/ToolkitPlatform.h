@@ -60,6 +60,7 @@ public:
     }
     [[nodiscard]] std::optional<platform::NSData> contentsAtPath(const std::string&) override { return std::nullopt; }
     [[nodiscard]] bool writeAtomically(const std::string&, std::span<const std::uint8_t>) override { return false; }
+    [[nodiscard]] bool createAtomically(const std::string&, std::span<const std::uint8_t>) override { return false; }
     [[nodiscard]] std::string homeDirectory() override { return "/nowhere"; }
     [[nodiscard]] std::string localLibraryDirectory() override { return "/nowhere/Library"; }
 

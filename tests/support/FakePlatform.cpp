@@ -60,6 +60,11 @@ bool MemoryFileManager::writeAtomically(const std::string& path, std::span<const
     return true;
 }
 
+bool MemoryFileManager::createAtomically(const std::string& path, std::span<const std::uint8_t> contents) {
+    if (const auto other = std::exchange(beforeCreation, {})) other();
+    return !fileExistsAtPath(path) && writeAtomically(path, contents);
+}
+
 std::string MemoryBundle::localizedStringForKey(std::string_view key, std::string_view value) {
     const auto entry = strings.find(key);
     return entry == strings.end() ? std::string(value) : entry->second;

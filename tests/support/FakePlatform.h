@@ -12,6 +12,7 @@
 #include "support/ScriptedClock.h"
 #include "support/ScriptedRunLoop.h"
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -37,6 +38,8 @@ public:
     /// No folder can be created while this is set.
     bool isReadOnly = false;
     int writes = 0;
+    /// What another process does once, just before this one creates a file.
+    std::function<void()> beforeCreation;
     /// The names in each folder that can be listed, in the order in which they are; a folder's path is without a
     /// trailing "/". A name may be listed though nothing is there any more.
     std::map<std::string, std::vector<std::string>> listings;
@@ -53,6 +56,7 @@ public:
     [[nodiscard]] std::optional<platform::NSDate> modificationDateAtPath(const std::string& path) override;
     [[nodiscard]] std::optional<platform::NSData> contentsAtPath(const std::string& path) override;
     [[nodiscard]] bool writeAtomically(const std::string& path, std::span<const std::uint8_t> contents) override;
+    [[nodiscard]] bool createAtomically(const std::string& path, std::span<const std::uint8_t> contents) override;
     [[nodiscard]] std::string homeDirectory() override { return "/home/user"; }
     [[nodiscard]] std::string localLibraryDirectory() override { return "/machine/Library"; }
 };
