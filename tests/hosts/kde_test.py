@@ -138,7 +138,7 @@ class KcmShell(Host):
 
     def test_says_why_there_is_no_pane(self):
         folder = self.world.folder / "incomplete"
-        for place, files in ((PLUGIN_FOLDER, f"{MODULE}.so"), ("lib", "libkelvo-touch-platform.so.0")):
+        for place, files in ((PLUGIN_FOLDER, f"{MODULE}.so"), ("lib", "libkelvo-touch-platform.so")):
             (folder / place).mkdir(parents=True, exist_ok=True)
             shutil.copy(pathlib.Path(BUILD, place, files), folder / place)
         self.start_host("kcmshell5", MODULE, folder=folder)

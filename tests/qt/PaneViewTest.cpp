@@ -130,10 +130,14 @@ TEST_F(PaneViewTest, OnlyTheLastOfWhatIsSaidInOneTurnCounts) {
 }
 
 TEST_F(PaneViewTest, MinimisingAndRestoringIsNeither) {
-    const auto view = makeView("A");
-    view->show();
+    const auto older = makeView("A");
+    older->show();
     openWindow();
-    takeStory();
+    const auto newer = makeView("B");
+    newer->show();
+    turn();
+    EXPECT_THAT(takeStory(), ElementsAre("A mainViewDidLoad", "A willSelect", "B mainViewDidLoad", "A willUnselect",
+                                         "B willSelect"));
 
     window_.showMinimized();
     ASSERT_TRUE(QTest::qWaitFor([&] { return window_.isMinimized(); }));
