@@ -90,8 +90,8 @@ NSMutableDictionary settingsOf(const std::string& name) { return contentsOf(getS
 
 std::string shownPath(const std::string& path) {
     const std::string home = NSFileManager::defaultManager().homeDirectory();
-    return withVisibleControlCharacters(path.starts_with(home + "/") ? std::string("~").append(path, home.size())
-                                                                     : path);
+    const bool isInHome = path.starts_with(home + "/");
+    return withVisibleControlCharacters(isInHome ? std::string("~").append(path, home.size()) : path);
 }
 
 } // namespace kelvo::touchctl
