@@ -35,6 +35,8 @@ QVariant unwrapped(QVariant value) {
 } // namespace
 
 void DesktopMotion::askPortal(QDBusConnection bus) {
+    // A slot is connected only if its types are known, and to make a connection is not enough for that.
+    qRegisterMetaType<QDBusVariant>();
     // With the service's name in it this would ask the bus for the owner and wait.
     bus.connect(QString(), QLatin1String(kPortalPath), QLatin1String(kSettings), QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
