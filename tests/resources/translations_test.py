@@ -27,6 +27,8 @@ SHOWN_TOGETHER = [
     {"Tab.Label", "StatusMenu.Show", "Calibration.Automatic", "Calibration.Manual", "Calibration.Width",
      "Calibration.Height", "Calibration.Apply"},
 ]
+# The letters that are not joined to the next one.
+UNJOINED_IN_ARABIC = "اأإآدذرزوؤةىء"
 # By what each script of the world outside of Latin letters is told.
 SCRIPTS = {"ar": "ARABIC", "ja": "HIRAGANA|KATAKANA|CJK", "ko": "HANGUL", "ru": "CYRILLIC", "zh-Hans": "CJK",
            "zh-Hant": "CJK"}
@@ -129,6 +131,16 @@ class Tables(unittest.TestCase):
             self.assertEqual(len(mnemonics(text)), len(mnemonics(english)))
 
         self.check_texts(check)
+
+    def test_shortcuts_in_arabic_do_not_tear_words_apart(self):
+        """A letter is underlined by itself, so that it must be joined to neither neighbour."""
+        for key, text in self.tables["ar"].items():
+            for found in re.finditer(r"&(\w)", text):
+                before = re.sub(r"[\u064b-\u0652]", "", text[:found.start()])[-1:]
+                after = text[found.end():][:1]
+                with self.subTest(key=key):
+                    self.assertTrue(not before.isalpha() or before in UNJOINED_IN_ARABIC)
+                    self.assertTrue(not after.isalpha() or found.group(1) in UNJOINED_IN_ARABIC)
 
     def test_no_two_shortcuts_on_the_screen_are_the_same(self):
         for language, table in self.tables.items():
