@@ -72,6 +72,7 @@ void QtApplication::beginInformationalAlertSheet(const NSAlertSheet& sheet, cons
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setIcon(QMessageBox::Information);
     box->setLayoutDirection(shown_->layoutDirection());
+    box->setWindowTitle(shown_->window()->windowTitle());
     showTexts(*box, sheet);
     QPushButton* const confirms = box->addButton(QString::fromStdString(sheet.defaultButton), QMessageBox::AcceptRole);
     QPushButton* const declines =

@@ -108,6 +108,11 @@ TEST_F(AlertSheetTest, BlocksItsWindowAloneAndReturnsAtOnce) {
     EXPECT_THAT(codes_, IsEmpty());
 }
 
+TEST_F(AlertSheetTest, IsTitledAsItsWindow) {
+    window_.setWindowTitle("Touch Display");
+    EXPECT_EQ(begin().windowTitle(), "Touch Display");
+}
+
 TEST_F(AlertSheetTest, ShowsItsTextsAsTheyAre) {
     const QMessageBox& sheet = begin();
     EXPECT_EQ(sheet.icon(), QMessageBox::Information);
