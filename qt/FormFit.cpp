@@ -4,6 +4,7 @@
 #include "qt/PullDown.h"
 
 #include <QEvent>
+#include <QFont>
 #include <QLabel>
 #include <QStringList>
 #include <QVariant>
@@ -61,6 +62,13 @@ QRect scaledInHeight(const QRect& geometry, double factor) {
     return {geometry.x(), scaled(geometry.y(), factor), geometry.width(), scaled(geometry.height(), factor)};
 }
 
+void keepFont(QWidget& widget) {
+    QFont kept;
+    // A font that is read from a text says everything about itself, so that nothing comes from elsewhere.
+    kept.fromString(widget.font().toString());
+    widget.setFont(kept);
+}
+
 /// Sees to the least size of one widget.
 class LeastSize : public QObject {
 public:
@@ -102,6 +110,7 @@ void fitFrames(QWidget& form, platform::NSBundle* bundle) {
                  [](const QWidget* each) { return !keysOf(*each).isEmpty(); });
     if (form.layout() || fitted.isEmpty()) return;
 
+    keepFont(form);
     int right = 0;
     int margin = form.width();
     for (QWidget* widget : fitted) {

@@ -9,7 +9,8 @@ namespace kelvo {
 /// Makes a form that lays nothing out, but stands at its frames, large enough for the texts it may show in this
 /// language and font. They are the bundle's texts of the keys in the dynamic property "mayShow" of its labels and
 /// pull-downs; a form without that is left as it is. All of the form grows in height alike, and what shows the texts to
-/// the width of the widest, but the form never gets narrower than its minimum.
+/// the width of the widest, but the form never gets narrower than its minimum. From here on it keeps its font, since
+/// what stands at frames could not follow another.
 void fitFrames(QWidget& form, platform::NSBundle* bundle);
 
 /// Lets no widget of the form get smaller than it needs in its font. A least size that the form's designer demands

@@ -2,11 +2,12 @@
 
 #include "hosts/window/FormScroller.h"
 
-#include <QEvent>
+#include <QFontInfo>
 #include <QHideEvent>
 #include <QScreen>
 #include <QShowEvent>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -17,10 +18,14 @@ namespace {
 /// Of a screen's height, for what a desktop puts above a window.
 constexpr int kTitleBarHeight = 40;
 
-/// As large as the form was designed, or as its texts need, but no larger than the screen.
+/// The size in pixels of the font that forms are designed for.
+constexpr double kDesignedFont = 13.0;
+
+/// As large as the form was designed, or larger with a larger font or as its texts need, but no larger than the screen.
 QSize openingSize(const QWidget& form, const QScreen& screen) {
     const QSize room = screen.availableSize() - QSize(0, kTitleBarHeight);
-    return form.size().expandedTo(form.sizeHint()).boundedTo(room);
+    const QSize designed = form.size() * std::max(form.fontInfo().pixelSize() / kDesignedFont, 1.0);
+    return designed.expandedTo(form.sizeHint()).boundedTo(room);
 }
 
 } // namespace
@@ -29,15 +34,6 @@ PaneWindow::PaneWindow(platform::NSPreferencePane& pane, const QtNibs& nibs) : l
     if (QWidget* mainView = nibs.widgetFor(life_.load())) {
         resize(openingSize(*mainView, *screen()));
         setCentralWidget(std::make_unique<FormScroller>(*mainView).release());
-    }
-}
-
-void PaneWindow::changeEvent(QEvent* event) {
-    QMainWindow::changeEvent(event);
-    // What stands at frames was made for the font and style of its time. The toolkit is still telling everyone.
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
-        QMetaObject::invokeMethod(
-            this, [this] { reload(); }, Qt::QueuedConnection);
     }
 }
 
@@ -58,12 +54,6 @@ void PaneWindow::showEvent(QShowEvent* event) {
 void PaneWindow::hideEvent(QHideEvent* event) {
     QMainWindow::hideEvent(event);
     if (!event->spontaneous()) life_.unselect();
-}
-
-void PaneWindow::reload() {
-    if (!isVisible()) return;
-    life_.unselect();
-    life_.select();
 }
 
 } // namespace kelvo

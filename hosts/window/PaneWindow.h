@@ -22,14 +22,11 @@ public:
     void callWhenPainted(std::function<void()> call) { whenPainted_ = std::move(call); }
 
 protected:
-    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
-    void reload();
-
     PaneLife life_;
     std::function<void()> whenPainted_;
 };

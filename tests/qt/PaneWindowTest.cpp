@@ -100,24 +100,15 @@ TEST_F(PaneWindowTest, WindowMayBeSmallerThanTheFormWhichIsScrolledThen) {
     EXPECT_EQ(form->size(), QSize(500, 400));
 }
 
-TEST_F(PaneWindowTest, PaneIsSelectedAnewWhenTheFontChangesSinceFramesWereMadeForTheOldOne) {
+TEST_F(PaneWindowTest, AnotherFontOrStyleIsNoReasonToLeaveThePane) {
     PaneWindow& window = openWindow();
     QFont larger = window.font();
     larger.setPointSize(larger.pointSize() + 4);
     window.setFont(larger);
+    QEvent style(QEvent::StyleChange);
+    QCoreApplication::sendEvent(&window, &style);
     QCoreApplication::processEvents();
-    EXPECT_THAT(pane_.calls,
-                ElementsAre("awakeFromNib", "mainViewDidLoad", "willSelect", "willUnselect", "willSelect"));
-}
-
-TEST_F(PaneWindowTest, FontThatChangesWhileTheWindowIsHiddenSelectsNothing) {
-    PaneWindow& window = openWindow();
-    window.hide();
-    QFont larger = window.font();
-    larger.setPointSize(larger.pointSize() + 4);
-    window.setFont(larger);
-    QCoreApplication::processEvents();
-    EXPECT_THAT(pane_.calls, ElementsAre("awakeFromNib", "mainViewDidLoad", "willSelect", "willUnselect"));
+    EXPECT_THAT(pane_.calls, ElementsAre("awakeFromNib", "mainViewDidLoad", "willSelect"));
 }
 
 TEST_F(PaneWindowTest, ShowingSelectsThePaneOnce) {
