@@ -130,7 +130,7 @@ int main(int argc, char* argv[]) {
     add<QLabel>(newPage(pages), 2, "Version");
     pages.setCurrentIndex(1);
 
-    window.resize(1040, 740);
+    window.resize(920, 740);
     window.show();
     return QApplication::exec();
 }

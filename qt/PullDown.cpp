@@ -123,7 +123,8 @@ void PullDown::drawBareTitle() {
         place.setRight(rect().right());
     }
     const Qt::Alignment side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft);
-    painter.drawItemText(place, static_cast<int>(Qt::AlignVCenter | side) | Qt::TextSingleLine, palette(), isEnabled(),
+    // Higher up it is nearer to what it belongs to than to what comes next.
+    painter.drawItemText(place, static_cast<int>(Qt::AlignTop | side) | Qt::TextSingleLine, palette(), isEnabled(),
                          title_, QPalette::WindowText);
 }
 

@@ -56,6 +56,12 @@ std::string utilitiesOf(const State& state) {
            state.devices + "</array></dict></plist>";
 }
 
+void setFontSize(int points) {
+    QFont font = QApplication::font();
+    font.setPointSize(points);
+    QApplication::setFont(font);
+}
+
 /// A user with a home, a language and a font.
 class User {
 public:
@@ -69,9 +75,7 @@ public:
           messages_("LC_MESSAGES", std::nullopt),
           lang_("LANG", locale + ".UTF-8") {
         QLocale::setDefault(QLocale(QString::fromStdString(locale)));
-        QFont font = QApplication::font();
-        font.setPointSize(points);
-        QApplication::setFont(font);
+        setFontSize(points);
     }
 
 private:
@@ -328,6 +332,30 @@ TEST_P(FormsFitTest, SmallScreenShowsAllButTheLengthOfPagesWithoutScrolling) {
     EXPECT_EQ(pane.widget<QScrollArea>("gestureScroller").horizontalScrollBar()->maximum(), 0);
 }
 
+TEST_P(FormsFitTest, FontMayChangeWhileThePaneIsShown) {
+    ShownPane pane(GetParam(), 9);
+    pane.pickTab(kGestureTab);
+    auto& pages = pane.widget<QTabWidget>("settingTabView_");
+    for (const int page : {0, 1}) {
+        SCOPED_TRACE("page " + std::to_string(page));
+        pages.setCurrentIndex(page);
+        for (const int points : {18, 8}) {
+            SCOPED_TRACE(std::to_string(points) + " points");
+            setFontSize(points);
+            pane.settle();
+            expectAllFits(pane.window());
+            picture(pane.window(), GetParam() + "-page" + std::to_string(page) + "-then-" + std::to_string(points));
+        }
+    }
+
+    setFontSize(18);
+    pane.pickTab(0);
+    pane.pickTab(kGestureTab);
+    pane.settle();
+    expectAllFits(pane.window());
+    EXPECT_EQ(pane.widget<QLabel>("m_title").font().pointSize(), 18);
+}
+
 TEST_P(FormsFitTest, WindowIsLaidOutTheWayItsLanguageIsWritten) {
     ShownPane pane(GetParam(), 10);
     const bool isFromTheRight = GetParam().starts_with("ar");
@@ -344,6 +372,24 @@ TEST_P(FormsFitTest, WindowIsLaidOutTheWayItsLanguageIsWritten) {
     EXPECT_EQ(row.findChild<QWidget*>("m_title")->x() < checkBox, isFromTheRight);
     const auto rows = pane.widget<QWidget>("gestureView_").findChildren<QWidget*>("TDGesturesCellView");
     EXPECT_EQ(rows.last()->x() < rows.first()->x(), isFromTheRight);
+}
+
+TEST(FormsInSystemSettingsTest, EnglishIsNotScrolledSidewaysWhereSystemSettingsOpens) {
+    ShownPane pane("en_GB", 9);
+    pane.window().resize(790, 600);
+    pane.pickTab(kGestureTab);
+    auto& pages = pane.widget<QTabWidget>("settingTabView_");
+    for (const int page : {0, 1}) {
+        SCOPED_TRACE("page " + std::to_string(page));
+        pages.setCurrentIndex(page);
+        pane.settle();
+        expectFormFits(pane);
+        for (const QScrollArea* area : pane.window().findChildren<QScrollArea*>()) {
+            if (area->isVisible()) {
+                EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0) << described(*area);
+            }
+        }
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Languages, FormsFitTest,

@@ -5,12 +5,16 @@
 
 #include <QAbstractAnimation>
 #include <QAccessible>
+#include <QApplication>
 #include <QCheckBox>
 #include <QProxyStyle>
 #include <QTest>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <set>
+#include <utility>
 
 namespace kelvo {
 
@@ -44,8 +48,10 @@ std::string aThirdLonger(const std::string& text) { return text + text.substr(0,
 
 class GestureRowTest : public testing::Test {
 protected:
-    void SetUp() override {
-        form_ = platform_.nibs.widgetFor(row_.view());
+    void SetUp() override { show(row_); }
+
+    void show(RowStandIn& row) {
+        form_ = platform_.nibs.widgetFor(row.view());
         form_->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(form_));
     }
@@ -56,11 +62,11 @@ protected:
     }
 
     /// As a row gives its pop-up the width of an action's text.
-    void showAction(const std::string& text) {
-        row_.m_gestures.setTitle(text);
-        platform::NSRect frame = row_.m_gestures.frame();
-        frame.width = row_.m_gestures.cell().attributedTitleWidth() + 25.0;
-        row_.m_gestures.setFrame(frame);
+    static void showAction(RowStandIn& row, const std::string& text) {
+        row.m_gestures.setTitle(text);
+        platform::NSRect frame = row.m_gestures.frame();
+        frame.width = row.m_gestures.cell().attributedTitleWidth() + 25.0;
+        row.m_gestures.setFrame(frame);
     }
 
     ToolkitPlatform platform_;
@@ -77,16 +83,21 @@ TEST_F(GestureRowTest, RowAndPopUpHaveTheFormsFrames) {
 }
 
 TEST_F(GestureRowTest, PopUpShowsItsActionWholeInLongerLanguagesToo) {
-    for (const std::string text : {"Swipe left or right with three fingers", "Swipe in from the right with two fingers",
-                                   "Content moves along with the fingers"}) {
-        showAction(aThirdLonger(text));
-        EXPECT_GE(widget<PullDown>().width(), widget<PullDown>().widthFor(QString::fromStdString(aThirdLonger(text))));
-        EXPECT_LE(widget<PullDown>().geometry().right(), form_->rect().right()) << text;
-    }
+    const std::string text = aThirdLonger("Swipe in from the right with two fingers");
+    platform_.bundle.texts["SwipeLeftFromTheRightEdgeWithTwoFingers"] = text;
+    RowStandIn row;
+    show(row);
+    showAction(row, text);
+    EXPECT_GE(widget<PullDown>().width(), widget<PullDown>().widthFor(QString::fromStdString(text)));
+    EXPECT_LE(widget<PullDown>().geometry().right(), form_->rect().right());
 }
 
 TEST_F(GestureRowTest, TitleIsShownWholeInLongerLanguagesToo) {
-    row_.m_title.setStringValue(aThirdLonger("Move between full-screen apps"));
+    const std::string text = aThirdLonger("Move between full-screen apps");
+    platform_.bundle.texts["FullScreenApps"] = text;
+    RowStandIn row;
+    show(row);
+    row.m_title.setStringValue(text);
     const auto& title = widget<CaptionLabel>();
     EXPECT_LE(title.sizeHint().width(), title.width());
     EXPECT_LE(title.geometry().right(), form_->rect().right());
@@ -315,6 +326,34 @@ TEST_F(GestureRowPictureTest, RowThatIsHiddenStops) {
     form_->hide();
     EXPECT_FALSE(isMoving());
     EXPECT_FALSE(picture().isAwake());
+}
+
+TEST_F(GestureRowPictureTest, PictureIsDrawnAnewInTheColoursOfAnotherTheme) {
+    const auto colours = [this] {
+        const QImage image = picture().grab().toImage();
+        std::set<QRgb> found;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) found.insert(image.pixel(x, y));
+        }
+        return found;
+    };
+    QPalette dark = QApplication::palette();
+    for (const auto& [role, colour] :
+         {std::pair(QPalette::Window, 0x202326U), std::pair(QPalette::WindowText, 0xfcfcfcU),
+          std::pair(QPalette::Highlight, 0x3daee9U)}) {
+        dark.setColor(role, QColor(colour));
+    }
+    const QRgb ink = dark.color(QPalette::WindowText).rgb();
+    const QRgb fingers = dark.color(QPalette::Highlight).rgb();
+    ASSERT_FALSE(colours().contains(ink));
+    const QPalette before = QApplication::palette();
+    QApplication::setPalette(dark);
+    QCoreApplication::processEvents();
+    const std::set<QRgb> found = colours();
+    QApplication::setPalette(before);
+    EXPECT_TRUE(found.contains(ink));
+    EXPECT_TRUE(found.contains(fingers));
+    EXPECT_TRUE(found.contains(dark.color(QPalette::Window).rgb()));
 }
 
 TEST_F(GestureRowPictureTest, PictureGrowsButStaysStillWhereTheStyleMovesNothing) {
