@@ -14,6 +14,11 @@ bool isPressKey(const QKeyEvent& event) { return event.key() == Qt::Key_Space &&
 
 CanvasView::CanvasView(QWidget* parent) : QWidget(parent) { setFocusPolicy(Qt::StrongFocus); }
 
+void CanvasView::click() {
+    emit pressed(rect().center());
+    emit released(rect().center());
+}
+
 void CanvasView::resizeEvent(QResizeEvent*) { emit resized(); }
 
 void CanvasView::paintEvent(QPaintEvent*) {

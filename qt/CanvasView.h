@@ -14,6 +14,9 @@ class CanvasView : public QWidget {
 public:
     explicit CanvasView(QWidget* parent = nullptr);
 
+    /// One click in the middle, for those without a pointer.
+    void click();
+
 signals:
     void resized();
     /// To be drawn now; the painter's origin is at the bottom left.

@@ -1,5 +1,6 @@
 #include "qt/FormBinder.h"
 
+#include "qt/CanvasView.h"
 #include "qt/Frames.h"
 #include "qt/Pairings.h"
 #include "qt/PictogramView.h"
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -107,15 +109,26 @@ bool holdsSubviews(const QWidget& widget, const NSView& model) {
     return isPlainView(widget) && pairingFor(widget).isModel(model) && !widget.layout();
 }
 
-/// The text for `label` to say that a slider is at `value`: offset + factor × value in so many decimals.
-QString readOutOf(const QLabel& label, double value) {
-    const QVariant factor = label.property("factor");
-    const double shown = label.property("offset").toDouble() + (factor.isValid() ? factor.toDouble() : 1.0) * value;
-    return QLocale().toString(shown, 'f', label.property("decimals").toInt());
+/// The text for `widget` to say that what it tells of is at `value`: offset + factor × value in so many decimals.
+QString readOutOf(const QWidget& widget, double value) {
+    const QVariant factor = widget.property("factor");
+    const double shown = widget.property("offset").toDouble() + (factor.isValid() ? factor.toDouble() : 1.0) * value;
+    return QLocale().toString(shown, 'f', widget.property("decimals").toInt());
 }
 
 QString inserted(const QString& pattern, const QString& text) {
     return pattern.isEmpty() ? text : QString(pattern).replace(QStringLiteral("%1"), text);
+}
+
+/// Assistive technology speaks a description whenever it is told of it, changed or not.
+void describe(QWidget& widget, const QString& text) {
+    if (widget.accessibleDescription() != text) widget.setAccessibleDescription(text);
+}
+
+/// The words for what a view shows: those of the form for just this value, or the value in the form's pattern.
+QString wordsFor(const QWidget& canvas, const QString& pattern, double value) {
+    const QStringList texts = canvas.property("valueTexts").toStringList();
+    return texts.isEmpty() ? inserted(pattern, readOutOf(canvas, value)) : texts.value(static_cast<int>(value));
 }
 
 } // namespace
@@ -191,6 +204,7 @@ void FormBinder::tie(const Match& match, FormBinding& binding) const {
     }
     const auto* label = qobject_cast<const QLabel*>(&widget);
     if (label) nameAfter(*label, dynamic_cast<NSTextField&>(model), binding);
+    if (auto* canvas = qobject_cast<CanvasView*>(&widget)) tellValue(*canvas, model, binding);
     if (auto* slider = dynamic_cast<NSSlider*>(&model)) readOut(widget, *slider, binding);
     if (auto* popUp = dynamic_cast<NSPopUpButton*>(&model)) picture(widget, *popUp, binding);
 }
@@ -266,11 +280,21 @@ void FormBinder::picture(const QWidget& popUp, NSPopUpButton& model, FormBinding
     }
 }
 
-void FormBinder::readOut(const QWidget& slider, NSSlider& model, FormBinding& binding) const {
+void FormBinder::tellValue(CanvasView& canvas, NSView& model, FormBinding& binding) const {
+    const auto tell = [pattern = canvas.accessibleDescription()](CanvasView& told, const NSView& view) {
+        const std::optional<double> value = view.accessibilityValue();
+        describe(told, value ? wordsFor(told, pattern, *value) : QString());
+    };
+    binding.mirror<CanvasView, NSView>(canvas, model, tell);
+}
+
+void FormBinder::readOut(QWidget& slider, NSSlider& model, FormBinding& binding) const {
     for (QLabel* label : form_.findChildren<QLabel*>()) {
         if (label->property("reads").toString() != slider.objectName()) continue;
-        const auto show = [pattern = label->text()](QLabel& shown, const NSSlider& read) {
+        const auto show = [pattern = label->text(), told = QPointer<QWidget>(&slider)](QLabel& shown,
+                                                                                       const NSSlider& read) {
             shown.setText(inserted(pattern, readOutOf(shown, read.doubleValue())));
+            if (told) describe(*told, shown.text());
         };
         binding.mirror<QLabel, NSSlider>(*label, model, show);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Nib.h"
+#include "qt/CanvasView.h"
 #include "qt/FormBinding.h"
 #include "qt/Pictograms.h"
 #include "qt/ShownSubviews.h"
@@ -23,7 +24,8 @@ namespace kelvo {
 ///
 /// Where a parent lays nothing out, frames are those of the form to begin with, and then the model's. Dynamic
 /// properties of the form say the rest: "namedBy" of a widget is the label whose words it is called by, put into its
-/// accessible name where that has a "%1"; "reads" of a label is the slider whose value it shows; "pictures" of a
+/// accessible name where that has a "%1"; "reads" of a label is the slider whose value it shows, which then says so;
+/// "valueTexts" of a canvas are the texts for the values 0, 1 and so on of its view; "pictures" of a
 /// pictogram is the pop-up whose choice it shows; "pictogram" of a button is the one beside its text, turned by its
 /// "angle" in degrees.
 class FormBinder {
@@ -49,7 +51,8 @@ private:
     void nameAfter(const QLabel& label, platform::NSTextField& model, FormBinding& binding) const;
     void picture(const QWidget& popUp, platform::NSPopUpButton& model, FormBinding& binding) const;
     void givePictograms() const;
-    void readOut(const QWidget& slider, platform::NSSlider& model, FormBinding& binding) const;
+    void tellValue(CanvasView& canvas, platform::NSView& model, FormBinding& binding) const;
+    void readOut(QWidget& slider, platform::NSSlider& model, FormBinding& binding) const;
 
     std::string formName_;
     QWidget& form_;

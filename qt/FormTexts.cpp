@@ -22,6 +22,13 @@ void localizeProperties(QWidget& widget, platform::NSBundle* bundle) {
     }
 }
 
+void localizeValueTexts(QWidget& widget, platform::NSBundle* bundle) {
+    QStringList texts = widget.property("valueTexts").toStringList();
+    if (texts.isEmpty()) return;
+    for (QString& text : texts) text = textFor(text, bundle);
+    widget.setProperty("valueTexts", texts);
+}
+
 void localizeItems(QComboBox& comboBox, platform::NSBundle* bundle) {
     for (int i = 0; i < comboBox.count(); ++i) comboBox.setItemText(i, textFor(comboBox.itemText(i), bundle));
 }
@@ -56,6 +63,7 @@ void localizeTexts(QWidget& form, platform::NSBundle* bundle) {
     for (QWidget* widget : form.findChildren<QWidget*>()) {
         // What the toolkit puts into a tab bar has the toolkit's own texts.
         if (!qobject_cast<QTabBar*>(widget->parentWidget())) localizeProperties(*widget, bundle);
+        localizeValueTexts(*widget, bundle);
     }
     for (QComboBox* comboBox : form.findChildren<QComboBox*>()) localizeItems(*comboBox, bundle);
     for (QTabWidget* tabWidget : form.findChildren<QTabWidget*>()) localizeTabs(*tabWidget, bundle);

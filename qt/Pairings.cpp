@@ -203,10 +203,21 @@ QList<QRadioButton*> rowsOf(const QWidget& matrix) {
     return matrix.findChildren<QRadioButton*>(QString(), Qt::FindDirectChildrenOnly);
 }
 
+/// The Tab key comes to the row that is selected, and the keyboard's focus goes along when another is selected. The
+/// toolkit would have the row that had the focus last.
+void letKeysFollow(const QList<QRadioButton*>& rows, QRadioButton& selected) {
+    const bool isInside =
+        std::any_of(rows.begin(), rows.end(), [](const QRadioButton* row) { return row->hasFocus(); });
+    for (QRadioButton* row : rows) row->setFocusPolicy(row == &selected ? Qt::StrongFocus : Qt::ClickFocus);
+    if (isInside) selected.setFocus();
+}
+
 void showSelectedRow(QWidget& widget, const NSMatrix& matrix) {
     const int row = matrix.selectedRow();
     const auto rows = rowsOf(widget);
-    if (row >= 0 && row < rows.size()) rows[row]->setChecked(true);
+    if (row < 0 || row >= rows.size()) return;
+    rows[row]->setChecked(true);
+    letKeysFollow(rows, *rows[row]);
 }
 
 void pairMatrix(QWidget& widget, NSMatrix& matrix, FormBinding& binding) {

@@ -3,6 +3,7 @@
 #include "qt/TouchSize.h"
 
 #include <QAbstractItemView>
+#include <QAccessible>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QStyleOptionComboBox>
@@ -16,8 +17,11 @@ namespace kelvo {
 PullDown::PullDown(QWidget* parent) : QComboBox(parent) { setFocusPolicy(Qt::StrongFocus); }
 
 void PullDown::setTitle(const QString& title) {
+    if (title == title_) return;
     title_ = title;
     update();
+    QAccessibleEvent event(this, QAccessible::NameChanged);
+    QAccessible::updateAccessibility(&event);
 }
 
 void PullDown::setChoices(const QStringList& choices, int current) {
@@ -33,7 +37,7 @@ void PullDown::setChoices(const QStringList& choices, int current) {
 void PullDown::setLook(bool isBordered, bool hasArrow) {
     isBordered_ = isBordered;
     hasArrow_ = hasArrow;
-    setFocusPolicy(isBordered || hasArrow ? Qt::StrongFocus : Qt::NoFocus);
+    setFocusPolicy(looksLikeText() ? Qt::NoFocus : Qt::StrongFocus);
     update();
 }
 

@@ -28,6 +28,8 @@ public:
     /// Without border and arrow it looks like text, and then it takes no focus.
     void setLook(bool isBordered, bool hasArrow);
 
+    [[nodiscard]] bool looksLikeText() const { return !isBordered_ && !hasArrow_; }
+
     /// How wide the program makes it for `title`: whatever a style needs, and never less than the platform's own.
     [[nodiscard]] int frameWidthFor(const QString& title) const;
     /// How wide it has to be to show `title` whole.

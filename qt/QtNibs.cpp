@@ -1,5 +1,6 @@
 #include "qt/QtNibs.h"
 
+#include "qt/Accessibility.h"
 #include "qt/FormBinder.h"
 #include "qt/FormBinding.h"
 #include "qt/FormFit.h"
@@ -35,7 +36,9 @@ private:
 QtNibs::QtNibs(std::string bundleIdentifier, Forms forms)
     : bundleIdentifier_(std::move(bundleIdentifier)),
       forms_(std::move(forms)),
-      pictograms_(std::make_shared<Pictograms>(bundleIdentifier_)) {}
+      pictograms_(std::make_shared<Pictograms>(bundleIdentifier_)) {
+    describeOwnWidgets();
+}
 
 std::unique_ptr<platform::NSNib> QtNibs::instantiate(const std::string& name, platform::NSNibOwner& owner,
                                                      platform::NSView& view) {

@@ -6,18 +6,20 @@ namespace kelvo {
 
 namespace {
 
-/// A widget that passes its focus on to another one is not a stop itself.
-bool isTabStop(const QWidget& widget) { return (widget.focusPolicy() & Qt::TabFocus) != 0 && !widget.focusProxy(); }
+/// What takes the focus keeps its place in the order even while the Tab key passes it by: of radio buttons that key
+/// comes to the chosen one alone. A widget that passes its focus on to another one is not a stop itself.
+bool isTabStop(const QWidget& widget) { return widget.focusPolicy() != Qt::NoFocus && !widget.focusProxy(); }
 
-/// What has just come into a window stands in one piece in its order.
-std::vector<QWidget*> tabStopsOf(QWidget& content) {
-    std::vector<QWidget*> stops;
+/// What has just come into a window stands in one piece in its order. What takes no focus goes along, since others may
+/// come to stand in it.
+std::vector<QWidget*> orderOf(QWidget& content) {
+    std::vector<QWidget*> order;
     QWidget* widget = &content;
     do {
-        if (isTabStop(*widget)) stops.push_back(widget);
+        if (!widget->focusProxy()) order.push_back(widget);
         widget = widget->nextInFocusChain();
     } while (content.isAncestorOf(widget));
-    return stops;
+    return order;
 }
 
 /// The other stops of the window, from its beginning.
@@ -41,29 +43,38 @@ QWidget* tabStopBefore(QWidget& holder) {
     return widget;
 }
 
-void chain(QWidget& first, const std::vector<QWidget*>& stops) {
+/// The toolkit puts nothing into order but what takes the focus just then.
+void putBehind(QWidget& before, QWidget& widget) {
+    const Qt::FocusPolicy policyBefore = before.focusPolicy();
+    const Qt::FocusPolicy policy = widget.focusPolicy();
+    if (policyBefore == Qt::NoFocus) before.setFocusPolicy(Qt::ClickFocus);
+    if (policy == Qt::NoFocus) widget.setFocusPolicy(Qt::ClickFocus);
+    QWidget::setTabOrder(&before, &widget);
+    before.setFocusPolicy(policyBefore);
+    widget.setFocusPolicy(policy);
+}
+
+void chain(QWidget& first, const std::vector<QWidget*>& order) {
     QWidget* last = &first;
-    for (QWidget* stop : stops) {
-        QWidget::setTabOrder(last, stop);
-        last = stop;
+    for (QWidget* widget : order) {
+        putBehind(*last, *widget);
+        last = widget;
     }
 }
 
 } // namespace
 
 QWidget* putBehindInTabOrder(QWidget& before, QWidget& content) {
-    const std::vector<QWidget*> stops = tabStopsOf(content);
-    if (stops.empty()) return nullptr;
-    chain(before, stops);
-    return stops.back();
+    const std::vector<QWidget*> order = orderOf(content);
+    chain(before, order);
+    return order.back();
 }
 
 QWidget* putInsideInTabOrder(QWidget& holder, QWidget& content) {
     if (QWidget* const before = tabStopBefore(holder)) return putBehindInTabOrder(*before, content);
-    const std::vector<QWidget*> stops = tabStopsOf(content);
-    if (stops.empty()) return nullptr;
-    chain(*stops.back(), tabStopsBeside(content));
-    return stops.back();
+    const std::vector<QWidget*> order = orderOf(content);
+    chain(*order.back(), tabStopsBeside(content));
+    return order.back();
 }
 
 } // namespace kelvo

@@ -7,11 +7,10 @@ namespace kelvo {
 // What comes into a window comes last for the Tab key; these put `content`, which has just come, in its proper place,
 // in its own order.
 
-/// Behind `before`, which takes the Tab key itself. The result is the last stop of `content`; null when it has none.
+/// Behind `before`. The result is the last of `content`.
 QWidget* putBehindInTabOrder(QWidget& before, QWidget& content);
 
-/// To where `holder`, in which it stands, has its place. The result is the last stop of `content`; null when it has
-/// none.
+/// To where `holder`, in which it stands, has its place. The result is the last of `content`.
 QWidget* putInsideInTabOrder(QWidget& holder, QWidget& content);
 
 } // namespace kelvo

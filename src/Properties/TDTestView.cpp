@@ -10,6 +10,7 @@ using platform::NSRect;
 
 namespace {
 
+constexpr std::ptrdiff_t kRangeView = 1;
 constexpr std::ptrdiff_t kRateView = 2;
 constexpr std::ptrdiff_t kTestView = 3;
 
@@ -17,6 +18,9 @@ constexpr std::ptrdiff_t kTestView = 3;
 constexpr double kRateViewAttemptSeconds = 2.0;
 constexpr double kShortestIntervalSeconds = 0.3;
 constexpr double kLongestIntervalSeconds = 1.0;
+
+constexpr double kCounted = 1.0;
+constexpr double kNotCounted = 0.0;
 
 } // namespace
 
@@ -50,6 +54,10 @@ void TDTestView::drawRect(NSRect /*dirtyRect*/) {
     circle.stroke();
 }
 
+std::optional<double> TDTestView::accessibilityValue() const {
+    return v_type == kRangeView ? std::optional(range) : lastOutcome;
+}
+
 void TDTestView::mouseDown(const NSEvent& event) {
     if (!isInside(event)) return;
     if (recognisesDoubleClicks()) ++clickCount;
@@ -58,6 +66,8 @@ void TDTestView::mouseDown(const NSEvent& event) {
     startTime = platform::Clock::current().date();
     const double limit = v_type == kTestView ? timeInterval_ : kRateViewAttemptSeconds;
     timeOutTimer = platform::NSTimer::scheduledTimerWithTimeInterval(limit, *this, [this] { timeOut(); });
+    // An attempt can end without a word, so it counts for nothing until it has counted.
+    if (v_type == kTestView) set(lastOutcome, std::optional(kNotCounted));
 }
 
 void TDTestView::mouseUp(const NSEvent& event) {
@@ -93,11 +103,13 @@ void TDTestView::measure(double elapsed) {
     } else {
         timeInterval_ = kShortestIntervalSeconds;
     }
+    set(lastOutcome, std::optional(timeInterval_));
     platform::NSNotificationCenter::defaultCenter().postNotification({kDoubleClickHappenOnRateView, {}});
 }
 
-void TDTestView::judge(double elapsed) const {
+void TDTestView::judge(double elapsed) {
     if (timeInterval_ >= elapsed) {
+        set(lastOutcome, std::optional(kCounted));
         platform::NSNotificationCenter::defaultCenter().postNotification({kDoubleClickHappenOnTestView, {}});
     }
 }

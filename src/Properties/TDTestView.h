@@ -33,6 +33,9 @@ public:
     void changeDrawType() { drawType = drawType == 0 ? 1 : 0; }
 
     void drawRect(platform::NSRect dirtyRect) override;
+    /// Of a range view the diameter; of a rate view the interval measured last, none before the first; of a test view 1
+    /// when the last double click counted, 0 when it did not or is under way, none before the first.
+    [[nodiscard]] std::optional<double> accessibilityValue() const override;
     void mouseDown(const platform::NSEvent& event) override;
     void mouseUp(const platform::NSEvent& event) override;
 
@@ -41,7 +44,7 @@ private:
     [[nodiscard]] bool recognisesDoubleClicks() const;
     [[nodiscard]] bool isInside(const platform::NSEvent& event) const;
     void measure(double elapsed);
-    void judge(double elapsed) const;
+    void judge(double elapsed);
 
     double range = 32.0;
     // What was drawn last is also what can be hit; before the first drawing, nothing.
@@ -54,4 +57,5 @@ private:
     [[maybe_unused]] platform::NSPoint* point2 = nullptr;
     std::int32_t drawType = 0;
     std::weak_ptr<platform::NSTimer> timeOutTimer;
+    std::optional<double> lastOutcome;
 };

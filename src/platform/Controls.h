@@ -60,6 +60,8 @@ public:
     void setNeedsDisplay(bool needsDisplay);
     /// Draws the view into the current graphics context.
     virtual void drawRect(NSRect /*dirtyRect*/) {}
+    /// What the view shows, for those who do not see it; none while there is nothing to tell. The form has the words.
+    [[nodiscard]] virtual std::optional<double> accessibilityValue() const { return std::nullopt; }
     virtual void mouseDown(const NSEvent& /*event*/) {}
     virtual void mouseUp(const NSEvent& /*event*/) {}
 

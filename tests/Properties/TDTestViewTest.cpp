@@ -79,6 +79,57 @@ protected:
     TDTestView view;
 };
 
+TEST_F(TestArea, OfNoTypeHasNothingToTellThoseWhoDoNotSeeIt) {
+    draw();
+    doubleClick(0.5);
+    EXPECT_EQ(view.accessibilityValue(), std::nullopt);
+}
+
+TEST_F(TestArea, OfTheRangeTellsTheRange) {
+    view.setViewType(1);
+    EXPECT_EQ(view.accessibilityValue(), 32.0);
+    view.setRange(47.0);
+    EXPECT_EQ(view.accessibilityValue(), 47.0);
+}
+
+TEST_F(TestArea, OfTheRateTellsTheIntervalMeasuredLastAndNothingBefore) {
+    view.setViewType(2);
+    view.setTimeInterval(0.7);
+    draw();
+    EXPECT_EQ(view.accessibilityValue(), std::nullopt);
+    doubleClick(0.1);
+    EXPECT_EQ(view.accessibilityValue(), 0.3);
+    doubleClick(1.5);
+    EXPECT_EQ(view.accessibilityValue(), 1.0);
+    view.setTimeInterval(0.7);
+    EXPECT_EQ(view.accessibilityValue(), 1.0);
+}
+
+TEST_F(TestArea, OfTheTestTellsWhetherTheLastDoubleClickCounted) {
+    view.setViewType(3);
+    view.setTimeInterval(0.5);
+    draw();
+    EXPECT_EQ(view.accessibilityValue(), std::nullopt);
+    doubleClick(0.4);
+    EXPECT_EQ(view.accessibilityValue(), 1.0);
+    doubleClick(0.6);
+    EXPECT_EQ(view.accessibilityValue(), 0.0);
+    platform.runLoop.advance(1.0);
+    doubleClick(0.4);
+    EXPECT_EQ(view.accessibilityValue(), 1.0);
+    click();
+    press();
+    release({0, 0});
+    EXPECT_EQ(view.accessibilityValue(), 0.0);
+}
+
+TEST_F(TestArea, PressBesideTheCircleLeavesWhatItTells) {
+    view.setViewType(3);
+    draw();
+    press({0, 0});
+    EXPECT_EQ(view.accessibilityValue(), std::nullopt);
+}
+
 TEST_F(TestArea, DrawsAThinRedRingOfTheRangesDiameterOnWhite) {
     EXPECT_THAT(draw(), ElementsAre("white", "fill 0 0 100 100", "red", "stroke 34 34 32 32 width 2"));
 }
