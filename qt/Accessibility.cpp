@@ -63,7 +63,7 @@ public:
         switch (which) {
         case QAccessible::Name:
         case QAccessible::Value:
-            return pullDown_.title();
+            return pullDown_.title().isEmpty() ? pullDown_.accessibleName() : pullDown_.title();
         case QAccessible::Description:
             return pullDown_.accessibleName();
         default:
@@ -74,9 +74,9 @@ public:
     [[nodiscard]] QVector<QPair<QAccessibleInterface*, QAccessible::Relation>>
     relations(QAccessible::Relation match) const override {
         auto relations = QAccessibleWidget::relations(match);
-        const auto* label = pullDown_.parentWidget()->findChild<QLabel*>(pullDown_.property("namedBy").toString());
+        auto* const label = pullDown_.parentWidget()->findChild<QLabel*>(pullDown_.property("namedBy").toString());
         if (label && (match & QAccessible::Label)) {
-            relations.append({QAccessible::queryAccessibleInterface(const_cast<QLabel*>(label)), QAccessible::Label});
+            relations.append({QAccessible::queryAccessibleInterface(label), QAccessible::Label});
         }
         return relations;
     }
