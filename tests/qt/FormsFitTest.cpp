@@ -332,6 +332,15 @@ TEST_P(FormsFitTest, SmallScreenShowsAllButTheLengthOfPagesWithoutScrolling) {
     EXPECT_EQ(pane.widget<QScrollArea>("gestureScroller").horizontalScrollBar()->maximum(), 0);
 }
 
+TEST_P(FormsFitTest, AreasForDoubleClicksStandInLineHoweverLongTheirTexts) {
+    ShownPane pane(GetParam(), 10);
+    pane.pickTab(kGestureTab);
+    pane.settle();
+    const auto top = [&](const char* name) { return pane.widget<QWidget>(name).mapTo(&pane.window(), QPoint()).y(); };
+    EXPECT_EQ(top("rangeView_"), top("rateView_"));
+    EXPECT_EQ(top("testView_"), top("rateView_"));
+}
+
 TEST_P(FormsFitTest, FontMayChangeWhileThePaneIsShown) {
     ShownPane pane(GetParam(), 9);
     pane.pickTab(kGestureTab);
