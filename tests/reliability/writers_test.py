@@ -52,6 +52,11 @@ class Reader(threading.Thread):
             for key, values in self.seen.items():
                 values.add(items[key])
 
+    def has_seen_all_write(self):
+        """Whether enough was seen of each writer; on a machine that does much else that takes its time."""
+        return (len(self.seen["SelectedMenuItem"]) > 1 and self.seen["DriverEnable"] == {True, False}
+                and len(self.seen["Begin"]) > 10)
+
     @staticmethod
     def problems_of(items):
         expected = {
@@ -101,7 +106,7 @@ class Writers(PaneCase):
             # Its dots are nobody's to read.
             threading.Thread(target=saver.stdout.read, daemon=True).start()
             end = time.monotonic() + SECONDS
-            while time.monotonic() < end or len(reader.seen["SelectedMenuItem"]) < 2:
+            while time.monotonic() < end or not reader.has_seen_all_write():
                 self.command("show-tab", str(rounds % 4))
                 self.command("disable" if rounds % 2 else "enable")
                 rounds += 1
@@ -111,8 +116,6 @@ class Writers(PaneCase):
             saver.wait()
             self.wait_handled()
         self.assertEqual(reader.problems, [])
-        self.assertEqual(reader.seen["DriverEnable"], {True, False})
-        self.assertGreater(len(reader.seen["Begin"]), 10)
 
         # Each of them can still write, and what one writes alone stays.
         self.command("enable")
