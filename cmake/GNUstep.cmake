@@ -28,9 +28,9 @@ if(KELVO_BUILD_SYSTEM_PREFERENCES)
   target_include_directories(kelvo-gnustep SYSTEM INTERFACE ${headers})
   target_compile_definitions(kelvo-gnustep INTERFACE
     GNUSTEP GNUSTEP_BASE_LIBRARY=1 GNU_GUI_LIBRARY=1 GNU_RUNTIME=1 _NATIVE_OBJC_EXCEPTIONS)
-  # GCC warns that the runtime cannot describe members and arguments that are C++ objects, by a warning without a name.
-  # C++ members of Objective-C objects are made and destroyed with them.
+  # C++ members of Objective-C objects are made and destroyed with them. g++ reads a closure's captures as a message's
+  # arguments first, and warns of values that are not used there.
   target_compile_options(kelvo-gnustep INTERFACE
-    -std=c++20 -fobjc-exceptions -fobjc-call-cxx-cdtors -fconstant-string-class=NSConstantString -Wno-import -Wno-unused-value -Wno-error)
+    -std=c++20 -fobjc-exceptions -fobjc-call-cxx-cdtors -fconstant-string-class=NSConstantString -Wno-unused-value)
   target_link_libraries(kelvo-gnustep INTERFACE ${PREFERENCE_PANES} gnustep-gui gnustep-base objc)
 endif()

@@ -1,5 +1,6 @@
 #include "cocoa/CocoaApplication.h"
 
+#include "cocoa/Call.h"
 #include "cocoa/Text.h"
 #include "platform/Guarded.h"
 
@@ -22,9 +23,9 @@ std::int32_t returnCodeOf(NSInteger pressed) {
 @interface KelvoAlertSheet : NSObject {
     kelvo::Retained<NSAlert> alert_;
     kelvo::Retained<NSWindow> window_;
-    std::function<void(std::int32_t)> didEnd_;
+    kelvo::Call<void(std::int32_t)> didEnd_;
 }
-- (instancetype)initWithAlert:(NSAlert*)alert window:(NSWindow*)window didEnd:(std::function<void(std::int32_t)>)didEnd;
+- (instancetype)initWithAlert:(NSAlert*)alert window:(NSWindow*)window didEnd:(kelvo::Call<void(std::int32_t)>)didEnd;
 - (void)show;
 @end
 
@@ -32,7 +33,7 @@ std::int32_t returnCodeOf(NSInteger pressed) {
 
 - (instancetype)initWithAlert:(NSAlert*)alert
                        window:(NSWindow*)window
-                       didEnd:(std::function<void(std::int32_t)>)didEnd {
+                       didEnd:(kelvo::Call<void(std::int32_t)>)didEnd {
     self = [super init];
     if (self) {
         alert_ = kelvo::Retained<NSAlert>::sharing(alert);

@@ -1,5 +1,6 @@
 #include "cocoa/CocoaRunLoop.h"
 
+#include "cocoa/Call.h"
 #include "cocoa/Elements.h"
 #include "platform/Guarded.h"
 
@@ -10,15 +11,15 @@
 
 /// What a timer or a descriptor of the run loop calls.
 @interface KelvoLoopTarget : NSObject <RunLoopEvents> {
-    std::function<void()> call_;
+    kelvo::Call<void()> call_;
 }
-- (instancetype)initWithCall:(std::function<void()>)call;
+- (instancetype)initWithCall:(kelvo::Call<void()>)call;
 - (void)fire:(NSTimer*)timer;
 @end
 
 @implementation KelvoLoopTarget
 
-- (instancetype)initWithCall:(std::function<void()>)call {
+- (instancetype)initWithCall:(kelvo::Call<void()>)call {
     self = [super init];
     if (self) call_ = std::move(call);
     return self;
@@ -34,9 +35,7 @@
     (void)type;
     (void)extra;
     (void)mode;
-    // The copy lives on when the call ends the watch.
-    const auto call = call_;
-    platform::guarded(call);
+    platform::guarded(call_);
 }
 
 @end

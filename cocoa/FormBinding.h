@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cocoa/Call.h"
 #include "cocoa/Retained.h"
 #include "platform/Controls.h"
 
@@ -12,12 +13,12 @@
 
 /// Tells of what the user does to a control: the control's target, and the delegate of those that have one.
 @interface KelvoUserActs : NSObject {
-    std::function<void()> acted_;
-    std::function<void(NSString*)> edited_;
-    std::function<bool(NSString*)> endEditing_;
+    kelvo::Call<void()> acted_;
+    kelvo::Call<void(NSString*)> edited_;
+    kelvo::Call<bool(NSString*)> endEditing_;
 }
-- (void)setActed:(std::function<void()>)acted;
-- (void)setEdited:(std::function<void(NSString*)>)edited endEditing:(std::function<bool(NSString*)>)endEditing;
+- (void)setActed:(kelvo::Call<void()>)acted;
+- (void)setEdited:(kelvo::Call<void(NSString*)>)edited endEditing:(kelvo::Call<bool(NSString*)>)endEditing;
 /// From then on it tells nobody.
 - (void)untie;
 - (void)act:(id)sender;

@@ -5,11 +5,11 @@
 
 @implementation KelvoUserActs
 
-- (void)setActed:(std::function<void()>)acted {
+- (void)setActed:(kelvo::Call<void()>)acted {
     acted_ = std::move(acted);
 }
 
-- (void)setEdited:(std::function<void(NSString*)>)edited endEditing:(std::function<bool(NSString*)>)endEditing {
+- (void)setEdited:(kelvo::Call<void(NSString*)>)edited endEditing:(kelvo::Call<bool(NSString*)>)endEditing {
     edited_ = std::move(edited);
     endEditing_ = std::move(endEditing);
 }
@@ -24,7 +24,7 @@
     // What the user does may take the control's form away while the control is still handling it.
     [[self retain] autorelease];
     [[sender retain] autorelease];
-    if (const auto acted = acted_) platform::guarded(acted);
+    if (acted_) platform::guarded(acted_);
 }
 
 - (void)tabView:(NSTabView*)tabView didSelectTabViewItem:(NSTabViewItem*)item {

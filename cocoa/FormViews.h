@@ -1,8 +1,8 @@
 #pragma once
 
-#import <AppKit/AppKit.h>
+#include "cocoa/Call.h"
 
-#include <functional>
+#import <AppKit/AppKit.h>
 
 // The views that forms use beside the platform's own.
 
@@ -20,19 +20,19 @@
 
 /// A rectangle that someone else draws and that tells of presses.
 @interface KelvoCanvas : NSView {
-    std::function<void()> draw_;
-    std::function<void(NSEvent*)> pressed_;
-    std::function<void(NSEvent*)> released_;
+    kelvo::Call<void()> draw_;
+    kelvo::Call<void(NSEvent*)> pressed_;
+    kelvo::Call<void(NSEvent*)> released_;
 }
-- (void)setDraw:(std::function<void()>)draw;
-- (void)setPressed:(std::function<void(NSEvent*)>)pressed released:(std::function<void(NSEvent*)>)released;
+- (void)setDraw:(kelvo::Call<void()>)draw;
+- (void)setPressed:(kelvo::Call<void(NSEvent*)>)pressed released:(kelvo::Call<void(NSEvent*)>)released;
 @end
 
 /// A pull-down menu that can be deaf to the user.
 @interface KelvoPullDown : NSPopUpButton {
-    std::function<bool()> opensMenu_;
+    kelvo::Call<bool()> opensMenu_;
 }
-- (void)setOpensMenu:(std::function<bool()>)opensMenu;
+- (void)setOpensMenu:(kelvo::Call<bool()>)opensMenu;
 @end
 
 /// A column of radio buttons that tells of every click on it, which not every matrix does.

@@ -33,11 +33,11 @@
 
 @implementation KelvoCanvas
 
-- (void)setDraw:(std::function<void()>)draw {
+- (void)setDraw:(kelvo::Call<void()>)draw {
     draw_ = std::move(draw);
 }
 
-- (void)setPressed:(std::function<void(NSEvent*)>)pressed released:(std::function<void(NSEvent*)>)released {
+- (void)setPressed:(kelvo::Call<void(NSEvent*)>)pressed released:(kelvo::Call<void(NSEvent*)>)released {
     pressed_ = std::move(pressed);
     released_ = std::move(released);
 }
@@ -61,7 +61,7 @@
 
 @implementation KelvoPullDown
 
-- (void)setOpensMenu:(std::function<bool()>)opensMenu {
+- (void)setOpensMenu:(kelvo::Call<bool()>)opensMenu {
     opensMenu_ = std::move(opensMenu);
 }
 
