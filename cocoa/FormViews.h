@@ -35,6 +35,19 @@
 - (void)setOpensMenu:(kelvo::Call<bool()>)opensMenu;
 @end
 
+/// A slider that the user moves in steps of one.
+@interface KelvoSlider : NSSlider
+- (double)stepsPerUnit;
+@end
+
+/// A slider that the user moves in steps of 0.1.
+@interface KelvoTenthsSlider : KelvoSlider
+@end
+
+/// A slider that the user moves in steps of 0.01.
+@interface KelvoHundredthsSlider : KelvoSlider
+@end
+
 /// A column of radio buttons that tells of every click on it, which not every matrix does.
 @interface KelvoMatrix : NSMatrix {
     BOOL hasSentAction_;

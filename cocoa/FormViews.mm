@@ -89,6 +89,30 @@
 
 @end
 
+@implementation KelvoSlider
+
+- (double)stepsPerUnit {
+    return 1.0;
+}
+
+@end
+
+@implementation KelvoTenthsSlider
+
+- (double)stepsPerUnit {
+    return 10.0;
+}
+
+@end
+
+@implementation KelvoHundredthsSlider
+
+- (double)stepsPerUnit {
+    return 100.0;
+}
+
+@end
+
 @implementation KelvoMatrix
 
 - (void)mouseDown:(NSEvent*)event {

@@ -8,6 +8,7 @@
 #include "platform/Guarded.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <optional>
 #include <typeinfo>
@@ -150,13 +151,19 @@ void pairEditable(NSView* view, platform::NSView& anyModel, FormBinding& binding
     binding.atEnd([held] { [held.get() setDelegate:nil]; });
 }
 
+/// The step that is nearest to where the user moved it.
+double steppedValue(KelvoSlider* slider) {
+    const double steps = [slider stepsPerUnit];
+    return std::round([slider doubleValue] * steps) / steps;
+}
+
 void pairSlider(NSView* view, platform::NSView& anyModel, FormBinding& binding) {
-    auto* const slider = static_cast<NSSlider*>(view);
+    auto* const slider = static_cast<KelvoSlider*>(view);
     auto& model = dynamic_cast<platform::NSSlider&>(anyModel);
     model.setBounds([slider minValue], [slider maxValue]);
     const auto show = binding.mirror(model, [slider, &model] { [slider setDoubleValue:model.doubleValue()]; });
     tellActs(
-        slider, binding, [slider, &model] { model.performSetDoubleValue([slider doubleValue]); }, show);
+        slider, binding, [slider, &model] { model.performSetDoubleValue(steppedValue(slider)); }, show);
 }
 
 void pairMatrix(NSView* view, platform::NSView& anyModel, FormBinding& binding) {
@@ -271,7 +278,7 @@ constexpr Pairing kPairings[] = {
     {isA<NSPopUpButton>, isPopUp, pairPopUp, make<platform::NSPopUpButton>},
     {isA<KelvoCanvas>, isDrawn, pairCanvas, nullptr},
     {isA<NSMatrix>, isControl<platform::NSMatrix>, pairMatrix, make<platform::NSMatrix>},
-    {isA<NSSlider>, isControl<platform::NSSlider>, pairSlider, make<platform::NSSlider>},
+    {isA<KelvoSlider>, isControl<platform::NSSlider>, pairSlider, make<platform::NSSlider>},
     {isEditable, isControl<platform::NSTextField>, pairEditable, nullptr},
     {isA<NSTextField>, isControl<platform::NSTextField>, pairText, nullptr},
     {isCheckBox, isControl<platform::NSButton>, pairButton, make<platform::NSButton, platform::NSButton::Type::Switch>},

@@ -1,8 +1,9 @@
 #include "hosts/syspref/ControlPlaces.h"
 #include "cocoa/Elements.h"
-
 #include "cocoa/Retained.h"
 #include "cocoa/Text.h"
+
+#import <AppKit/AppKit.h>
 
 namespace {
 
@@ -11,6 +12,9 @@ constexpr NSTimeInterval kIntervalSeconds = 0.1;
 NSString* textOfView(NSView* view) {
     if ([view isKindOfClass:[NSPopUpButton class]]) return [static_cast<NSPopUpButton*>(view) titleOfSelectedItem];
     if ([view isKindOfClass:[NSButton class]]) return [static_cast<NSButton*>(view) title];
+    if ([view isKindOfClass:[NSSlider class]]) {
+        return [NSString stringWithFormat:@"%g", [static_cast<NSSlider*>(view) doubleValue]];
+    }
     if ([view isKindOfClass:[NSControl class]]) return [static_cast<NSControl*>(view) stringValue];
     return @"";
 }
@@ -47,19 +51,17 @@ void appendPlaces(NSView* view, NSMutableString* lines) {
 } // namespace
 
 @interface KelvoControlPlaces : NSObject {
-    kelvo::Retained<NSView> view_;
     kelvo::Retained<NSString> path_;
 }
-- (instancetype)initWithView:(NSView*)view path:(NSString*)path;
+- (instancetype)initWithPath:(NSString*)path;
 - (void)write:(NSTimer*)timer;
 @end
 
 @implementation KelvoControlPlaces
 
-- (instancetype)initWithView:(NSView*)view path:(NSString*)path {
+- (instancetype)initWithPath:(NSString*)path {
     self = [super init];
     if (self) {
-        view_ = kelvo::Retained<NSView>::sharing(view);
         path_ = kelvo::Retained<NSString>::sharing(path);
     }
     return self;
@@ -68,9 +70,14 @@ void appendPlaces(NSView* view, NSMutableString* lines) {
 - (void)write:(NSTimer*)timer {
     (void)timer;
     NSMutableString* const lines = [NSMutableString string];
-    NSWindow* const sheet = [NSApp modalWindow];
-    if ([view_.get() window]) appendPlaces(view_.get(), lines);
-    if (sheet) appendPlaces([sheet contentView], lines);
+    for (NSWindow* window : kelvo::elementsOf<NSWindow>([NSApp windows])) {
+        if (![window isVisible]) continue;
+        NSView* const content = [window contentView];
+        [lines appendString:placeOf(content, [content bounds], @"NSWindow", [window title])];
+        appendPlaces(content, lines);
+    }
+    // A click on a window of an application that is not active only makes it so.
+    [lines appendFormat:@"0 0 0 0 NSApplication %@\n", [NSApp isActive] ? @"active" : @"inactive"];
     [lines writeToFile:path_.get() atomically:YES encoding:NSUTF8StringEncoding error:NULL];
 }
 
@@ -78,10 +85,10 @@ void appendPlaces(NSView* view, NSMutableString* lines) {
 
 namespace kelvo {
 
-void logControlPlaces(NSView* view) {
+void logControlPlaces() {
     NSString* const path = [[[NSProcessInfo processInfo] environment] objectForKey:@"KELVO_CONTROL_PLACES"];
     if ([path length] == 0) return;
-    const Retained<KelvoControlPlaces> places([[KelvoControlPlaces alloc] initWithView:view path:path]);
+    const Retained<KelvoControlPlaces> places([[KelvoControlPlaces alloc] initWithPath:path]);
     NSTimer* const timer = [NSTimer timerWithTimeInterval:kIntervalSeconds
                                                    target:places.get()
                                                  selector:@selector(write:)

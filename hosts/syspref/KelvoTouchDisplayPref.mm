@@ -98,7 +98,7 @@ private:
                                              selector:@selector(applicationWillTerminate:)
                                                  name:NSApplicationWillTerminateNotification
                                                object:nil];
-    kelvo::logControlPlaces(view);
+    kelvo::logControlPlaces();
     return view;
 }
 

@@ -1,25 +1,34 @@
-"""The pane inside the real System Preferences, under a virtual X server, operated by a real pointer: its life, its tabs,
-and what reaches the driver. Takes the bundle."""
+"""The pane inside the real System Preferences, under a virtual X server, operated by a real pointer and real keys: its
+life, its tabs, and what reaches the driver. Takes the build folder, the bundle and the variable LD_PRELOAD=... for the
+application. With KELVO_PICTURES set to a folder it leaves pictures of what it saw there."""
 
+import json
 import os
 import pathlib
 import plistlib
-import re
 import shutil
 import subprocess
 import sys
 import unittest
 
 from hosts import PANE, PaneLife
-from peers import Lines, Peer, World, wait_until
+from peers import Lines, World, wait_until
 
-BUNDLE = pathlib.Path(sys.argv.pop(1))
+BUILD, BUNDLE, PRELOAD = sys.argv[1:4]
+del sys.argv[1:4]
+BUNDLE = pathlib.Path(BUNDLE)
+SIMULATOR = f"{BUILD}/bin/kelvo-touch-driver-sim"
+
 HOST = "SystemPreferences"
+WINDOW = "System Preferences"
 CONFIGURATION = pathlib.Path("/etc/GNUstep/GNUstep.conf")
+# From the window's corner: the first icon among all panes, and a place with nothing to click.
+ICON = (50, 140)
+NOTHING = (580, 20)
 
 
 class Display:
-    """A virtual X server with a window manager, and a pointer."""
+    """A virtual X server with a window manager, a pointer and a keyboard."""
 
     def __init__(self, world):
         reading, writing = os.pipe()
@@ -31,19 +40,42 @@ class Display:
             world.environment["DISPLAY"] = f":{numbers.readline().strip()}"
         self.environment = world.environment
         world.start("openbox")
+        # A window that comes before its manager is moved when that has come.
+        wait_until(lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"), "the window manager")
 
-    def xdotool(self, *words):
-        return subprocess.run(["xdotool", *map(str, words)], env=self.environment, text=True, capture_output=True,
+    def run(self, *command):
+        return subprocess.run([str(word) for word in command], env=self.environment, text=True, capture_output=True,
                               check=False).stdout
 
     def click(self, x, y):
-        self.xdotool("mousemove", x, y, "click", 1)
+        self.run("xdotool", "mousemove", x, y, "click", 1)
+
+    def drag(self, x, y, to_x, to_y):
+        self.run("xdotool", "mousemove", x, y, "mousedown", 1, "mousemove", to_x, to_y, "mouseup", 1)
+
+    def keys(self, *names):
+        self.run("xdotool", "key", *names)
+
+    def places_of(self, *windows):
+        """(x, y, width, height) of each."""
+        lines = [line.split("=") for line in self.run("xdotool", *windows, "getwindowgeometry", "--shell", "%@").split()]
+        columns = [[int(value) for key, value in lines if key == name] for name in ("X", "Y", "WIDTH", "HEIGHT")]
+        return list(zip(*columns))
+
+    def windows(self):
+        return self.places_of("search", "--onlyvisible", "--name", ".*")
+
+    def active_window(self, name):
+        """Where the window of that name is, once the keyboard is its; else None."""
+        if self.run("xdotool", "getactivewindow", "getwindowname").strip() != name:
+            return None
+        return self.places_of("getactivewindow")[0]
 
 
 class Preferences:
     """The running application, with the pane installed for a user of its own."""
 
-    def __init__(self, world, bundle=BUNDLE):
+    def __init__(self, world, *arguments, bundle=BUNDLE):
         self.world = world
         library = world.folder / "GNUstep/Library"
         (library / "Bundles").mkdir(parents=True)
@@ -52,22 +84,23 @@ class Preferences:
         configuration.write_text(CONFIGURATION.read_text(encoding="utf-8")
                                  + "\nGNUSTEP_USER_CONFIG_FILE=.none\nGNUSTEP_USER_DIR_LIBRARY=./GNUstep/Library\n"
                                  + "GNUSTEP_USER_DEFAULTS_DIR=./GNUstep/Defaults\n", encoding="utf-8")
+        # Its applications meet in the folder for temporary files: one that runs there is not started twice.
+        meeting_place = world.folder / "tmp"
+        meeting_place.mkdir(mode=0o700)
         self.places_file = world.folder / "places"
-        world.environment.update(GNUSTEP_CONFIG_FILE=str(configuration), LC_ALL="C.UTF-8",
-                                 KELVO_CONTROL_PLACES=str(self.places_file))
+        world.environment.update(GNUSTEP_CONFIG_FILE=str(configuration), LC_ALL="C.UTF-8", TMPDIR=str(meeting_place),
+                                 TEMP=str(meeting_place), TMP=str(meeting_place),
+                                 KELVO_CONTROL_PLACES=str(self.places_file), ASAN_OPTIONS="detect_leaks=0")
         self.display = Display(world)
-        # A bundle with sanitizers needs theirs to be there before the application, which leaks on its own account.
-        libraries = subprocess.run(["ldd", BUNDLE / "KelvoTouchDisplay"], text=True, capture_output=True,
-                                   check=True).stdout
-        world.environment.update(LD_PRELOAD=" ".join(re.findall(r"=> (\S*/lib(?:asan|ubsan)\.\S*)", libraries)),
-                                 ASAN_OPTIONS="detect_leaks=0")
-        self.process = world.start(HOST, "-GSSuppressAppIcon", "YES")
-        world.environment["LD_PRELOAD"] = ""
+        # The application would start its own notification centre, and leave it behind.
+        world.start("gdnc", "--no-fork")
+        wait_until(lambda: list(meeting_place.glob("NSMessagePort/names/*")), "the notification centre")
+        self.process = world.start("env", PRELOAD, HOST, "-GSSuppressAppIcon", "YES", *arguments)
         self.log = Lines(self.process.stderr)
         self.life = PaneLife(world, HOST, self.log)
 
     def places(self):
-        """What can be seen of the pane: (kind, text, x, y, width, height) each."""
+        """What can be seen of the application: (kind, text, x, y, width, height) each."""
         try:
             lines = self.places_file.read_text(encoding="utf-8").splitlines()
         except FileNotFoundError:
@@ -82,124 +115,177 @@ class Preferences:
         return any(text in each[1] for each in self.places())
 
     def find(self, kind, text=None):
+        """Where a control is, once its window has come to where the application has put it."""
         found = []
-        wait_until(lambda: found.extend(each for each in self.places() if each[0] == kind and text in (None, each[1]))
-                   or found, f"{kind} {text!r} among {self.places()}")
-        return found[0]
 
-    def click(self, kind, text=None, row=0, rows=1):
-        _, _, x, y, width, height = self.find(kind, text)
-        self.display.click(x + min(width // 2, 12), y + height * (2 * row + 1) // (2 * rows))
-
-    def origin(self):
-        """A place at the left of the application's window, in the row of its button "Show All"."""
-        geometry = self.display.xdotool("search", "--onlyvisible", "--name", "^System Preferences$",
-                                        "getwindowgeometry", "--shell", "%@")
-        values = dict(line.split("=") for line in geometry.splitlines() if "=" in line)
-        return (int(values["X"]), int(values["Y"])) if int(values.get("WIDTH", 0)) > 400 else None
-
-    def until(self, act, condition, what):
-        """Acts until it has helped: the first click into a window that is not active only makes it so."""
-        tries = [0]
-
-        def attempt():
-            if condition():
-                return True
-            tries[0] += 1
-            if tries[0] % 200 == 1:
-                act()
+        def is_at_rest():
+            window = None
+            for each in self.places():
+                if each[0] == "NSWindow":
+                    window = each[2:]
+                if each[0] == kind and text in (None, each[1]):
+                    found.append(each[2:])
+                    return window in self.display.windows()
             return False
 
-        wait_until(attempt, what)
+        try:
+            wait_until(is_at_rest, f"{kind} {text!r}")
+        except AssertionError as error:
+            raise AssertionError(f"{error} among {self.places()} in {self.display.windows()}") from error
+        return found[-1]
 
-    def select_pane(self, times):
-        def click_icon():
-            origin = self.origin()
-            if origin:
-                self.display.click(origin[0] + 50, origin[1] + 140)
+    def activate(self):
+        """The first click on an application that is not active only makes it so."""
+        if self.shows("inactive"):
+            x, y, _, _ = self.display.active_window(WINDOW)
+            self.display.click(x + NOTHING[0], y + NOTHING[1])
+            wait_until(lambda: not self.shows("inactive"), "the application to be active")
 
-        self.until(click_icon, lambda: self.life.steps().count("willSelect") == times, "the pane's selection")
+    def click(self, kind, text=None, row=0, rows=1):
+        x, y, width, height = self.find(kind, text)
+        self.activate()
+        self.display.click(x + min(width // 2, 12), y + height * (2 * row + 1) // (2 * rows))
+
+    def click_icon(self):
+        corner = []
+        wait_until(lambda: corner.append(self.display.active_window(WINDOW)) or corner[-1], "the application's window")
+        x, y, _, _ = corner[-1]
+        for place in (NOTHING, ICON):
+            self.display.click(x + place[0], y + place[1])
+
+    def select_pane(self, times=1):
+        self.click_icon()
+        wait_until(lambda: self.life.steps().count("willSelect") == times, "the pane's selection")
         wait_until(lambda: self.world.has_owner(PANE), "the pane's port")
 
-    def show_all(self, times):
-        def click():
-            x, y = self.origin()
-            self.display.click(x + 40, y)
+    def wait_for(self, text):
+        wait_until(lambda: self.shows(text), f"{text!r} among {self.places()}")
 
-        self.until(click, lambda: self.life.steps().count("willUnselect") == times, "the way back")
+    def wait_for_end(self):
+        wait_until(lambda: self.log.read() is not None and self.process.poll() is not None, "the application's end")
+
+    def picture(self, name):
+        folder = os.environ.get("KELVO_PICTURES")
+        if folder:
+            self.display.run("import", "-window", "root", f"{folder}/{name}.png")
 
 
 class SystemPreferences(unittest.TestCase):
     def setUp(self):
         self.world = self.enterContext(World())
-        self.set_utilities(["Desk"])
-        self.world.set_plist("Settings_Desk.plist", {
-            "DoubleClickRate": 0.7, "DoubleClickRange": 48, "RotateMode": 0, "AutoCalibration": True,
-            "DriverVersion": "1.2.3", "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 0.7}})
-        self.driver = self.enterContext(Peer(self.world, "TouchDisplayDriverMessagePort"))
+        for name in ("Desk", "Wall"):
+            self.world.set_plist(f"Settings_{name}.plist", {
+                "DoubleClickRate": 0.7, "DoubleClickRange": 48, "RotateMode": 0, "AutoCalibration": True,
+                "DriverVersion": f"1.2.3 ({name})",
+                "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 0.7}})
+        driver = self.world.start(SIMULATOR, "run", "--connect", "Desk")
+        self.driver_lines = Lines(driver.stdout)
+        wait_until(self.driver_lines.read, "the driver simulator")
 
-    def set_utilities(self, devices, enabled=True):
-        self.world.set_plist("Utilities.plist", {
-            "SelectedMenuItem": 0, "IsShowStatuMenu": True, "DriverEnable": enabled, "CurrentDeviceType": devices,
-            "VerboseLog": False})
+    def start(self, *arguments, **how):
+        self.preferences = Preferences(self.world, *arguments, **how)
+        return self.preferences
 
-    def message_of(self, message_id, preferences, *control, **where):
-        """What the driver hears first when a control is clicked."""
-        def heard():
-            return [plistlib.loads(data) for heard_id, data in self.driver.received if heard_id == message_id]
+    def tearDown(self):
+        self.preferences.picture("last")
+        self.assertEqual([line for line in self.preferences.log.read() if "Sanitizer" in line or "runtime error" in line],
+                         [])
 
-        preferences.until(lambda: preferences.click(*control, **where), heard, f"message {message_id}")
-        return heard()[0]
+    def tell(self, *command):
+        status, _, errors = self.world.run(SIMULATOR, *command)
+        self.assertEqual((status, errors), (0, ""))
 
-    def show_tab(self, index):
-        self.world.send(PANE, 8, {"SelectedMenuItem": index})
+    def received(self, message_id):
+        messages = map(json.loads, self.driver_lines.read()[1:])
+        return [message["payload"] for message in messages if message["id"] == message_id]
+
+    def message(self, message_id):
+        """The latest of these that the driver has, once it has one."""
+        wait_until(lambda: self.received(message_id), f"message {message_id}")
+        return self.received(message_id)[-1]
 
     def test_works_like_any_other_host(self):
-        preferences = Preferences(self.world)
-        preferences.select_pane(1)
+        preferences = self.start()
+        preferences.select_pane()
         preferences.life.expect("mainViewDidLoad", "willSelect")
 
-        self.assertEqual(self.message_of(6, preferences, "NSButton", "Apply")["DeviceName"], "Desk")
+        preferences.find("NSButton", "Apply")
+        preferences.picture("calibration")
+        preferences.click("NSButton", "Apply")
+        self.assertEqual(self.message(6)["DeviceName"], "Desk")
 
-        self.show_tab(1)
-        self.assertEqual(self.message_of(0, preferences, "NSButton", "Normal Speed"),
-                         {"DoubleClickRate": 0.5, "DeviceName": "Desk"})
-        preferences.until(lambda: preferences.click("NSTabViewItem", "Gestures"),
-                          lambda: preferences.shows("Look up a word"), "the gestures")
-        gestures = {each["Name"]: each["IsEnable"] for each
-                    in self.message_of(2, preferences, "KelvoCaption", "Look up a word")["GestureArray"]}
+        self.tell("show-tab", "1")
+        preferences.click("NSButton", "Normal Speed")
+        self.assertEqual(self.message(0), {"DoubleClickRate": 0.5, "DeviceName": "Desk"})
+        preferences.picture("touch")
+        x, y, width, height = preferences.find("KelvoTenthsSlider")
+        preferences.display.click(x + width // 2, y + height // 2)
+        long_press = self.message(5)["RightClick"]["RightClickTimeIntelval"]
+        self.assertAlmostEqual(long_press, (0.3 + 3.0) / 2, delta=0.3)
+        self.assertEqual(long_press, round(long_press, 1))
+
+        preferences.click("NSTabViewItem", "Gestures")
+        preferences.click("KelvoCaption", "Look up a word")
+        gestures = {each["Name"]: each["IsEnable"] for each in self.message(2)["GestureArray"]}
         self.assertFalse(gestures["LookUp"])
+        preferences.picture("gestures")
 
-        self.show_tab(2)
-        preferences.until(lambda: preferences.click("KelvoMatrix", row=1, rows=4), lambda: preferences.shows("Cancel"),
-                          "the sheet")
-        preferences.until(lambda: preferences.click("NSButton", "Cancel"), lambda: not preferences.shows("Cancel"),
-                          "the sheet's end")
-        self.assertNotIn(3, [message_id for message_id, _ in self.driver.received])
-        preferences.until(lambda: preferences.click("KelvoMatrix", row=2, rows=4), lambda: preferences.shows("Rotate"),
-                          "the sheet")
-        self.assertEqual(self.message_of(3, preferences, "NSButton", "Rotate"),
-                         {"RotateMode": 2, "DeviceName": "Desk"})
+        self.tell("show-tab", "2")
+        preferences.find("KelvoMatrix")
+        preferences.picture("display")
+        preferences.click("KelvoMatrix", row=1, rows=4)
+        preferences.wait_for("Rotate touch input?")
+        preferences.picture("sheet")
+        preferences.display.keys("Escape")
+        wait_until(lambda: not preferences.shows("Rotate touch input?"), "the sheet's end")
+        self.assertEqual(self.received(3), [])
+        preferences.click("KelvoMatrix", row=2, rows=4)
+        preferences.wait_for("Rotate touch input?")
+        preferences.display.keys("Return")
+        self.assertEqual(self.message(3), {"RotateMode": 2, "DeviceName": "Desk"})
 
-        self.show_tab(3)
-        preferences.find("NSTextField", "1.2.3")
+        self.tell("show-tab", "3")
+        preferences.find("NSTextField", "1.2.3 (Desk)")
+        preferences.picture("version")
 
-        self.set_utilities(["Desk"], enabled=False)
-        self.world.send(PANE, 4, {"DriverEnable": False})
-        wait_until(lambda: preferences.shows("switched off"), "the driver's alert")
-        self.set_utilities([])
-        self.world.send(PANE, 7, {"IsConnected": False})
-        wait_until(lambda: preferences.shows("No touch display"), "the display's alert")
-        self.set_utilities(["Desk"])
-        self.world.send(PANE, 7, {"IsConnected": True})
+        preferences.click("NSButton", "Show All")
+        preferences.life.expect("mainViewDidLoad", "willSelect", "willUnselect")
+        preferences.select_pane(times=2)
+        preferences.find("NSTextField", "1.2.3 (Desk)")
+        # Quitting does not unselect.
+        preferences.display.keys("alt+q")
+        preferences.wait_for_end()
+        preferences.life.expect("mainViewDidLoad", "willSelect", "willUnselect", "willSelect", "willUnselect")
+
+    def test_follows_the_displays_and_the_driver(self):
+        preferences = self.start()
+        preferences.select_pane()
+        self.tell("disable")
+        preferences.wait_for("The touch display driver is switched off")
+        preferences.picture("driver-off")
+        self.tell("enable")
+        preferences.find("NSButton", "Apply")
+        self.tell("disconnect", "Desk")
+        preferences.wait_for("No touch display is connected")
+        preferences.picture("disconnected")
+        self.tell("connect", "Desk")
         preferences.find("NSButton", "Apply")
 
-        preferences.show_all(1)
-        preferences.select_pane(2)
-        preferences.life.expect("mainViewDidLoad", "willSelect", "willUnselect", "willSelect")
-        preferences.until(lambda: preferences.display.click(40, 172), lambda: preferences.process.poll() is not None,
-                          "the end of the application")
-        preferences.life.expect("mainViewDidLoad", "willSelect", "willUnselect", "willSelect", "willUnselect")
+        self.tell("connect", "Wall")
+        preferences.wait_for("Choose the touch display to set up:")
+        preferences.picture("chooser")
+        preferences.find("NSPopUpButton")
+
+        # Closing the window is leaving the pane, and the end of the application.
+        preferences.display.keys("alt+F4")
+        preferences.life.expect("mainViewDidLoad", "willSelect", "willUnselect")
+        preferences.wait_for_end()
+
+    def test_speaks_the_languages_that_it_knows(self):
+        preferences = self.start("-NSLanguages", "(German, English)")
+        preferences.select_pane()
+        preferences.find("NSButton", "Anwenden")
+        preferences.picture("de-calibration")
 
     def test_names_both_sides_of_a_form_that_does_not_fit(self):
         bundle = self.world.folder / "Misfit" / BUNDLE.name
@@ -212,16 +298,11 @@ class SystemPreferences(unittest.TestCase):
         form = bundle / "Resources/TDCalibrationViewCtl.xib"
         form.write_text(form.read_text(encoding="utf-8").replace('property="applyBtn"', 'property="strange_"'),
                         encoding="utf-8")
-        preferences = Preferences(self.world, bundle)
-
-        def click_icon():
-            origin = preferences.origin()
-            if origin:
-                preferences.display.click(origin[0] + 50, origin[1] + 140)
-
+        preferences = self.start(bundle=bundle)
+        preferences.click_icon()
         expected = ("form TDCalibrationViewCtl does not fit its owner: view strange_ has no outlet; "
                     "outlet applyBtn has no view")
-        preferences.until(click_icon, lambda: any(expected in line for line in preferences.log.read()), expected)
+        wait_until(lambda: any(expected in line for line in preferences.log.read()), expected)
 
 
 if __name__ == "__main__":
