@@ -31,9 +31,7 @@ std::int32_t returnCodeOf(NSInteger pressed) {
 
 @implementation KelvoAlertSheet
 
-- (instancetype)initWithAlert:(NSAlert*)alert
-                       window:(NSWindow*)window
-                       didEnd:(kelvo::Call<void(std::int32_t)>)didEnd {
+- (instancetype)initWithAlert:(NSAlert*)alert window:(NSWindow*)window didEnd:(kelvo::Call<void(std::int32_t)>)didEnd {
     self = [super init];
     if (self) {
         alert_ = kelvo::Retained<NSAlert>::sharing(alert);

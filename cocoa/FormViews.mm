@@ -4,6 +4,13 @@
 
 #include <utility>
 
+namespace {
+
+/// Where a gesture's action stands as mere text, below the gesture's name.
+constexpr CGFloat kTextInset = 24.0;
+
+} // namespace
+
 @implementation KelvoBackdrop
 
 - (BOOL)isOpaque {
@@ -75,7 +82,7 @@
     } else if ([self numberOfItems] > 0) {
         // Without a border it is mere text, which some themes do not know of.
         NSDictionary* const attributes = [NSDictionary dictionaryWithObject:[self font] forKey:NSFontAttributeName];
-        [[self itemTitleAtIndex:0] drawInRect:NSInsetRect([self bounds], 12.0, 4.0) withAttributes:attributes];
+        [[self itemTitleAtIndex:0] drawAtPoint:NSMakePoint(kTextInset, 4.0) withAttributes:attributes];
     }
 }
 

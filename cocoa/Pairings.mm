@@ -2,6 +2,7 @@
 
 #include "cocoa/CocoaGraphicsContext.h"
 #include "cocoa/Elements.h"
+#include "cocoa/FormTexts.h"
 #include "cocoa/FormViews.h"
 #include "cocoa/Frames.h"
 #include "cocoa/Text.h"
@@ -77,9 +78,25 @@ void showPullDown(KelvoPullDown* pullDown, const platform::NSPopUpButton& model)
     [pullDown setNeedsDisplay:YES];
 }
 
+/// Of the arrow behind a pull-down's title, with the gap before it.
+constexpr double kArrowWidth = 10.0;
+
+/// Of what a pull-down draws at both sides of its title.
+constexpr double kPullDownMargins = 30.0;
+constexpr double kSmallestFontSize = 8.0;
+
+/// The width of a pull-down's title, in a font that is small enough for it to have room beside what surrounds it.
 double titleWidth(NSPopUpButton* popUp, const std::string& title) {
-    NSDictionary* const attributes = [NSDictionary dictionaryWithObject:[popUp font] forKey:NSFontAttributeName];
-    return [platformText(title) sizeWithAttributes:attributes].width;
+    const double room = NSWidth([[popUp superview] bounds]) - kPullDownMargins;
+    double size = [NSFont systemFontSize];
+    for (;; size -= 0.5) {
+        NSFont* const font = [NSFont systemFontOfSize:size];
+        NSDictionary* const attributes = [NSDictionary dictionaryWithObject:font forKey:NSFontAttributeName];
+        const double width = [platformText(title) sizeWithAttributes:attributes].width + kArrowWidth;
+        if (width > room && size > kSmallestFontSize) continue;
+        [popUp setFont:font];
+        return width;
+    }
 }
 
 void pairPullDown(NSView* view, platform::NSView& anyModel, FormBinding& binding) {
@@ -110,7 +127,10 @@ void pairText(NSView* view, platform::NSView& anyModel, FormBinding& binding) {
     auto* const label = static_cast<NSTextField*>(view);
     auto& model = dynamic_cast<platform::NSTextField&>(anyModel);
     if (model.stringValue().empty()) model.setStringValue(textOf([label stringValue]));
-    binding.mirror(model, [label, &model] { [label setStringValue:platformText(model.stringValue())]; });
+    binding.mirror(model, [label, &model] {
+        [label setStringValue:platformText(model.stringValue())];
+        makeTextFit(label);
+    });
 }
 
 void showEditable(NSTextField* field, const platform::NSTextField& model) {
