@@ -1,16 +1,16 @@
 #include "cocoa/CocoaRunLoop.h"
 
 #include "cocoa/Call.h"
+#include "cocoa/DescriptorWatch.h"
 #include "cocoa/Elements.h"
 #include "platform/Guarded.h"
 
 #import <AppKit/AppKit.h>
 
-#include <cstdint>
 #include <utility>
 
-/// What a timer or a descriptor of the run loop calls.
-@interface KelvoLoopTarget : NSObject <RunLoopEvents> {
+/// What a timer of the run loop calls.
+@interface KelvoLoopTarget : NSObject {
     kelvo::Call<void()> call_;
 }
 - (instancetype)initWithCall:(kelvo::Call<void()>)call;
@@ -27,14 +27,6 @@
 
 - (void)fire:(NSTimer*)timer {
     (void)timer;
-    platform::guarded(call_);
-}
-
-- (void)receivedEvent:(void*)data type:(RunLoopEventType)type extra:(void*)extra forMode:(NSString*)mode {
-    (void)data;
-    (void)type;
-    (void)extra;
-    (void)mode;
     platform::guarded(call_);
 }
 
@@ -66,40 +58,6 @@ private:
     Retained<::NSTimer> timer_;
 };
 
-class Watch final : public platform::CFFileDescriptor {
-public:
-    Watch(int descriptor, std::function<void()> ready)
-        : descriptor_(descriptor), target_([[KelvoLoopTarget alloc] initWithCall:std::move(ready)]) {
-        enableCallBacks(true, false);
-    }
-    ~Watch() override { enableCallBacks(false, false); }
-
-    void enableCallBacks(bool whenReadable, bool whenWritable) override {
-        enable(ET_RDESC, isReading_, whenReadable);
-        enable(ET_WDESC, isWriting_, whenWritable);
-    }
-
-private:
-    void enable(RunLoopEventType type, bool& isEnabled, bool shouldBeEnabled) {
-        if (isEnabled == shouldBeEnabled) return;
-        isEnabled = shouldBeEnabled;
-        // The interface takes a number in the place of a pointer.
-        void* const data = reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor_));
-        for (NSString* mode : elementsOf<NSString>(deliveringModes())) {
-            if (shouldBeEnabled) {
-                [[NSRunLoop currentRunLoop] addEvent:data type:type watcher:target_.get() forMode:mode];
-            } else {
-                [[NSRunLoop currentRunLoop] removeEvent:data type:type forMode:mode all:NO];
-            }
-        }
-    }
-
-    int descriptor_;
-    Retained<KelvoLoopTarget> target_;
-    bool isReading_ = false;
-    bool isWriting_ = false;
-};
-
 } // namespace
 
 std::shared_ptr<platform::NSTimer> CocoaRunLoop::scheduleTimer(double seconds, std::function<void()> action) {
@@ -107,7 +65,7 @@ std::shared_ptr<platform::NSTimer> CocoaRunLoop::scheduleTimer(double seconds, s
 }
 
 std::unique_ptr<platform::CFFileDescriptor> CocoaRunLoop::watch(int descriptor, std::function<void()> ready) {
-    return std::make_unique<Watch>(descriptor, std::move(ready));
+    return watchDescriptor(descriptor, deliveringModes(), std::move(ready));
 }
 
 void CocoaRunLoop::runUntil(const std::function<bool()>& done, double seconds) {
