@@ -99,7 +99,8 @@ private:
 void keepWhole(QWidget& form) {
     for (QWidget* widget : form.findChildren<QWidget*>()) {
         widget->ensurePolished();
-        if (!widget->minimumSize().isNull()) std::make_unique<LeastSize>(*widget).release();
+        // The widget owns it.
+        if (!widget->minimumSize().isNull()) static_cast<void>(std::make_unique<LeastSize>(*widget).release());
     }
 }
 

@@ -92,8 +92,8 @@ void addMotion(QXmlStreamWriter& writer, const QXmlStreamAttributes& attributes,
 
 PictogramColours pictogramColours(const QPalette& palette, bool isEnabled) {
     const QPalette::ColorGroup group = isEnabled ? QPalette::Active : QPalette::Disabled;
-    const QColor ink = palette.color(group, QPalette::WindowText);
-    const QColor highlight = palette.color(group, QPalette::Highlight);
+    const QColor& ink = palette.color(group, QPalette::WindowText);
+    const QColor& highlight = palette.color(group, QPalette::Highlight);
     const bool standsOut = contrast(highlight, palette.color(group, QPalette::Window)) >= kLeastContrast;
     return {ink, isEnabled && standsOut ? highlight : ink};
 }
