@@ -6,7 +6,6 @@
 #include <QEvent>
 #include <QFont>
 #include <QLabel>
-#include <QStringList>
 #include <QVariant>
 
 #include <algorithm>
@@ -24,12 +23,15 @@ QList<QWidget*> framedWidgetsOf(const QWidget& form) {
 
 QStringList keysOf(const QWidget& widget) { return widget.property("mayShow").toStringList(); }
 
-QString widestText(const QWidget& widget, platform::NSBundle* bundle) {
+QString widestOf(const QStringList& keys, const QFontMetrics& metrics, platform::NSBundle* bundle) {
     QString widest;
-    const QFontMetrics metrics = widget.fontMetrics();
-    for (const QString& key : keysOf(widget)) {
+    int width = 0;
+    for (const QString& key : keys) {
         const QString text = textFor(key, bundle);
-        if (metrics.horizontalAdvance(text) > metrics.horizontalAdvance(widest)) widest = text;
+        const int needed = metrics.horizontalAdvance(text);
+        if (needed <= width) continue;
+        width = needed;
+        widest = text;
     }
     return widest;
 }
@@ -47,10 +49,10 @@ int heightFor(const QString& text, const QWidget& widget) {
 }
 
 /// Of each widget's height in the form, what it needs of it in this font, where that is more.
-double heightFactor(const QList<QWidget*>& widgets, platform::NSBundle* bundle) {
+double heightFactor(const QList<QWidget*>& widgets, platform::NSBundle* bundle, WidestTexts& widestTexts) {
     double factor = 1.0;
     for (const QWidget* widget : widgets) {
-        const int needed = heightFor(widestText(*widget, bundle), *widget);
+        const int needed = heightFor(widestTexts.of(*widget, bundle), *widget);
         factor = std::max(factor, static_cast<double>(needed) / widget->height());
     }
     return factor;
@@ -96,6 +98,13 @@ private:
 
 } // namespace
 
+const QString& WidestTexts::of(const QWidget& widget, platform::NSBundle* bundle) {
+    const QStringList keys = keysOf(widget);
+    const auto [entry, isNew] = known_.try_emplace({widget.font().key(), keys});
+    if (isNew) entry->second = widestOf(keys, widget.fontMetrics(), bundle);
+    return entry->second;
+}
+
 void keepWhole(QWidget& form) {
     for (QWidget* widget : form.findChildren<QWidget*>()) {
         widget->ensurePolished();
@@ -104,7 +113,7 @@ void keepWhole(QWidget& form) {
     }
 }
 
-void fitFrames(QWidget& form, platform::NSBundle* bundle) {
+void fitFrames(QWidget& form, platform::NSBundle* bundle, WidestTexts& widestTexts) {
     const QList<QWidget*> widgets = framedWidgetsOf(form);
     QList<QWidget*> fitted;
     std::copy_if(widgets.begin(), widgets.end(), std::back_inserter(fitted),
@@ -116,11 +125,11 @@ void fitFrames(QWidget& form, platform::NSBundle* bundle) {
     int margin = form.width();
     for (QWidget* widget : fitted) {
         widget->ensurePolished();
-        right = std::max(right, widget->x() + widthFor(widestText(*widget, bundle), *widget));
+        right = std::max(right, widget->x() + widthFor(widestTexts.of(*widget, bundle), *widget));
         margin = std::min(margin, form.rect().right() - widget->geometry().right());
     }
     right = std::max(right, form.minimumWidth() - margin);
-    const double factor = heightFactor(widgets, bundle);
+    const double factor = heightFactor(widgets, bundle, widestTexts);
 
     form.resize(right + margin, scaled(form.height(), factor));
     for (QWidget* widget : widgets) widget->setGeometry(scaledInHeight(widget->geometry(), factor));

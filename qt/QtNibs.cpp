@@ -3,7 +3,6 @@
 #include "qt/Accessibility.h"
 #include "qt/FormBinder.h"
 #include "qt/FormBinding.h"
-#include "qt/FormFit.h"
 #include "qt/FormTexts.h"
 #include "qt/UserAct.h"
 
@@ -48,7 +47,7 @@ std::unique_ptr<platform::NSNib> QtNibs::instantiate(const std::string& name, pl
     std::unique_ptr<QWidget> form = entry->second();
     platform::NSBundle* const bundle = platform::NSBundle::bundleWithIdentifier(bundleIdentifier_);
     localizeTexts(*form, bundle);
-    fitFrames(*form, bundle);
+    fitFrames(*form, bundle, widestTexts_);
     keepWhole(*form);
     const auto widgetOfView = [this](const platform::NSView& each) { return widgetFor(each); };
     const FormBinder binder(name, *form, owner, widgetOfView, pictograms_);

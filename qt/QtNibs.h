@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Nib.h"
+#include "qt/FormFit.h"
 #include "qt/Forms.h"
 #include "qt/Pictograms.h"
 
@@ -29,6 +30,7 @@ private:
     std::string bundleIdentifier_;
     Forms forms_;
     std::shared_ptr<Pictograms> pictograms_;
+    WidestTexts widestTexts_;
     std::map<const platform::NSView*, QPointer<QWidget>> widgets_;
 };
 
