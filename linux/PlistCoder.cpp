@@ -89,7 +89,9 @@ Bytes xmlOf(plist_t node) {
     std::uint32_t length = 0;
     plist_to_xml(node, &text, &length);
     const Allocated<char> owner(text);
-    return text ? Bytes(text, text + length) : Bytes();
+    // Of the result's own kind, so that they are copied in one piece.
+    const auto* const first = reinterpret_cast<const typename Bytes::value_type*>(text);
+    return text ? Bytes(first, first + length) : Bytes();
 }
 
 /// What stands between <tag> and </tag> when the library writes `node`, for what its accessors cannot tell; empty when
@@ -180,7 +182,7 @@ Value decodedIdentifier(plist_t node) {
 }
 
 Value decodedArray(plist_t node) {
-    NSMutableArray array = NSMutableArray::arrayWithObjects();
+    NSMutableArray array = NSMutableArray::arrayWithCapacity(plist_array_get_size(node));
     plist_array_iter iterator = nullptr;
     plist_array_new_iter(node, &iterator);
     const Allocated<void> owner(iterator);
@@ -194,7 +196,7 @@ Value decodedArray(plist_t node) {
 }
 
 Value decodedDictionary(plist_t node) {
-    NSMutableDictionary dictionary = NSMutableDictionary::dictionary();
+    NSMutableDictionary dictionary = NSMutableDictionary::dictionaryWithCapacity(plist_dict_get_size(node));
     plist_dict_iter iterator = nullptr;
     plist_dict_new_iter(node, &iterator);
     const Allocated<void> owner(iterator);
@@ -275,8 +277,8 @@ Node encodedDate(NSDate date) {
 
 Node encodedArray(const NSMutableArray& array, std::size_t depth) {
     Node node(plist_new_array());
-    for (std::size_t index = 0; index < array.count(); ++index) {
-        Node item = encoded(array.objectAtIndex(index), depth + 1);
+    for (const Value& value : array.objects()) {
+        Node item = encoded(value, depth + 1);
         if (!item) return nullptr;
         plist_array_append_item(node.get(), item.release());
     }
@@ -285,8 +287,8 @@ Node encodedArray(const NSMutableArray& array, std::size_t depth) {
 
 Node encodedDictionary(const NSMutableDictionary& dictionary, std::size_t depth) {
     Node node(plist_new_dict());
-    for (const std::string& key : dictionary.allKeys()) {
-        Node item = isEncodable(key) ? encoded(dictionary.objectForKey(key), depth + 1) : nullptr;
+    for (const auto& [key, value] : dictionary.entries()) {
+        Node item = isEncodable(key) ? encoded(value, depth + 1) : nullptr;
         if (!item) return nullptr;
         plist_dict_set_item(node.get(), key.c_str(), item.release());
     }
@@ -309,7 +311,7 @@ Node encoded(const Value& value, std::size_t depth) {
     case Value::Kind::Real:
         return Node(plist_new_real(value.doubleValue()));
     case Value::Kind::String:
-        return encodedString(*value.string());
+        return encodedString(*value.text());
     case Value::Kind::Data:
         return encodedData(*value.data());
     case Value::Kind::Date:

@@ -37,8 +37,14 @@ std::size_t findEitherOutsideQuotes(std::string_view text, char one, char other)
         text, [one, other](std::string_view rest) { return rest.front() == one || rest.front() == other; });
 }
 
-/// Whether a tag's name ends before `c`. Asked of nearly every byte, so it calls nothing.
-bool endsName(char c) { return c == ' ' || c == '\r' || c == '\n' || c == '\t' || c == '<' || c == '>'; }
+constexpr std::uint64_t bitOf(char c) { return std::uint64_t{1} << static_cast<unsigned char>(c); }
+
+/// Whether a tag's name ends before `c`. Asked of nearly every byte, so it looks at one set instead of six characters.
+bool endsName(char c) {
+    constexpr std::uint64_t kEnds = bitOf(' ') | bitOf('\r') | bitOf('\n') | bitOf('\t') | bitOf('<') | bitOf('>');
+    const auto code = static_cast<unsigned char>(c);
+    return code < 64 && ((kEnds >> code) & 1U) != 0;
+}
 
 /// Walks the tags of an XML text and counts the open containers. Where a text could be taken in two ways it goes the
 /// library's way: a quote counts behind a tag's name, an apostrophe never.

@@ -301,9 +301,17 @@ NSMutableArray NSMutableArray::arrayWithObjects(std::initializer_list<Value> val
     return array;
 }
 
+NSMutableArray NSMutableArray::arrayWithCapacity(std::size_t capacity) {
+    NSMutableArray array = arrayWithObjects();
+    array.storage_->reserve(capacity);
+    return array;
+}
+
 std::size_t NSMutableArray::count() const { return storage_ ? storage_->size() : 0; }
 
 Value NSMutableArray::objectAtIndex(std::size_t index) const { return index < count() ? (*storage_)[index] : Value(); }
+
+std::span<const Value> NSMutableArray::objects() const { return storage_ ? *storage_ : std::span<const Value>(); }
 
 void NSMutableArray::addObject(Value value) {
     if (storage_ && value) storage_->push_back(std::move(value));
@@ -317,7 +325,7 @@ bool NSMutableArray::isEqual(const NSMutableArray& other) const {
 }
 
 struct NSMutableDictionary::Storage {
-    std::vector<std::pair<std::string, Value>> entries;
+    std::vector<Entry> entries;
     std::unordered_map<std::string, std::size_t, HashOfKey, std::equal_to<>> index;
 
     Value* find(std::string_view key) {
@@ -343,6 +351,12 @@ NSMutableDictionary NSMutableDictionary::dictionary() {
     return dictionary;
 }
 
+NSMutableDictionary NSMutableDictionary::dictionaryWithCapacity(std::size_t capacity) {
+    NSMutableDictionary made = dictionary();
+    made.storage_->entries.reserve(capacity);
+    return made;
+}
+
 NSMutableDictionary NSMutableDictionary::dictionaryWithObjectsAndKeys(std::initializer_list<ObjectAndKey> pairs) {
     NSMutableDictionary made = dictionary();
     for (const ObjectAndKey& pair : pairs) {
@@ -365,6 +379,10 @@ std::vector<std::string> NSMutableDictionary::allKeys() const {
     keys.reserve(count());
     for (const auto& entry : storage_->entries) keys.push_back(entry.first);
     return keys;
+}
+
+std::span<const NSMutableDictionary::Entry> NSMutableDictionary::entries() const {
+    return storage_ ? storage_->entries : std::span<const Entry>();
 }
 
 Value NSMutableDictionary::objectForKey(std::string_view key) const {
@@ -483,10 +501,7 @@ float Value::floatValue() const {
     return static_cast<float>(std::isfinite(number) ? std::clamp(number, -largest, largest) : number);
 }
 
-std::optional<std::string> Value::string() const {
-    const auto* text = std::get_if<std::string>(&content_);
-    return text ? std::optional(*text) : std::nullopt;
-}
+std::optional<std::string> Value::string() const { return text() ? std::optional(*text()) : std::nullopt; }
 
 std::optional<std::string> Value::stringValue() const {
     switch (kind()) {

@@ -34,11 +34,15 @@ public:
     NSMutableArray() = default;
     /// A new array holding `values`.
     static NSMutableArray arrayWithObjects(std::initializer_list<Value> values = {});
+    /// A new, empty array with room for so many values.
+    static NSMutableArray arrayWithCapacity(std::size_t capacity);
 
     explicit operator bool() const { return storage_ != nullptr; }
     [[nodiscard]] std::size_t count() const;
     /// The element at `index`; none beyond the end.
     [[nodiscard]] Value objectAtIndex(std::size_t index) const;
+    /// All elements where they stand, until the array changes.
+    [[nodiscard]] std::span<const Value> objects() const;
     void addObject(Value value);
     /// Whether both references name one array, whatever it holds.
     [[nodiscard]] bool isIdenticalTo(const NSMutableArray& other) const { return storage_ == other.storage_; }
@@ -54,10 +58,13 @@ private:
 class NSMutableDictionary {
 public:
     struct ObjectAndKey;
+    using Entry = std::pair<std::string, Value>;
 
     NSMutableDictionary() = default;
     /// A new, empty dictionary.
     static NSMutableDictionary dictionary();
+    /// A new, empty dictionary with room for so many keys.
+    static NSMutableDictionary dictionaryWithCapacity(std::size_t capacity);
     /// A new dictionary of the pairs up to the first whose object is missing, as the platform's nil-ended list.
     static NSMutableDictionary dictionaryWithObjectsAndKeys(std::initializer_list<ObjectAndKey> pairs);
     /// The dictionary that a property-list file holds; nil when the file is missing, damaged or of another root.
@@ -67,6 +74,8 @@ public:
     [[nodiscard]] std::size_t count() const;
     /// The keys in the order in which they came.
     [[nodiscard]] std::vector<std::string> allKeys() const;
+    /// The keys with their values in that order, where they stand, until the dictionary changes.
+    [[nodiscard]] std::span<const Entry> entries() const;
     /// The value of `key`; none when there is no such key.
     [[nodiscard]] Value objectForKey(std::string_view key) const;
     /// Replaces the value of `key` where it stands, or adds the key at the end. A missing value changes nothing.
@@ -129,6 +138,8 @@ public:
     [[nodiscard]] float floatValue() const;
     /// The text, of a string alone.
     [[nodiscard]] std::optional<std::string> string() const;
+    /// The same where it stands; null for any other kind.
+    [[nodiscard]] const std::string* text() const { return std::get_if<std::string>(&content_); }
     /// The text of a string, or the text form of a number: the shortest that reads back, without ".0".
     [[nodiscard]] std::optional<std::string> stringValue() const;
     /// The array or dictionary itself, not a copy; nil for any other kind.

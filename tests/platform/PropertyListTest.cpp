@@ -144,6 +144,14 @@ TEST(TheText, IsAStringsAlone) {
     EXPECT_EQ(Value().string(), std::nullopt);
 }
 
+TEST(TheText, CanBeReadWhereItStands) {
+    const Value text("text");
+    ASSERT_NE(text.text(), nullptr);
+    EXPECT_EQ(*text.text(), "text");
+    EXPECT_EQ(Value(5).text(), nullptr);
+    EXPECT_EQ(Value().text(), nullptr);
+}
+
 TEST(Equality, OfNumbersIsByValueWhateverTheirKind) {
     EXPECT_TRUE(Value(1).isEqual(true));
     EXPECT_TRUE(Value(1).isEqual(1.0));
@@ -193,11 +201,38 @@ TEST(ANilReference, ReadsAsEmptyAndTakesNoChanges) {
     EXPECT_EQ(dictionary.count(), 0U);
     EXPECT_FALSE(dictionary.objectForKey("a"));
     EXPECT_THAT(dictionary.allKeys(), ElementsAre());
+    EXPECT_TRUE(dictionary.entries().empty());
 
     NSMutableArray array;
     array.addObject(1);
     EXPECT_EQ(array.count(), 0U);
     EXPECT_FALSE(array.objectAtIndex(0));
+    EXPECT_TRUE(array.objects().empty());
+}
+
+TEST(AnArray, ShowsItsValuesInOrder) {
+    auto array = NSMutableArray::arrayWithCapacity(1);
+    EXPECT_TRUE(array.objects().empty());
+    array.addObject(1);
+    array.addObject("text");
+    array.addObject(Value());
+
+    ASSERT_EQ(array.objects().size(), 2U);
+    EXPECT_EQ(array.objects()[0].intValue(), 1);
+    EXPECT_EQ(array.objects()[1].string(), "text");
+}
+
+TEST(ADictionary, ShowsItsEntriesInTheOrderOfItsKeys) {
+    auto dictionary = NSMutableDictionary::dictionaryWithCapacity(1);
+    EXPECT_TRUE(dictionary.entries().empty());
+    dictionary.setObjectForKey(1, "z");
+    dictionary.setObjectForKey(2, "a");
+    dictionary.setObjectForKey(3, "z");
+
+    ASSERT_EQ(dictionary.entries().size(), 2U);
+    EXPECT_EQ(dictionary.entries()[0].first, "z");
+    EXPECT_EQ(dictionary.entries()[0].second.intValue(), 3);
+    EXPECT_EQ(dictionary.entries()[1].first, "a");
 }
 
 TEST(ADictionary, KeepsTheOrderOfItsKeysAndReplacesInPlace) {
