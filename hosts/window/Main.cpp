@@ -9,6 +9,7 @@
 #include <QIcon>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QThreadPool>
 #include <QTranslator>
 
 #include <exception>
@@ -49,6 +50,13 @@ void translateToolkit(QTranslator& texts) {
     }
 }
 
+/// The toolkit shares painting among threads and lets them linger for half a minute. Let them go while the processor is
+/// still awake from what was painted, so that a window left alone does not wake it up again.
+void letPaintersGoEarly() {
+    constexpr int kMilliseconds = 500;
+    QThreadPool::globalInstance()->setExpiryTimeout(kMilliseconds);
+}
+
 /// The bundle lies at the same place to the program in the build folder and where it is installed.
 std::string installedPanePath() {
     return (QCoreApplication::applicationDirPath() + "/../" KELVO_PANE_DIRECTORY).toStdString();
@@ -56,6 +64,7 @@ std::string installedPanePath() {
 
 int run(const kelvo::Options& options, int argc, char* argv[]) {
     const QApplication toolkit(argc, argv);
+    letPaintersGoEarly();
     kelvo::QtHostPlatform host(kProgramName, options.panePath.value_or(installedPanePath()));
     QGuiApplication::setDesktopFileName(kProgramName);
     QTranslator toolkitTexts;
