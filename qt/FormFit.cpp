@@ -23,11 +23,16 @@ QList<QWidget*> framedWidgetsOf(const QWidget& form) {
 
 QStringList keysOf(const QWidget& widget) { return widget.property("mayShow").toStringList(); }
 
-QString widestOf(const QStringList& keys, const QFontMetrics& metrics, platform::NSBundle* bundle) {
+QStringList textsOf(const QWidget& widget, platform::NSBundle* bundle) {
+    QStringList texts = keysOf(widget);
+    for (QString& text : texts) text = textFor(text, bundle);
+    return texts;
+}
+
+QString widestOf(const QStringList& texts, const QFontMetrics& metrics) {
     QString widest;
     int width = 0;
-    for (const QString& key : keys) {
-        const QString text = textFor(key, bundle);
+    for (const QString& text : texts) {
         const int needed = metrics.horizontalAdvance(text);
         if (needed <= width) continue;
         width = needed;
@@ -99,9 +104,9 @@ private:
 } // namespace
 
 const QString& WidestTexts::of(const QWidget& widget, platform::NSBundle* bundle) {
-    const QStringList keys = keysOf(widget);
-    const auto [entry, isNew] = known_.try_emplace({widget.font().key(), keys});
-    if (isNew) entry->second = widestOf(keys, widget.fontMetrics(), bundle);
+    const QStringList texts = textsOf(widget, bundle);
+    const auto [entry, isNew] = known_.try_emplace({widget.font().key(), texts});
+    if (isNew) entry->second = widestOf(texts, widget.fontMetrics());
     return entry->second;
 }
 

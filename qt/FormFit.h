@@ -12,11 +12,10 @@
 namespace kelvo {
 
 /// Finds the widest of the texts that a widget may show. A list has as many rows of one form as it has entries, so that
-/// the answer is kept for each font.
+/// the answer is kept for each font and its texts.
 class WidestTexts {
 public:
-    /// Of the bundle's texts of the keys in the dynamic property "mayShow" of `widget`; empty when there are none. The
-    /// bundle is always the same.
+    /// Of the bundle's texts of the keys in the dynamic property "mayShow" of `widget`; empty when there are none.
     [[nodiscard]] const QString& of(const QWidget& widget, platform::NSBundle* bundle);
 
 private:

@@ -29,7 +29,8 @@ void showTexts(QMessageBox& box, const NSAlertSheet& sheet) {
     const QString title = QString::fromStdString(sheet.title);
     box.setText(title);
     box.setInformativeText(QString::fromStdString(sheet.message));
-    // As the heading is the dialog's name for a screen reader, this is what is read after it.
+    // For a screen reader, which would read the window's title again instead.
+    box.setAccessibleName(title);
     box.setAccessibleDescription(QString::fromStdString(sheet.message));
     for (QLabel* label : box.findChildren<QLabel*>()) {
         label->setTextFormat(Qt::PlainText);
