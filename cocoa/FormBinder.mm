@@ -5,12 +5,10 @@
 #include "cocoa/Frames.h"
 #include "cocoa/Pairings.h"
 #include "cocoa/Text.h"
+#include "platform/NibMatching.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <memory>
-#include <stdexcept>
-#include <string_view>
 #include <utility>
 
 namespace kelvo {
@@ -45,30 +43,10 @@ std::string selectorOf(NSView* view) {
     return action ? textOf(NSStringFromSelector(action)) : std::string();
 }
 
-const NSNibAction* actionOf(const std::string& selector, const std::vector<NSNibAction>& actions) {
-    const auto found =
-        std::find_if(actions.begin(), actions.end(), [&](const auto& each) { return each.selector == selector; });
-    return found == actions.end() ? nullptr : &*found;
-}
-
-const NSOutlet* outletNamed(const std::string& name, const std::vector<NSOutlet>& outlets) {
-    const auto found =
-        std::find_if(outlets.begin(), outlets.end(), [&](const auto& each) { return each.name == name; });
-    return found == outlets.end() ? nullptr : &*found;
-}
-
 bool fitsOutlet(NSView* view, const NSOutlet& outlet) {
     if (std::holds_alternative<platform::NSViewController*>(outlet.target)) return isPlainView(view);
     const auto* model = std::get_if<platform::NSView*>(&outlet.target);
     return model && *model && pairingFor(view).isModel(**model);
-}
-
-/// Whether what a view stands for shows `outlet`, too: the outlet's own view does, and that of a cell's pop-up.
-bool showsOutlet(const NSOutlet* shown, const NSOutlet& outlet) {
-    if (shown == &outlet) return true;
-    const auto* cell = std::get_if<platform::NSPopUpButtonCell*>(&outlet.target);
-    const auto* view = shown ? std::get_if<platform::NSView*>(&shown->target) : nullptr;
-    return cell && *cell && view && *view == &(*cell)->popUp();
 }
 
 } // namespace
@@ -92,13 +70,6 @@ FormBinding FormBinder::bind(platform::NSView& view) const {
 
 std::vector<FormBinder::Match> FormBinder::findMatches(const std::vector<NSOutlet>& outlets,
                                                        const std::vector<NSNibAction>& actions) const {
-    std::vector<Match> matches;
-    std::string misfits;
-    const auto misfit = [&](std::initializer_list<std::string_view> words) {
-        if (!misfits.empty()) misfits += "; ";
-        for (const std::string_view word : words) misfits += word;
-    };
-
     std::vector<std::pair<std::string, NSView*>> views;
     for (const auto& [name, view] : [form_ views]) views.emplace_back(name, view);
     for (NSView* view : views_) {
@@ -106,24 +77,17 @@ std::vector<FormBinder::Match> FormBinder::findMatches(const std::vector<NSOutle
             std::any_of(views.begin(), views.end(), [&](const auto& each) { return each.second == view; });
         if (!isConnected && !selectorOf(view).empty()) views.emplace_back("without a name", view);
     }
-    for (const auto& [name, view] : views) {
-        const std::string selector = selectorOf(view);
-        const NSOutlet* outlet = outletNamed(name, outlets);
-        const NSNibAction* action = actionOf(selector, actions);
+    platform::NSNibPieces form{
+        .kind = "view",
+        .pieces = {},
+        .canShow = [&](std::size_t index, const NSOutlet& outlet) { return fitsOutlet(views[index].second, outlet); },
+        .canFire = [&](std::size_t index) { return pairingFor(views[index].second).makeModel != nullptr; }};
+    for (const auto& [name, view] : views) form.pieces.push_back({name, selectorOf(view)});
 
-        if (!outlet && name.back() == '_') misfit({"view ", name, " has no outlet"});
-        if (outlet && !fitsOutlet(view, *outlet)) misfit({"view ", name, " cannot show its outlet"});
-        if (!selector.empty() && !action) misfit({"view ", name, " fires ", selector, ", which is no action"});
-        if (action && !pairingFor(view).makeModel) misfit({"view ", name, " cannot fire ", selector});
-        if (outlet || action) matches.push_back({view, outlet, action});
+    std::vector<Match> matches;
+    for (const auto& [index, outlet, action] : platform::matchNib(formName_, form, outlets, actions)) {
+        matches.push_back({views[index].second, outlet, action});
     }
-    for (const NSOutlet& outlet : outlets) {
-        const bool isShown = std::any_of(matches.begin(), matches.end(),
-                                         [&](const Match& each) { return showsOutlet(each.outlet, outlet); });
-        if (!isShown) misfit({"outlet ", outlet.name, " has no view"});
-    }
-
-    if (!misfits.empty()) throw std::runtime_error("form " + formName_ + " does not fit its owner: " + misfits);
     return matches;
 }
 

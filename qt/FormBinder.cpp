@@ -1,5 +1,6 @@
 #include "qt/FormBinder.h"
 
+#include "platform/NibMatching.h"
 #include "qt/CanvasView.h"
 #include "qt/Frames.h"
 #include "qt/Pairings.h"
@@ -14,10 +15,7 @@
 #include <QVariant>
 
 #include <algorithm>
-#include <initializer_list>
 #include <optional>
-#include <stdexcept>
-#include <string_view>
 #include <utility>
 
 namespace kelvo {
@@ -26,7 +24,6 @@ using platform::NSControl;
 using platform::NSNibAction;
 using platform::NSOutlet;
 using platform::NSPopUpButton;
-using platform::NSPopUpButtonCell;
 using platform::NSSlider;
 using platform::NSTextField;
 using platform::NSView;
@@ -40,18 +37,6 @@ struct FormBinder::Match {
 };
 
 namespace {
-
-const NSOutlet* outletNamed(const std::string& name, const std::vector<NSOutlet>& outlets) {
-    const auto found =
-        std::find_if(outlets.begin(), outlets.end(), [&](const auto& each) { return each.name == name; });
-    return found == outlets.end() ? nullptr : &*found;
-}
-
-const NSNibAction* actionOf(const std::string& selector, const std::vector<NSNibAction>& actions) {
-    const auto found =
-        std::find_if(actions.begin(), actions.end(), [&](const auto& each) { return each.selector == selector; });
-    return found == actions.end() ? nullptr : &*found;
-}
 
 bool fitsView(const QWidget& widget, const NSView* view) { return view && pairingFor(widget).isModel(*view); }
 
@@ -67,16 +52,6 @@ bool fitsOutlet(const QWidget& widget, const NSOutlet& outlet) {
     if (const auto* view = std::get_if<NSView*>(&outlet.target)) return fitsView(widget, *view);
     return false;
 }
-
-/// Whether what a widget stands for shows `outlet`, too: the outlet's own widget does, and that of a cell's pop-up.
-bool showsOutlet(const NSOutlet* shown, const NSOutlet& outlet) {
-    if (shown == &outlet) return true;
-    const auto* cell = std::get_if<NSPopUpButtonCell*>(&outlet.target);
-    const auto* view = shown ? std::get_if<NSView*>(&shown->target) : nullptr;
-    return cell && *cell && view && *view == &(*cell)->popUp();
-}
-
-bool canFire(const QWidget& widget) { return pairingFor(widget).makeModel != nullptr; }
 
 void keepPlaceWhenHidden(QWidget& widget) {
     // A frame of the platform stays where it is when its neighbour is hidden.
@@ -157,32 +132,23 @@ FormBinding FormBinder::bind(NSView& view) const {
 
 std::vector<FormBinder::Match> FormBinder::findMatches(const std::vector<NSOutlet>& outlets,
                                                        const std::vector<NSNibAction>& actions) const {
+    const QList<QWidget*> widgets = form_.findChildren<QWidget*>();
+    platform::NSNibPieces form{
+        .kind = "widget",
+        .pieces = {},
+        .canShow = [&](std::size_t index,
+                       const NSOutlet& outlet) { return fitsOutlet(*widgets[static_cast<int>(index)], outlet); },
+        .canFire =
+            [&](std::size_t index) { return pairingFor(*widgets[static_cast<int>(index)]).makeModel != nullptr; }};
+    for (const QWidget* widget : widgets) {
+        form.pieces.push_back(
+            {widget->objectName().toStdString(), widget->property("action").toString().toStdString()});
+    }
+
     std::vector<Match> matches;
-    std::string misfits;
-    const auto misfit = [&](std::initializer_list<std::string_view> words) {
-        if (!misfits.empty()) misfits += "; ";
-        for (const std::string_view word : words) misfits += word;
-    };
-
-    for (QWidget* widget : form_.findChildren<QWidget*>()) {
-        const std::string name = widget->objectName().toStdString();
-        const std::string selector = widget->property("action").toString().toStdString();
-        const NSOutlet* outlet = outletNamed(name, outlets);
-        const NSNibAction* action = actionOf(selector, actions);
-
-        if (!outlet && !name.empty() && name.back() == '_') misfit({"widget ", name, " has no outlet"});
-        if (outlet && !fitsOutlet(*widget, *outlet)) misfit({"widget ", name, " cannot show its outlet"});
-        if (!selector.empty() && !action) misfit({"widget ", name, " fires ", selector, ", which is no action"});
-        if (action && !canFire(*widget)) misfit({"widget ", name, " cannot fire ", selector});
-        if (outlet || action) matches.push_back({*widget, outlet, action});
+    for (const auto& [index, outlet, action] : platform::matchNib(formName_, form, outlets, actions)) {
+        matches.push_back({*widgets[static_cast<int>(index)], outlet, action});
     }
-    for (const NSOutlet& outlet : outlets) {
-        const bool isShown = std::any_of(matches.begin(), matches.end(),
-                                         [&](const Match& each) { return showsOutlet(each.outlet, outlet); });
-        if (!isShown) misfit({"outlet ", outlet.name, " has no widget"});
-    }
-
-    if (!misfits.empty()) throw std::runtime_error("form " + formName_ + " does not fit its owner: " + misfits);
     return matches;
 }
 
@@ -223,7 +189,7 @@ void FormBinder::mirrorView(QWidget& widget, NSView& model, FormBinding& binding
     // A label that names a control has nothing to say without it, unless it is one of the owner's own.
     const std::vector<NSOutlet> outlets = owner_.outlets();
     for (QLabel* label : form_.findChildren<QLabel*>()) {
-        if (label->buddy() != &widget || outletNamed(label->objectName().toStdString(), outlets)) continue;
+        if (label->buddy() != &widget || platform::outletNamed(label->objectName().toStdString(), outlets)) continue;
         keepPlaceWhenHidden(*label);
         binding.mirror<QWidget, NSView>(*label, model, showHidden);
     }
