@@ -2,7 +2,6 @@
 settings window and the driver simulator."""
 
 import json
-import os
 import shutil
 import sys
 import time
@@ -96,15 +95,7 @@ class KeyboardAlone(unittest.TestCase):
         cls.screen = cls.enterClassContext(Screen())
         cls.screen.start_display()
         cls.world = cls.enterClassContext(World(services=["org.a11y.Bus"]))
-        os.environ["DBUS_SESSION_BUS_ADDRESS"] = cls.world.address
-        runtime = cls.world.folder / "run"
-        runtime.mkdir(mode=0o700)
-        # The toolkit's platform libraries leak at exit.
-        cls.world.environment.update(
-            {name: os.environ[name] for name in ("DISPLAY", "LC_ALL", "QT_QPA_PLATFORM",
-                                                 "QT_LINUX_ACCESSIBILITY_ALWAYS_ON")},
-            XDG_RUNTIME_DIR=str(runtime), ASAN_OPTIONS="detect_leaks=0")
-        cls.world.environment.pop("WAYLAND_DISPLAY", None)
+        cls.screen.lend_to(cls.world)
 
     def show(self, *displays, language="en_US.UTF-8"):
         """Begins with a new home, the driver and the window."""

@@ -3,7 +3,6 @@ port and the driver that it reaches, seen from outside. Takes the build folder, 
 variable LD_PRELOAD=... for the hosts."""
 
 import json
-import os
 import pathlib
 import plistlib
 import shutil
@@ -42,15 +41,8 @@ class Host(unittest.TestCase):
         cls.screen = cls.enterClassContext(Screen())
         cls.screen.start_display()
         cls.world = cls.enterClassContext(World(services=["org.a11y.Bus"]))
-        # Widgets are found by way of this process's own bus.
-        os.environ["DBUS_SESSION_BUS_ADDRESS"] = cls.world.address
-        runtime = cls.world.folder / "run"
-        runtime.mkdir(mode=0o700)
-        cls.world.environment.update(
-            {name: os.environ[name] for name in ("DISPLAY", "LC_ALL", "QT_QPA_PLATFORM",
-                                                 "QT_LINUX_ACCESSIBILITY_ALWAYS_ON")},
-            XDG_RUNTIME_DIR=str(runtime), ASAN_OPTIONS="detect_leaks=0")
-        for name in ("WAYLAND_DISPLAY", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CURRENT_DESKTOP"):
+        cls.screen.lend_to(cls.world)
+        for name in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CURRENT_DESKTOP"):
             cls.world.environment.pop(name, None)
 
     def start_driver(self):

@@ -8,11 +8,11 @@ import select
 import subprocess
 import sys
 import tempfile
-import threading
 import time
 import unittest
 
 from scale import figure, times
+from watching import FileWatch
 
 SAVER = sys.argv.pop(1)
 KILLS = times(20, 1000)
@@ -32,15 +32,12 @@ def problem_of(contents):
     return None if items["Own"] == "kept" else "without the key that nobody writes"
 
 
-class Reader(threading.Thread):
-    """Reads a file again and again until it is told to stop, and keeps what was wrong with it."""
+class Reader(FileWatch):
+    """Reads a file again and again."""
 
     def __init__(self, path):
-        super().__init__(daemon=True)
-        self.path = path
+        super().__init__(path)
         self.reads = 0
-        self.problems = []
-        self.is_stopped = False
 
     def run(self):
         while not self.is_stopped:
@@ -51,14 +48,6 @@ class Reader(threading.Thread):
             if problem:
                 self.problems.append(problem)
             self.reads += 1
-
-    def __enter__(self):
-        self.start()
-        return self
-
-    def __exit__(self, *_):
-        self.is_stopped = True
-        self.join()
 
 
 class Crash(unittest.TestCase):

@@ -12,6 +12,7 @@ import unittest
 from pane import PaneCase
 from peers import NAME_PREFIX, wait_until
 from scale import figure, times
+from watching import FileWatch
 
 PaneCase.program, SIMULATOR, UTILITY, SAVER = sys.argv[1:5]
 del sys.argv[1:5]
@@ -20,17 +21,14 @@ SECONDS = times(1, 60)
 FOREIGN = {"Own": "kept", "Nested": {"Unknown": [1, 2.5, True, b"data"]}}
 
 
-class Reader(threading.Thread):
-    """Reads the file again and again and keeps what was wrong with it, and what it was."""
+class Reader(FileWatch):
+    """Reads the file again and again and keeps what it was."""
 
     def __init__(self, path):
-        super().__init__(daemon=True)
-        self.path = path
+        super().__init__(path)
         self.versions = 0
         self.set_back = 0
         self.seen = {"SelectedMenuItem": set(), "DriverEnable": set(), "Begin": set()}
-        self.problems = []
-        self.is_stopped = False
 
     def run(self):
         before = None
@@ -69,14 +67,6 @@ class Reader(threading.Thread):
             "the keys of one merge": items["Begin"] == items["End"]
             and len(items["Filling"]) == items["Begin"] * 7919 % 60000}
         return [f"{what} in {items}" for what, holds in expected.items() if not holds]
-
-    def __enter__(self):
-        self.start()
-        return self
-
-    def __exit__(self, *_):
-        self.is_stopped = True
-        self.join()
 
 
 class Writers(PaneCase):

@@ -57,6 +57,18 @@ class Screen(contextlib.AbstractContextManager):
                           NO_AT_BRIDGE="1")
         os.environ.pop("WAYLAND_DISPLAY", None)
 
+    def lend_to(self, world):
+        """Lets the programs of a world be shown here, and this process find their widgets by the world's bus."""
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = world.address
+        runtime = world.folder / "run"
+        runtime.mkdir(mode=0o700)
+        # The toolkit's platform libraries leak at exit.
+        world.environment.update(
+            {name: os.environ[name] for name in ("DISPLAY", "LC_ALL", "QT_QPA_PLATFORM",
+                                                 "QT_LINUX_ACCESSIBILITY_ALWAYS_ON")},
+            XDG_RUNTIME_DIR=str(runtime), ASAN_OPTIONS="detect_leaks=0")
+        world.environment.pop("WAYLAND_DISPLAY", None)
+
     def __exit__(self, *_):
         for process in reversed(self.processes):
             process.terminate()
