@@ -25,7 +25,6 @@ namespace {
 constexpr mode_t kModeOfNewFolder = 0755;
 constexpr mode_t kModeOfNewFile = 0600;
 constexpr mode_t kModeBits = 07777;
-constexpr std::size_t kLargestFile = std::size_t{256} << 20U;
 /// As many links in a row as the kernel follows.
 constexpr int kMostLinks = 40;
 /// Leaves room in a file name (255 bytes) for what makes it a temporary one.

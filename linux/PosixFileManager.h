@@ -2,7 +2,12 @@
 
 #include "platform/Files.h"
 
+#include <cstddef>
+
 namespace kelvo {
+
+/// More bytes than any file has that is ever read here (256 MiB).
+inline constexpr std::size_t kLargestFile = std::size_t{256} << 20U;
 
 /// The files of this machine. A path with a NUL byte in it names nothing, however much of it would.
 class PosixFileManager final : public platform::NSFileManager {
@@ -17,7 +22,7 @@ public:
                                             const std::function<bool(std::string_view name)>& visit) override;
     /// As exact as the file system keeps it.
     [[nodiscard]] std::optional<platform::NSDate> modificationDateAtPath(const std::string& path) override;
-    /// None also for what is no regular file, and for a file larger than anything that is ever read here (256 MiB).
+    /// None also for what is no regular file, and for a file of more than `kLargestFile` bytes.
     [[nodiscard]] std::optional<platform::NSData> contentsAtPath(const std::string& path) override;
     /// A symbolic link stays and what it points to is replaced. The old file's mode is kept; a new file is its owner's
     /// alone. Only a regular file is replaced, and none by its like. What a process that was killed while it wrote the

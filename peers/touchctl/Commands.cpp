@@ -10,12 +10,15 @@
 #include "peers/touchctl/Completion.h"
 #include "peers/touchctl/Displays.h"
 #include "peers/touchctl/Doctor.h"
+#include "peers/touchctl/FileAccess.h"
 #include "peers/touchctl/GestureRows.h"
+#include "peers/touchctl/GestureRules.h"
 #include "peers/touchctl/MessageWatch.h"
 #include "peers/touchctl/Settings.h"
 
 #include <algorithm>
 #include <iostream>
+#include <limits>
 #include <optional>
 
 namespace kelvo::touchctl {
@@ -25,9 +28,6 @@ namespace {
 using platform::CFMessagePortStatus;
 using platform::NSMutableArray;
 using platform::NSMutableDictionary;
-
-/// Whoever receives a message takes no more.
-constexpr std::size_t kLongestMessage = 1'048'576;
 
 constexpr char kStartTheDriver[] = "no driver runs; start the driver of the display, then try again";
 constexpr char kNoBus[] = "there is no session bus; run this in the session of the display's user, or set "
@@ -97,14 +97,40 @@ void awaitStoring(const NSMutableDictionary& payload) {
     std::cerr << "kelvo-touchctl: note: the driver took the change but has not stored it in the display's settings\n";
 }
 
-void send(const Message& message, const ReportingPorts& ports) {
+/// Whoever receives a message reads it by the rules by which it is read here.
+void checkThatItFits(const Message& message) {
     platform::Value payload = message.payload;
     const auto data = Helpers::NSDate::dataWithContentsOfDictionary(payload);
-    if (!data || data->size() > kLongestMessage) {
-        throw Failure(Status::Failure, "the settings do not fit into a message; make the gesture list shorter");
-    }
+    if (data && Helpers::NSMutableDictionary::dictionaryWithContentsOfData(*data)) return;
+    throw Failure(Status::Failure,
+                  "the settings do not fit into a message, which holds 1 MiB and 64 levels of nesting; "
+                  "make the gesture list shorter");
+}
+
+/// What a person could not have made in the window is a slip, unless it is sent on purpose.
+void checkGestures(const Message& message, const NSMutableDictionary& stored) {
+    const auto oddities = odditiesOf(message.payload.objectForKey(keys::gestureArray).array(),
+                                     stored.objectForKey(keys::gestureArray).array());
+    if (oddities.empty()) return;
+    throw Failure(Status::Failure,
+                  withVisibleControlCharacters(oddities.front()) + "; mend the list, or send it with --force");
+}
+
+void send(const Message& message, const ReportingPorts& ports) {
     resetDeviceParameter(message.payload, message.id);
     checkArrival(ports);
+}
+
+/// The driver has a window that shows the one display read the settings again. With several displays it cannot: that
+/// would take the window back to the choice of a display.
+void noteWindowThatMayUndo(const std::string& name) {
+    const std::vector<Display> displays = knownDisplays();
+    if (std::count_if(displays.begin(), displays.end(), [](const Display& each) { return each.isConnected; }) < 2)
+        return;
+    if (!isPerhapsShown(name) || answerOfPort(kPreferencePortName) == PortAnswer::NotRunning) return;
+    std::cerr
+        << "kelvo-touchctl: note: a settings window is open and may undo this with what it shows; turn to another "
+           "page there and back\n";
 }
 
 // Showing
@@ -119,26 +145,32 @@ NSMutableDictionary existingSettingsOf(const std::string& name) {
     return settings;
 }
 
+Shown shownDriverVersion(const NSMutableDictionary& settings) {
+    const auto version = settings.objectForKey(keys::driverVersion).stringValue();
+    return version ? Shown{Shown::State::Fit, *version} : Shown();
+}
+
+/// As the words that "gesture" takes.
+std::string shownGesture(const NSMutableDictionary& record) {
+    const std::int64_t index = record.objectForKey(keys::selectedIndex).longLongValue();
+    const auto action =
+        record.objectForKey(keys::descriptor).array().objectAtIndex(static_cast<std::size_t>(index)).string();
+    return record.objectForKey(keys::name).string().value_or(Shown().text()) +
+           (record.objectForKey(keys::isEnable).boolValue() ? " on " : " off ") + action.value_or(Shown().text());
+}
+
 void printSettings(const Display& display, const NSMutableDictionary& settings) {
     print(withVisibleControlCharacters(display.name) + (display.isConnected ? " (connected)" : " (not connected)"));
     for (const Key& key : settingKeys()) {
         if (!key.shown) continue;
-        print("  " + std::string(key.name) + " " +
-              withVisibleControlCharacters(key.shown(settings).value_or("(not set)")));
+        print("  " + std::string(key.name) + " " + withVisibleControlCharacters(key.shown(settings).text()));
     }
     const NSMutableArray list = settings.objectForKey(keys::gestureArray).array();
-    for (std::size_t i = 0; i < list.count(); ++i) {
-        const auto record = list.objectAtIndex(i).dictionary();
-        const std::int64_t index = record.objectForKey(keys::selectedIndex).longLongValue();
-        const auto action =
-            record.objectForKey(keys::descriptor).array().objectAtIndex(static_cast<std::size_t>(index)).string();
-        const auto name = record.objectForKey(keys::name).string();
-        print(withVisibleControlCharacters("  gesture " + name.value_or("(not set)") +
-                                           (record.objectForKey(keys::isEnable).boolValue() ? " on " : " off ") +
-                                           action.value_or("(not set)")));
+    for (const platform::Value& element : list.objects()) {
+        print("  gesture " + withVisibleControlCharacters(shownGesture(element.dictionary())));
     }
-    const auto version = settings.objectForKey(keys::driverVersion).stringValue();
-    print("  driver-version " + withVisibleControlCharacters(version.value_or("(not set)")));
+    print("  " + std::string(kDriverVersionKey) + " " +
+          withVisibleControlCharacters(shownDriverVersion(settings).text()));
 }
 
 Status list(const Invocation& invocation) {
@@ -146,33 +178,39 @@ Status list(const Invocation& invocation) {
     for (const Display& display : knownDisplays()) {
         all.addObject(NSMutableDictionary::dictionaryWithObjectsAndKeys(
             {{display.name, "name"}, {display.isConnected, "connected"}}));
-        if (invocation.json) continue;
+        if (invocation.has(kJsonOption)) continue;
         print(withVisibleControlCharacters(display.name) + (display.isConnected ? "\tconnected" : "\tnot connected"));
     }
-    if (invocation.json) print(jsonLine(all));
+    if (invocation.has(kJsonOption)) print(jsonLine(all));
     return Status::Success;
 }
 
+/// Shows what can be read of the connected displays; what cannot ends the command in failure, after all others.
 Status showAll(bool asJson) {
-    auto all = NSMutableDictionary::dictionary();
+    std::string faults;
+    auto line = NSMutableDictionary::dictionary();
     for (const Display& display : knownDisplays()) {
         if (!display.isConnected) continue;
-        const auto settings = settingsOf(display.name);
-        if (asJson) {
-            all.setObjectForKey(settings ? settings : NSMutableDictionary::dictionary(), display.name);
-        } else {
-            printSettings(display, settings);
+        try {
+            const auto settings = settingsOf(display.name);
+            line.setObjectForKey(settings ? settings : NSMutableDictionary::dictionary(), display.name);
+            if (!asJson) printSettings(display, settings);
+        } catch (const Failure& failure) {
+            faults += (faults.empty() ? "" : "; ") + std::string(failure.what());
+            // What JSON has no form for is written as its null, which no property list holds.
+            line.setObjectForKey(std::numeric_limits<double>::quiet_NaN(), display.name);
         }
     }
-    if (asJson) print(jsonLine(all));
+    if (asJson) print(jsonLine(line));
+    if (!faults.empty()) throw Failure(Status::Failure, faults);
     return Status::Success;
 }
 
 Status show(const Invocation& invocation) {
-    if (invocation.words.empty()) return showAll(invocation.json);
+    if (invocation.words.empty()) return showAll(invocation.has(kJsonOption));
     const Display display = displayNamed(invocation.words[0]);
     const auto settings = existingSettingsOf(display.name);
-    if (invocation.json) {
+    if (invocation.has(kJsonOption)) {
         print(jsonLine(settings));
     } else {
         printSettings(display, settings);
@@ -180,41 +218,82 @@ Status show(const Invocation& invocation) {
     return Status::Success;
 }
 
+Shown shownValue(const std::string& name, const NSMutableDictionary& settings) {
+    if (name == kDriverVersionKey) return shownDriverVersion(settings);
+    const Key& key = settingKey(name);
+    if (key.shown) return key.shown(settings);
+    throw Failure(Status::Usage, "\"" + name + "\" is no single value; \"show\" lists it, \"export\" writes it");
+}
+
+Status get(const Words& words) {
+    const Shown shown = shownValue(words[1], existingSettingsOf(displayNamed(words[0]).name));
+    if (shown.state != Shown::State::Fit) {
+        throw Failure(Status::Failure, words[1] +
+                                           (shown.state == Shown::State::NotSet ? " is not set" : " does not fit") +
+                                           " in the settings of this display");
+    }
+    print(withVisibleControlCharacters(shown.words));
+    return Status::Success;
+}
+
 // Changing
 
-Status set(const Words& words, const ReportingPorts& ports) {
+Status set(const Invocation& invocation, const ReportingPorts& ports) {
+    const Words& words = invocation.words;
     const Key& key = settingKey(words[1]);
     chooseDisplay(words[0]);
-    const Message message = key.messageOf(Words(words.begin() + 2, words.end()), settingsOf(words[0]));
+    const auto stored = settingsOf(words[0]);
+    const Message message = key.messageOf(Words(words.begin() + 2, words.end()), stored);
+    if (!invocation.has(kForceOption)) checkGestures(message, stored);
+    checkThatItFits(message);
     send(message, ports);
     awaitStoring(message.payload);
+    noteWindowThatMayUndo(words[0]);
     return Status::Success;
 }
 
 Status gesture(const Words& words, const ReportingPorts& ports) {
     chooseDisplay(words[0]);
     gSettings = gestureListOf(settingsOf(words[0]));
-    changeGesture(words[1], words[2]);
+    checkThatItFits({kMessageIDForGestureArray, payloads::gestureArray()});
+    changeGesture(words[1], Words(words.begin() + 2, words.end()));
     checkArrival(ports);
     awaitStoring(payloads::gestureArray());
+    noteWindowThatMayUndo(words[0]);
     return Status::Success;
 }
 
-Status importProfile(const Words& words, const ReportingPorts& ports) {
-    chooseDisplay(words[0]);
-    const auto profile = profileIn(words.size() > 1 ? words[1] : "-");
-    auto sent = NSMutableDictionary::dictionary();
-    for (const Message& message : messagesOfProfile(profile)) {
-        send(message, ports);
-        for (const std::string& key : message.payload.allKeys()) {
-            sent.setObjectForKey(message.payload.objectForKey(key), key);
+/// What the messages say of their display's settings, without its name.
+NSMutableDictionary settingsIn(const std::vector<Message>& messages) {
+    auto settings = NSMutableDictionary::dictionary();
+    for (const Message& message : messages) {
+        for (const auto& [key, value] : message.payload.entries()) {
+            if (key != keys::deviceName) settings.setObjectForKey(value, key);
         }
     }
+    return settings;
+}
+
+Status importProfile(const Invocation& invocation, const ReportingPorts& ports) {
+    const Words& words = invocation.words;
+    chooseDisplay(words[0]);
+    const auto stored = settingsOf(words[0]);
+    const std::vector<Message> messages = messagesOfProfile(profileIn(words.size() > 1 ? words[1] : "-"));
+    for (const Message& message : messages) {
+        if (!invocation.has(kForceOption)) checkGestures(message, stored);
+        checkThatItFits(message);
+    }
+    for (const Message& message : messages) send(message, ports);
+    const auto sent = settingsIn(messages);
     awaitStoring(sent);
+    noteWindowThatMayUndo(words[0]);
+    for (const auto& [key, value] : sent.entries()) {
+        if (!stored.objectForKey(key).isEqual(value)) print(key);
+    }
     return Status::Success;
 }
 
-Status exportProfile(const Words& words, platform::NSFileManager& files) {
+Status exportProfile(const Words& words) {
     const auto settings = existingSettingsOf(displayNamed(words[0]).name);
     NSMutableDictionary profile;
     try {
@@ -225,11 +304,7 @@ Status exportProfile(const Words& words, platform::NSFileManager& files) {
     }
     const auto data = platform::PropertyLists::current().createXMLData(profile);
     if (!data) throw Failure(Status::Failure, "the settings of this display cannot be written as a property list");
-    if (words.size() < 2 || words[1] == "-") {
-        std::cout.write(reinterpret_cast<const char*>(data->data()), static_cast<std::streamsize>(data->size()));
-    } else if (!files.writeAtomically(words[1], *data)) {
-        throw Failure(Status::Failure, words[1] + " cannot be written; name a file in a folder that you may write");
-    }
+    writeToOutput(words.size() < 2 ? "-" : words[1], *data);
     return Status::Success;
 }
 
@@ -274,14 +349,16 @@ Status perform(const Invocation& invocation, Services& services, const std::stri
         return list(invocation);
     case Command::Id::Show:
         return show(invocation);
+    case Command::Id::Get:
+        return get(invocation.words);
     case Command::Id::Set:
-        return set(invocation.words, services.ports);
+        return set(invocation, services.ports);
     case Command::Id::Gesture:
         return gesture(invocation.words, services.ports);
     case Command::Id::Export:
-        return exportProfile(invocation.words, services.files);
+        return exportProfile(invocation.words);
     case Command::Id::Import:
-        return importProfile(invocation.words, services.ports);
+        return importProfile(invocation, services.ports);
     case Command::Id::Watch:
         return watch(services.runLoop);
     case Command::Id::Doctor:

@@ -15,6 +15,9 @@ namespace {
 using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 
+/// What shells put before the words when an option is being typed.
+constexpr std::string_view kAsksForOptions = "--options";
+
 Words commandNames() {
     Words names;
     for (const Command& command : commands()) {
@@ -37,6 +40,15 @@ Words keyNames() {
     return names;
 }
 
+Words namesOfValues() {
+    Words names;
+    for (const Key& key : settingKeys()) {
+        if (key.shown) names.emplace_back(key.name);
+    }
+    names.emplace_back(kDriverVersionKey);
+    return names;
+}
+
 Words gestureNames(const NSMutableArray& list) {
     Words names;
     for (std::size_t i = 0; i < list.count(); ++i) {
@@ -45,8 +57,8 @@ Words gestureNames(const NSMutableArray& list) {
     return names;
 }
 
-Words gestureDeeds(const NSMutableArray& list, const std::string& name) {
-    Words deeds{"on", "off"};
+Words gestureActions(const NSMutableArray& list, const std::string& name) {
+    Words deeds;
     for (std::size_t i = 0; i < list.count(); ++i) {
         const NSMutableDictionary record = list.objectAtIndex(i).dictionary();
         if (!record.objectForKey(keys::name).isEqual(name)) continue;
@@ -67,25 +79,61 @@ Words afterSet(const Words& words) {
 Words afterGesture(const Words& words) {
     const NSMutableArray list = gestureListOf(settingsOf(words[1]));
     if (words.size() == 2) return gestureNames(list);
-    return words.size() == 3 ? gestureDeeds(list, words[2]) : Words();
+    Words deeds = gestureActions(list, words[2]);
+    if (words.size() == 3) deeds.insert(deeds.begin(), {"on", "off"});
+    return words.size() == 3 || (words.size() == 4 && (words[3] == "on" || words[3] == "off")) ? deeds : Words();
 }
 
-Words known(const Words& words) {
-    if (words.empty()) return commandNames();
+Words optionsOf(const Words& words) {
+    const Command* command = words.empty() ? nullptr : commandNamed(words[0]);
+    Words options{std::string(kHelpOption)};
+    if (!command) options.emplace_back("--version");
+    if (command) options.insert(options.begin(), command->options.begin(), command->options.end());
+    return options;
+}
+
+Words wordsAfter(const Words& words) {
     const std::string& command = words[0];
     const bool changes = command == "set" || command == "gesture" || command == "import";
     if (words.size() == 1) {
-        return changes || command == "show" || command == "export" ? displayNames(changes) : Words();
+        const bool takesDisplay = changes || command == "show" || command == "get" || command == "export";
+        return takesDisplay ? displayNames(changes) : Words();
     }
     if (command == "set") return afterSet(words);
+    if (command == "get") return words.size() == 2 ? namesOfValues() : Words();
     return command == "gesture" ? afterGesture(words) : Words();
+}
+
+/// The words of a command line but for the options among them. The first one is the command.
+Words withoutOptions(const Words& words) {
+    const Words options = optionsOf(words);
+    Words plain;
+    bool takesOptions = true;
+    for (const std::string& word : words) {
+        if (takesOptions && word == "--") {
+            takesOptions = false;
+        } else if (!takesOptions || std::ranges::find(options, word) == options.end()) {
+            plain.push_back(word);
+        }
+    }
+    return plain;
+}
+
+Words known(const Words& words) {
+    const Words plain = withoutOptions(words);
+    if (plain.empty()) return commandNames();
+    const Command* command = commandNamed(plain[0]);
+    if (!command || command->summary.empty()) return {};
+    // Where no word can follow, only options can.
+    return plain.size() > command->most ? optionsOf(plain) : wordsAfter(plain);
 }
 
 } // namespace
 
 Words completionsAfter(const Words& words) {
     try {
-        return known(words);
+        const bool asksForOptions = !words.empty() && words[0] == kAsksForOptions;
+        return asksForOptions ? optionsOf(Words(words.begin() + 1, words.end())) : known(words);
     } catch (const Failure&) {
         // Nothing is offered where the command itself would say what is wrong.
         return {};

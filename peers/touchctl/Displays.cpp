@@ -3,6 +3,7 @@
 #include "TDNames.h"
 #include "TDUtilities.h"
 #include "linux/Journal.h"
+#include "peers/touchctl/FileAccess.h"
 #include "platform/Files.h"
 
 #include <algorithm>
@@ -22,12 +23,13 @@ constexpr std::string_view kNoDisplay = "(null)";
 
 /// The dictionary in a file; nil when nothing is there.
 NSMutableDictionary contentsOf(const std::string& path) {
-    if (!NSFileManager::defaultManager().fileExistsAtPath(path)) return {};
-    auto contents = NSMutableDictionary::dictionaryWithContentsOfFile(path);
-    if (!contents) {
-        throw Failure(Status::Failure, shownPath(path) + " cannot be read or is damaged; repair or remove it");
-    }
-    return contents;
+    const StoredFile file = storedFileAt(path);
+    const std::string complaint = file.complaint();
+    if (complaint.empty()) return file.contents;
+    const bool isForbidden = file.state == StoredFile::State::Unreadable;
+    throw Failure(Status::Failure, shownPath(path) + " " + complaint +
+                                       (isForbidden ? "; see whose it is and who may read it"
+                                                    : "; repair it, or remove it and start the driver again"));
 }
 
 std::vector<std::string> connectedNames() {
@@ -50,7 +52,12 @@ std::vector<std::string> namesWithSettings() {
         if (file != kNoDisplay) names.emplace_back(file);
         return true;
     };
-    (void)NSFileManager::defaultManager().visitDirectoryAtPath(getPreferenceFolderPath(), visit);
+    const std::string folder = getPreferenceFolderPath();
+    if (const auto reason = reasonAgainstListing(folder)) {
+        throw Failure(Status::Failure, "the folder " + shownPath(folder) + " cannot be read (" + *reason +
+                                           "); see whose it is and who may read it");
+    }
+    (void)NSFileManager::defaultManager().visitDirectoryAtPath(folder, visit);
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -82,6 +89,13 @@ Display displayNamed(const std::string& name) {
     throw Failure(Status::NoDevice,
                   "there is no display \"" + withVisibleControlCharacters(name) + "\"; " +
                       (known.empty() ? "none is known yet: connect one and start its driver" : "known are " + known));
+}
+
+bool isPerhapsShown(const std::string& name) {
+    const auto chosen = contentsOf(getUilitiesFilePath()).objectForKey(keys::selectDeviceName).string();
+    const std::vector<std::string> connected = connectedNames();
+    const bool isChosen = chosen && std::find(connected.begin(), connected.end(), *chosen) != connected.end();
+    return !isChosen || *chosen == name;
 }
 
 bool isDriverSwitchedOn() { return contentsOf(getUilitiesFilePath()).objectForKey(keys::driverEnable).boolValue(); }

@@ -15,10 +15,12 @@ struct Display {
 };
 
 /// The connected displays, in the order in which the driver lists them, then those that only have a settings file. A
-/// utilities file that cannot be read is a Failure.
+/// utilities file or a folder that cannot be read is a Failure.
 [[nodiscard]] std::vector<Display> knownDisplays();
 /// The display of that name. A name that is not known is a Failure that lists those that are.
 [[nodiscard]] Display displayNamed(const std::string& name);
+/// Whether an open window may be showing this display: it is the one that was chosen there last, or none was.
+[[nodiscard]] bool isPerhapsShown(const std::string& name);
 /// Whether the driver is switched on, as the pane reads it.
 [[nodiscard]] bool isDriverSwitchedOn();
 

@@ -5,6 +5,7 @@
 #include "linux/BundleDirectory.h"
 #include "linux/Journal.h"
 #include "peers/touchctl/Displays.h"
+#include "peers/touchctl/FileAccess.h"
 #include "peers/touchctl/Services.h"
 #include "peers/touchctl/Settings.h"
 #include "platform/Files.h"
@@ -56,6 +57,11 @@ struct ProductFile {
     std::string place;
 };
 
+constexpr char kRestartTheDriver[] = "end the driver and start it again";
+
+/// The driver writes a file that is gone when it starts, and the displays into the list.
+std::string removalOf(const ProductFile& file) { return "rm " + file.place + ", then " + kRestartTheDriver; }
+
 std::string hexadecimal(std::int32_t number) {
     std::ostringstream text;
     text << "0x" << std::hex << number;
@@ -100,20 +106,20 @@ bool reportBus(Report& report) {
     return false;
 }
 
-void reportDriver(Report& report) {
-    switch (answerOfPort(kTouchDisplayDriverPortName)) {
+PortAnswer reportDriver(Report& report) {
+    const PortAnswer answer = answerOfPort(kTouchDisplayDriverPortName);
+    switch (answer) {
     case PortAnswer::Answering:
         report.fine("the driver answers");
         break;
     case PortAnswer::NotRunning:
-        report.problem("no driver runs: changes of settings have no effect",
-                       "start the driver of the display (kelvo-touch-driver-sim run stands in for one)");
+        report.problem("no driver runs: changes of settings have no effect", "start the driver of the display");
         break;
     case PortAnswer::NotAnswering:
-        report.problem("the driver runs but does not answer: changes of settings have no effect",
-                       "end the driver and start it again");
+        report.problem("the driver runs but does not answer: changes of settings have no effect", kRestartTheDriver);
         break;
     }
+    return answer;
 }
 
 void reportOtherPort(Report& report, const char* port, const std::string& owner) {
@@ -130,13 +136,15 @@ void reportOtherPort(Report& report, const char* port, const std::string& owner)
     }
 }
 
-/// What the bus and every process may do to a file is the system's to say, by its owner and mode.
-void reportPermissions(Report& report, const ProductFile& file) {
+/// What every process may do to a file is the system's to say, by its owner and mode. Whether there was nothing to
+/// report.
+bool reportPermissions(Report& report, const ProductFile& file) {
+    const int before = report.problems();
     struct stat status {};
-    if (::stat(file.path.c_str(), &status) != 0) return;
+    if (::stat(file.path.c_str(), &status) != 0) return true;
     if (status.st_uid != ::geteuid()) {
         report.problem(file.title + " belongs to another user", "sudo chown \"$(id -un)\" " + file.place);
-        return;
+        return false;
     }
     const bool isFolder = S_ISDIR(status.st_mode);
     const unsigned needed = isFolder ? S_IRWXU : S_IRUSR | S_IWUSR;
@@ -147,18 +155,31 @@ void reportPermissions(Report& report, const ProductFile& file) {
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
         report.problem(file.title + " can be changed by other users", "chmod go-w " + file.place);
     }
+    return report.problems() == before;
 }
 
-/// What the file holds; nil when there is nothing to look at.
-NSMutableDictionary reportContents(Report& report, const ProductFile& file, const char* meansMissing) {
-    if (!NSFileManager::defaultManager().fileExistsAtPath(file.path)) {
-        report.note(file.title + " is not there: " + meansMissing);
-        return {};
+/// Owner, mode and what the file holds; nil when there is nothing to look at.
+NSMutableDictionary reportFile(Report& report, const ProductFile& file) {
+    const bool isOwnersAlone = reportPermissions(report, file);
+    const StoredFile stored = storedFileAt(file.path);
+    switch (stored.state) {
+    case StoredFile::State::Readable:
+        break;
+    case StoredFile::State::Missing:
+        report.note(file.title + " is not there: the pane or the driver makes it");
+        break;
+    case StoredFile::State::Unreadable:
+        // Of what the owner and the mode explain, enough is said.
+        if (isOwnersAlone) {
+            report.problem(file.title + " " + stored.complaint(), "see what is there: ls -ld " + file.place);
+        }
+        break;
+    case StoredFile::State::TooLarge:
+    case StoredFile::State::Damaged:
+        report.problem(file.title + " " + stored.complaint(), "repair it, or remove it: " + removalOf(file));
+        break;
     }
-    auto contents = NSMutableDictionary::dictionaryWithContentsOfFile(file.path);
-    if (!contents)
-        report.problem(file.title + " cannot be read or is damaged", "repair it, or remove it: rm " + file.place);
-    return contents;
+    return stored.contents;
 }
 
 void reportUtilities(Report& report, const NSMutableDictionary& utilities, const ProductFile& file) {
@@ -180,7 +201,7 @@ void reportUtilities(Report& report, const NSMutableDictionary& utilities, const
         const Value value = utilities.objectForKey(each.key);
         if (value && value.kind() != each.kind) {
             report.problem(std::string(each.key) + " in " + file.title + " is to be " + each.text,
-                           "remove the file, which is made anew: rm " + file.place);
+                           "remove the file, which is made anew: " + removalOf(file));
         }
     }
     if (report.problems() == before) report.fine(file.title);
@@ -194,8 +215,7 @@ void reportDisplay(Report& report, const Display& display, std::size_t number) {
                            "\"$HOME/Library/Preferences/KelvoTouchDisplay/Settings_NAME.plist\", where NAME stands on "
                            "line " +
                                std::to_string(number) + " of kelvo-touchctl list"};
-    const auto settings = reportContents(report, file, "the pane or the driver makes it");
-    reportPermissions(report, file);
+    const auto settings = reportFile(report, file);
     if (!settings) return;
     const std::vector<std::string> faults = faultsIn(settings);
     for (const std::string& fault : faults) {
@@ -207,34 +227,60 @@ void reportDisplay(Report& report, const Display& display, std::size_t number) {
     }
 }
 
-void reportFiles(Report& report) {
-    report.section("Files and permissions");
-    const std::string folderPath = getPreferenceFolderPath();
-    const ProductFile folder{folderPath, "the settings folder", "\"$HOME/Library/Preferences/KelvoTouchDisplay\""};
-    const ProductFile utilitiesFile{getUilitiesFilePath(), "Utilities.plist",
-                                    "\"$HOME/Library/Preferences/KelvoTouchDisplay/Utilities.plist\""};
+/// Whether the settings folder is there, and its files can be looked at.
+bool reportFolder(Report& report, const ProductFile& folder) {
     struct stat status {};
-    if (::stat(folderPath.c_str(), &status) != 0) {
-        report.note(shownPath(folderPath) + " is not there: the pane or the driver makes it when it first starts");
-        return;
+    const auto reason = reasonAgainstListing(folder.path);
+    if (::stat(folder.path.c_str(), &status) != 0) {
+        if (reason) {
+            report.problem(folder.title + " cannot be read (" + *reason + ")",
+                           "see which folder above it is closed: namei -l " + folder.place);
+        } else {
+            report.note(folder.title + " is not there: the pane or the driver makes it when it first starts");
+        }
+        return false;
     }
     if (!S_ISDIR(status.st_mode)) {
-        report.problem(shownPath(folderPath) + " is no folder", "remove it: rm " + folder.place);
-        return;
+        report.problem(shownPath(folder.path) + " is no folder", "remove it: " + removalOf(folder));
+        return false;
     }
-    reportPermissions(report, folder);
-    reportPermissions(report, utilitiesFile);
-    const auto utilities = reportContents(report, utilitiesFile, "the pane or the driver makes it");
-    if (utilities) reportUtilities(report, utilities, utilitiesFile);
-    if (!utilities && NSFileManager::defaultManager().fileExistsAtPath(utilitiesFile.path)) return;
+    if (reportPermissions(report, folder) && reason) {
+        report.problem(folder.title + " cannot be read (" + *reason + ")", "see what is there: ls -ld " + folder.place);
+    }
+    return !reason;
+}
 
+void reportDisplays(Report& report, PortAnswer driver) {
     std::size_t connected = 0;
     std::size_t number = 0;
     for (const Display& display : knownDisplays()) {
         if (display.isConnected) ++connected;
         reportDisplay(report, display, ++number);
     }
-    if (connected == 0) report.note("no display is connected");
+    if (connected > 0) return;
+    if (driver == PortAnswer::Answering) {
+        report.problem("the driver answers, but no display is listed as connected",
+                       std::string("connect the display; if it is connected, ") + kRestartTheDriver);
+    } else {
+        report.note("no display is connected");
+    }
+}
+
+void reportFiles(Report& report, PortAnswer driver) {
+    report.section("Files and permissions");
+    const ProductFile folder{getPreferenceFolderPath(), "the settings folder",
+                             "\"$HOME/Library/Preferences/KelvoTouchDisplay\""};
+    const ProductFile utilitiesFile{getUilitiesFilePath(), "Utilities.plist",
+                                    "\"$HOME/Library/Preferences/KelvoTouchDisplay/Utilities.plist\""};
+    const int before = report.problems();
+    if (reportFolder(report, folder)) {
+        const auto utilities = reportFile(report, utilitiesFile);
+        if (utilities) reportUtilities(report, utilities, utilitiesFile);
+        if (!utilities && storedFileAt(utilitiesFile.path).state != StoredFile::State::Missing) return;
+    } else if (report.problems() > before) {
+        return;
+    }
+    reportDisplays(report, driver);
 }
 
 } // namespace
@@ -242,13 +288,14 @@ void reportFiles(Report& report) {
 Status writeReport(std::ostream& out, const std::string& panePath) {
     Report report(out);
     reportVersions(report, panePath);
+    PortAnswer driver = PortAnswer::NotRunning;
     if (reportBus(report)) {
         report.section("Ports");
-        reportDriver(report);
+        driver = reportDriver(report);
         reportOtherPort(report, kPreferencePortName, "the settings pane");
         reportOtherPort(report, kStatusBarPortName, "the status-bar utility");
     }
-    reportFiles(report);
+    reportFiles(report, driver);
     const int problems = report.problems();
     out << '\n'
         << (problems == 0 ? "Nothing is to be mended."

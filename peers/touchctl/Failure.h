@@ -8,20 +8,8 @@ namespace kelvo::touchctl {
 
 using Words = std::vector<std::string>;
 
-/// What the program ends with. The numbers are part of its interface.
-enum class Status {
-    Success = 0,
-    /// A file that cannot be read or written, or anything else that no other status says.
-    Failure = 1,
-    /// A command, key or value that does not exist.
-    Usage = 2,
-    /// No driver runs, it does not answer, it is switched off, or there is no session bus.
-    NoDriver = 3,
-    /// A display that is not known, or not connected.
-    NoDevice = 4,
-    /// The report of "doctor" names something to mend.
-    Findings = 5,
-};
+/// What the program ends with. The numbers are part of its interface; statusTexts() says what they mean.
+enum class Status { Success = 0, Failure = 1, Usage = 2, NoDriver = 3, NoDevice = 4, Findings = 5 };
 
 /// Ends the command; the text says what is wrong and what would be right.
 class Failure : public std::runtime_error {

@@ -4,7 +4,6 @@
 #include "TDCurrentDevice.h"
 #include "TDGestureCatalogue.h"
 #include "TDNames.h"
-#include "peers/touchctl/Failure.h"
 #include "peers/touchctl/Settings.h"
 #include "platform/SystemVersion.h"
 
@@ -71,15 +70,18 @@ const Row& rowNamed(const std::vector<Row>& rows, const std::string& name) {
     throw Failure(Status::Usage, "there is no gesture \"" + name + "\"; there are " + listed(names));
 }
 
-/// The menu's item for an action; none for "on" and "off", which leave the action as it is.
-std::optional<int> itemFor(const Row& row, const std::string& deed) {
-    if (deed == "on" || deed == "off") return std::nullopt;
+bool isSwitch(const std::string& deed) { return deed == "on" || deed == "off"; }
+
+[[noreturn]] void refuse(const Row& row, const std::string& deed) {
+    throw Failure(Status::Usage,
+                  nameOf(row) + " can be on, off, or one of " + listed(actionsOf(row)) + ", not \"" + deed + "\"");
+}
+
+/// The menu's item for an action.
+int itemFor(const Row& row, const std::string& action) {
     const std::vector<std::string> actions = actionsOf(row);
-    const auto found = std::find(actions.begin(), actions.end(), deed);
-    if (found == actions.end()) {
-        throw Failure(Status::Usage,
-                      nameOf(row) + " can be on, off, or one of " + listed(actions) + ", not \"" + deed + "\"");
-    }
+    const auto found = std::find(actions.begin(), actions.end(), action);
+    if (found == actions.end()) refuse(row, action);
     return static_cast<int>(found - actions.begin()) + kFirstActionItem;
 }
 
@@ -97,12 +99,16 @@ NSMutableArray gestureListOf(const NSMutableDictionary& settings) {
     return catalogue;
 }
 
-void changeGesture(const std::string& name, const std::string& deed) {
+void changeGesture(const std::string& name, const Words& deeds) {
     const std::vector<Row> rows = rowsOf(gSettings);
     const Row& row = rowNamed(rows, name);
-    const std::optional<int> item = itemFor(row, deed);
+    const bool hasSwitch = isSwitch(deeds.front());
+    // What is switched and how it is made are each said once.
+    if (deeds.size() > 1 && !hasSwitch) refuse(row, deeds[0] + " " + deeds[1]);
+    const bool hasAction = deeds.size() > 1 || !hasSwitch;
+    const std::optional<int> item = hasAction ? std::optional(itemFor(row, deeds.back())) : std::nullopt;
     auto& menu = outletOf<platform::NSPopUpButton>(*row, "m_gestures");
-    outletOf<platform::NSButton>(*row, "clickBtn").setState(deed == "off" ? 0 : 1);
+    outletOf<platform::NSButton>(*row, "clickBtn").setState(deeds.front() == "off" ? 0 : 1);
     if (item) menu.selectItemAtIndex(*item);
     row->changeAction(menu);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "peers/touchctl/Failure.h"
 #include "platform/PropertyList.h"
 
 #include <string>
@@ -11,8 +12,8 @@ namespace kelvo::touchctl {
 [[nodiscard]] platform::NSMutableArray gestureListOf(const platform::NSMutableDictionary& settings);
 
 /// Does to a gesture of `gSettings` what the user does in the pane's list, through the pane's own rows: they resolve
-/// what collides and send. `deed` is "on", "off", or an action, which switches the gesture on with it. A gesture or an
-/// action that there is not is a Failure that lists those there are.
-void changeGesture(const std::string& name, const std::string& deed);
+/// what collides and send. The deeds are "on" or "off", an action, or both in this order; an action alone switches the
+/// gesture on. A gesture or an action that there is not is a Failure that lists those there are.
+void changeGesture(const std::string& name, const Words& deeds);
 
 } // namespace kelvo::touchctl

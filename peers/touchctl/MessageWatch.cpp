@@ -66,6 +66,10 @@ std::string portOf(std::string_view busName) {
     return std::string(busName);
 }
 
+std::string lineOfState(const std::string& port, const char* state) {
+    return jsonLine(NSMutableDictionary::dictionaryWithObjectsAndKeys({{port, "port"}, {state, "state"}}));
+}
+
 std::string lineOfMessage(sd_bus_message* message, const std::string& port) {
     auto line = NSMutableDictionary::dictionaryWithObjectsAndKeys({{port, "port"}});
     std::int32_t id = 0;
@@ -106,7 +110,10 @@ std::unique_ptr<MessageWatch> MessageWatch::open(platform::CFRunLoop& loop,
     watch->learnOwners(opened);
     const int descriptor = sd_bus_get_fd(watch->bus_.get());
     // What came with the answer already does not make the descriptor readable.
-    watch->firstRead_ = loop.scheduleTimer(0.0, [self = watch.get()] { self->read(); });
+    watch->firstRead_ = loop.scheduleTimer(0.0, [self = watch.get()] {
+        self->tellOpenPorts();
+        self->read();
+    });
     watch->watch_ = loop.watch(descriptor, [self = watch.get()] { self->read(); });
     return watch;
 }
@@ -125,6 +132,10 @@ void MessageWatch::learnOwners(sd_bus* bus) {
         std::free(*name);
     }
     std::free(static_cast<void*>(listed));
+}
+
+void MessageWatch::tellOpenPorts() {
+    for (const auto& [owner, port] : portsOfOwners_) tell_(lineOfState(port, "open"));
 }
 
 std::string MessageWatch::lineOf(sd_bus_message* message) {
@@ -146,8 +157,7 @@ std::string MessageWatch::lineOfChange(sd_bus_message* message) {
     const std::string port = portOf(name);
     portsOfOwners_.erase(oldOwner);
     if (*newOwner) portsOfOwners_[newOwner] = port;
-    return jsonLine(NSMutableDictionary::dictionaryWithObjectsAndKeys(
-        {{port, "port"}, {*newOwner ? "opened" : "closed", "state"}}));
+    return lineOfState(port, *newOwner ? "opened" : "closed");
 }
 
 void MessageWatch::read() {

@@ -13,8 +13,8 @@ namespace kelvo::touchctl {
 /// Looks on as messages pass between the product's ports, whoever sends them; takes none and sends none.
 class MessageWatch {
 public:
-    /// Calls `tell` with one line of JSON for each message, and for each port that opens or closes; `lost` when the bus
-    /// goes away. Null when there is no bus or it lets nobody look on.
+    /// Calls `tell` with one line of JSON for each message, for each port that is open, and for each that opens or
+    /// closes; `lost` when the bus goes away. Null when there is no bus or it lets nobody look on.
     [[nodiscard]] static std::unique_ptr<MessageWatch>
     open(platform::CFRunLoop& loop, std::function<void(const std::string& line)> tell, std::function<void()> lost);
 
@@ -25,6 +25,7 @@ public:
 
 private:
     void learnOwners(sd_bus* bus);
+    void tellOpenPorts();
     void read();
     [[nodiscard]] std::string lineOf(sd_bus_message* message);
     [[nodiscard]] std::string lineOfChange(sd_bus_message* message);

@@ -4,15 +4,13 @@
 #include "TDGestureCatalogue.h"
 #include "TDMessages.h"
 #include "TDNames.h"
-#include "platform/Files.h"
+#include "peers/touchctl/FileAccess.h"
 #include "platform/SystemVersion.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <iostream>
-#include <iterator>
 #include <stdexcept>
 
 namespace kelvo::touchctl {
@@ -23,25 +21,37 @@ using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 using platform::Value;
 
+/// More than what all messages hold together.
+constexpr std::size_t kLargestProfile = std::size_t{16} << 20U;
+
+std::string textOf(double number) {
+    constexpr double kShownFractions = 100.0;
+    return Value(std::round(number * kShownFractions) / kShownFractions).stringValue().value_or("");
+}
+
 /// The numbers that the pane's forms allow.
 struct Bounds {
     double least;
     double most;
     bool isWhole;
-    const char* text;
+    const char* kind;
 
     [[nodiscard]] bool hold(double number) const {
         return number >= least && number <= most && (!isWhole || std::trunc(number) == number);
     }
+    /// "0.1 to 1"
+    [[nodiscard]] std::string span() const { return textOf(least) + " to " + textOf(most); }
+    /// "a number of seconds from 0.1 to 1"
+    [[nodiscard]] std::string text() const { return std::string(kind) + " from " + span(); }
 };
 
 /// The pane's slider shows one second less the interval, from 0 to 0.9.
-constexpr Bounds kInterval{1.0 - 0.9, 1.0, false, "a number of seconds from 0.1 to 1"};
-constexpr Bounds kRange{8.0, 128.0, true, "a whole number from 8 to 128"};
-constexpr Bounds kLongPress{0.3, 3.0, false, "a number of seconds from 0.3 to 3"};
-constexpr Bounds kWidth{0.0, 4096.0, false, "a number of pixels from 0 to 4096"};
-constexpr Bounds kHeight{0.0, 2160.0, false, "a number of pixels from 0 to 2160"};
-constexpr Bounds kRotateMode{0.0, 3.0, true, "0, 1, 2 or 3, the quarter turns"};
+constexpr Bounds kInterval{1.0 - 0.9, 1.0, false, "a number of seconds"};
+constexpr Bounds kRange{8.0, 128.0, true, "a whole number"};
+constexpr Bounds kLongPress{0.3, 3.0, false, "a number of seconds"};
+constexpr Bounds kWidth{0.0, 4096.0, false, "a number of pixels"};
+constexpr Bounds kHeight{0.0, 2160.0, false, "a number of pixels"};
+constexpr Bounds kRotateMode{0.0, 3.0, true, "a whole number of quarter turns"};
 
 constexpr std::int32_t kDegreesOfRow = 90;
 
@@ -55,7 +65,7 @@ double numberOf(const std::string& text, const std::string& what, const Bounds& 
     double number = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size() || !bounds.hold(number)) {
-        refuse(what, bounds.text, text);
+        refuse(what, bounds.text(), text);
     }
     return number;
 }
@@ -135,7 +145,7 @@ using Fault = std::runtime_error;
 double numberIn(const Value& value, const std::string& key, const Bounds& bounds) {
     const bool isNumber = value.kind() == Value::Kind::Integer || value.kind() == Value::Kind::UnsignedInteger ||
                           value.kind() == Value::Kind::Real;
-    if (!isNumber || !bounds.hold(value.doubleValue())) throw Fault(key + " is to be " + bounds.text);
+    if (!isNumber || !bounds.hold(value.doubleValue())) throw Fault(key + " is to be " + bounds.text());
     return value.doubleValue();
 }
 
@@ -268,58 +278,85 @@ Message gesturesOfWords(const Words& words, const NSMutableDictionary& /*stored*
 
 // What is shown.
 
-std::optional<std::string> shownNumber(const NSMutableDictionary& stored, std::string_view key) {
-    return stored.objectForKey(key).stringValue();
+/// None for a kind of value that is read as missing.
+std::optional<double> shownNumber(const Value& value) {
+    if (const std::string* text = value.text()) return platform::leadingNumber(*text);
+    return value.stringValue() || value.kind() == Value::Kind::Boolean ? std::optional(value.doubleValue())
+                                                                       : std::nullopt;
 }
 
-std::optional<std::string> shownSwitch(const Value& isOn) {
-    if (!isOn) return std::nullopt;
-    return isOn.boolValue() ? "on" : "off";
+Shown shownWithin(const Bounds& bounds, const Value& value) {
+    const std::optional<double> number = shownNumber(value);
+    if (!number) return {};
+    if (!bounds.hold(*number)) return {Shown::State::Unfit, ""};
+    return {Shown::State::Fit, Value(*number).stringValue().value_or("")};
 }
 
-std::optional<std::string> shownRotation(const NSMutableDictionary& stored) {
-    const Value mode = stored.objectForKey(keys::rotateMode);
-    if (!mode || !kRotateMode.hold(mode.doubleValue())) return std::nullopt;
-    return std::to_string(mode.intValue() * kDegreesOfRow);
+Shown shownSwitch(const NSMutableDictionary& stored) {
+    const Value isOn = rightClickIn(stored).objectForKey(keys::rightClickIsEnable);
+    if (!isOn) return {};
+    return {Shown::State::Fit, isOn.boolValue() ? "on" : "off"};
 }
 
-std::optional<std::string> shownCalibration(const NSMutableDictionary& stored) {
-    if (stored.objectForKey(keys::autoCalibration).boolValue()) return "auto";
+Shown shownRotation(const NSMutableDictionary& stored) {
+    Shown shown = shownWithin(kRotateMode, stored.objectForKey(keys::rotateMode));
+    if (shown.state == Shown::State::Fit) {
+        shown.words = std::to_string(stored.objectForKey(keys::rotateMode).intValue() * kDegreesOfRow);
+    }
+    return shown;
+}
+
+Shown shownCalibration(const NSMutableDictionary& stored) {
+    if (stored.objectForKey(keys::autoCalibration).boolValue()) return {Shown::State::Fit, "auto"};
     const auto resolution = stored.objectForKey(keys::manualCalibration).dictionary();
-    const auto width = shownNumber(resolution, keys::OSDWidth);
-    const auto height = shownNumber(resolution, keys::OSDHeight);
-    if (!width || !height) return std::nullopt;
-    return "manual " + *width + " " + *height;
+    const Shown width = shownWithin(kWidth, resolution.objectForKey(keys::OSDWidth));
+    const Shown height = shownWithin(kHeight, resolution.objectForKey(keys::OSDHeight));
+    const Shown::State state = std::min(width.state, height.state);
+    return {state, state == Shown::State::Fit ? "manual " + width.words + " " + height.words : ""};
 }
 
 } // namespace
+
+std::string Shown::text() const {
+    switch (state) {
+    case State::NotSet:
+        return "(not set)";
+    case State::Unfit:
+        return "(does not fit)";
+    case State::Fit:
+        break;
+    }
+    return words;
+}
 
 const std::vector<Key>& settingKeys() {
     static const std::vector<Key> settings{
         {"double-click-rate",
          "SECONDS",
-         "the time between the two clicks, 0.1 to 1",
+         "the time between the two clicks, " + kInterval.span(),
          {},
          doubleClickRate,
-         [](const auto& stored) { return shownNumber(stored, keys::doubleClickRate); }},
+         [](const auto& stored) { return shownWithin(kInterval, stored.objectForKey(keys::doubleClickRate)); }},
         {"double-click-range",
          "NUMBER",
-         "how far apart the two clicks may be, 8 to 128",
+         "how far apart the two clicks may be, a whole number, " + kRange.span(),
          {},
          doubleClickRange,
-         [](const auto& stored) { return shownNumber(stored, keys::doubleClickRange); }},
+         [](const auto& stored) { return shownWithin(kRange, stored.objectForKey(keys::doubleClickRange)); }},
         {"right-click",
          "on|off [SECONDS]",
-         "right click by a long press, and how long that is",
+         "right click by a long press, and how long that is, " + kLongPress.span(),
          {"on", "off"},
          rightClick,
-         [](const auto& stored) { return shownSwitch(rightClickIn(stored).objectForKey(keys::rightClickIsEnable)); }},
+         shownSwitch},
         {"long-press",
          "SECONDS",
-         "the time that makes a press long, 0.3 to 3",
+         "the time that makes a press long, " + kLongPress.span(),
          {},
          longPress,
-         [](const auto& stored) { return shownNumber(rightClickIn(stored), keys::rightClickTimeIntelval); }},
+         [](const auto& stored) {
+             return shownWithin(kLongPress, rightClickIn(stored).objectForKey(keys::rightClickTimeIntelval));
+         }},
         {"rotation",
          "0|90|180|270",
          "how far touch input is turned, in degrees",
@@ -328,7 +365,8 @@ const std::vector<Key>& settingKeys() {
          shownRotation},
         {"calibration",
          "auto | manual WIDTH HEIGHT",
-         "automatic, or for an on-screen display of so many pixels",
+         "automatic, or for an on-screen display of so many pixels, up to " + textOf(kWidth.most) + " by " +
+             textOf(kHeight.most),
          {"auto", "manual"},
          calibration,
          shownCalibration},
@@ -394,15 +432,8 @@ std::vector<std::string> faultsIn(const NSMutableDictionary& settings) {
 }
 
 NSMutableDictionary profileIn(const std::string& path) {
-    std::optional<platform::NSData> contents;
-    if (path == "-") {
-        contents.emplace(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
-    } else {
-        contents = platform::NSFileManager::defaultManager().contentsAtPath(path);
-    }
-    if (!contents)
-        throw Failure(Status::Failure, path + " cannot be read; name a file that exists and that you may read");
-    auto profile = platform::PropertyLists::current().createFromFileData(*contents).dictionary();
+    const platform::NSData contents = contentsOfInput(path, kLargestProfile);
+    auto profile = platform::PropertyLists::current().createFromFileData(contents).dictionary();
     if (!profile) {
         throw Failure(Status::Failure, (path == "-" ? "what came in" : path) +
                                            " is no property list with settings; make one with \"export\"");

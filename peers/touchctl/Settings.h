@@ -19,19 +19,34 @@ struct Message {
     platform::NSMutableDictionary payload;
 };
 
+/// What a settings file holds of a setting.
+struct Shown {
+    enum class State { NotSet, Unfit, Fit };
+
+    State state = State::NotSet;
+    /// The words that "set" takes for what fits.
+    std::string words;
+
+    /// The words, or in parentheses why there are none.
+    [[nodiscard]] std::string text() const;
+};
+
 /// One setting as the command line has it.
 struct Key {
     std::string_view name;
     /// What follows the name, for the help, and what each word may be, for completion.
     std::string_view synopsis;
-    std::string_view meaning;
+    std::string meaning;
     std::vector<std::string_view> choices;
     /// The message for these words. `stored` is the device's settings file, for what the words leave as it is. Words
     /// that are out of bounds are a Failure that names the bounds.
     std::function<Message(const Words& words, const platform::NSMutableDictionary& stored)> messageOf;
-    /// The words that stand for what the settings file holds; none where it holds nothing that fits.
-    std::function<std::optional<std::string>(const platform::NSMutableDictionary& stored)> shown;
+    /// The setting as it is stored, read as the pane reads it; null for one that is no single value.
+    std::function<Shown(const platform::NSMutableDictionary& stored)> shown;
 };
+
+/// What else of a display is shown, and cannot be set.
+constexpr std::string_view kDriverVersionKey = "driver-version";
 
 /// Every setting, in the order in which they are shown.
 [[nodiscard]] const std::vector<Key>& settingKeys();
@@ -48,7 +63,8 @@ struct Key {
 /// What is wrong with the values of a settings file, each named by its key; empty when all is well.
 [[nodiscard]] std::vector<std::string> faultsIn(const platform::NSMutableDictionary& settings);
 
-/// What a property-list file holds; "-" is standard input. A file that cannot be read or is no dictionary is a Failure.
+/// What a property-list file of at most 16 MiB holds; "-" is standard input. A file that cannot be read or is no
+/// dictionary is a Failure.
 [[nodiscard]] platform::NSMutableDictionary profileIn(const std::string& path);
 
 } // namespace kelvo::touchctl

@@ -40,9 +40,9 @@ protected:
     }
     [[nodiscard]] static bool isOn(std::string_view name) { return record(name).objectForKey("IsEnable").boolValue(); }
 
-    [[nodiscard]] static std::string refusalOf(const std::string& name, const std::string& deed) {
+    [[nodiscard]] static std::string refusalOf(const std::string& name, const Words& deeds) {
         try {
-            changeGesture(name, deed);
+            changeGesture(name, deeds);
         } catch (const Failure& failure) {
             EXPECT_EQ(failure.status(), Status::Usage);
             return failure.what();
@@ -54,7 +54,7 @@ protected:
 };
 
 TEST_F(TouchctlGestures, SwitchedOffStaysWithItsActionAndTheWholeListIsSentOnce) {
-    changeGesture("SecondaryClick", "off");
+    changeGesture("SecondaryClick", {"off"});
 
     EXPECT_FALSE(isOn("SecondaryClick"));
     EXPECT_EQ(indexOf("SecondaryClick"), 0);
@@ -65,15 +65,29 @@ TEST_F(TouchctlGestures, SwitchedOffStaysWithItsActionAndTheWholeListIsSentOnce)
 }
 
 TEST_F(TouchctlGestures, ActionSwitchesTheGestureOnToo) {
-    changeGesture("MissionControl", "off");
-    changeGesture("MissionControl", "SwipeUpWithFourFingers");
+    changeGesture("MissionControl", {"off"});
+    changeGesture("MissionControl", {"SwipeUpWithFourFingers"});
 
     EXPECT_TRUE(isOn("MissionControl"));
     EXPECT_EQ(indexOf("MissionControl"), 1);
 }
 
+TEST_F(TouchctlGestures, SwitchedOffWithAnActionItMovesTheOthersAsThatActionDoes) {
+    changeGesture("SwipeBetweenPages", {"off", "SwipeWithThreeFingers"});
+
+    EXPECT_FALSE(isOn("SwipeBetweenPages"));
+    EXPECT_EQ(indexOf("SwipeBetweenPages"), 1);
+    EXPECT_EQ(indexOf("FullScreenApps"), 1);
+}
+
+TEST_F(TouchctlGestures, SwitchAndActionAreEachSaidOnceInThisOrder) {
+    EXPECT_THAT(refusalOf("Rotate", {"off", "on"}), HasSubstr("not \"on\""));
+    EXPECT_THAT(refusalOf("Rotate", {"RotateWithTwoFingers", "off"}), HasSubstr("not \"RotateWithTwoFingers off\""));
+    EXPECT_THAT(platform_.ports.received, SizeIs(0));
+}
+
 TEST_F(TouchctlGestures, PagesThatTakeThreeFingersMoveFullScreenToFourAndBothRowsSend) {
-    changeGesture("SwipeBetweenPages", "SwipeWithThreeFingers");
+    changeGesture("SwipeBetweenPages", {"SwipeWithThreeFingers"});
 
     EXPECT_EQ(indexOf("FullScreenApps"), 1);
     EXPECT_TRUE(isOn("FullScreenApps"));
@@ -84,7 +98,7 @@ TEST_F(TouchctlGestures, FullScreenThatTakesThreeFingersSwitchesOffPagesThatHave
     record("FullScreenApps").setObjectForKey(1, "SelectedIndex");
     record("SwipeBetweenPages").setObjectForKey(1, "SelectedIndex");
 
-    changeGesture("FullScreenApps", "SwipeLeftOrRightWithThreeFingers");
+    changeGesture("FullScreenApps", {"SwipeLeftOrRightWithThreeFingers"});
 
     EXPECT_FALSE(isOn("SwipeBetweenPages"));
     EXPECT_EQ(indexOf("SwipeBetweenPages"), 0);
@@ -94,36 +108,36 @@ TEST_F(TouchctlGestures, FullScreenThatTakesThreeFingersMovesPagesThatHaveTwo) {
     record("FullScreenApps").setObjectForKey(1, "SelectedIndex");
     record("SwipeBetweenPages").setObjectForKey(2, "SelectedIndex");
 
-    changeGesture("FullScreenApps", "SwipeLeftOrRightWithThreeFingers");
+    changeGesture("FullScreenApps", {"SwipeLeftOrRightWithThreeFingers"});
 
     EXPECT_TRUE(isOn("SwipeBetweenPages"));
     EXPECT_EQ(indexOf("SwipeBetweenPages"), 0);
 }
 
 TEST_F(TouchctlGestures, MissionControlAndExposeTakeTheSameNumberOfFingers) {
-    changeGesture("AppExpos\u00e9", "SwipeDownWithFourFingers");
+    changeGesture("AppExpos\u00e9", {"SwipeDownWithFourFingers"});
     EXPECT_EQ(indexOf("MissionControl"), 1);
 
-    changeGesture("MissionControl", "SwipeUpWithThreeFingers");
+    changeGesture("MissionControl", {"SwipeUpWithThreeFingers"});
     EXPECT_EQ(indexOf("AppExpos\u00e9"), 0);
 }
 
 TEST_F(TouchctlGestures, NameWithAnAccentMayBeWrittenWithoutButNotDecomposed) {
-    changeGesture("AppExpose", "off");
+    changeGesture("AppExpose", {"off"});
     EXPECT_FALSE(isOn("AppExpos\u00e9"));
-    EXPECT_THAT(refusalOf("AppExpose\u0301", "on"), HasSubstr("there is no gesture"));
+    EXPECT_THAT(refusalOf("AppExpose\u0301", {"on"}), HasSubstr("there is no gesture"));
 }
 
 TEST_F(TouchctlGestures, UnknownGestureOrActionIsRefusedWithThoseThereAre) {
-    EXPECT_THAT(refusalOf("Jump", "on"), HasSubstr("SecondaryClick, LookUp,"));
-    EXPECT_THAT(refusalOf("FullScreenApps", "SwipeWithThreeFingers"),
+    EXPECT_THAT(refusalOf("Jump", {"on"}), HasSubstr("SecondaryClick, LookUp,"));
+    EXPECT_THAT(refusalOf("FullScreenApps", {"SwipeWithThreeFingers"}),
                 HasSubstr("SwipeLeftOrRightWithThreeFingers, SwipeLeftOrRightWithFourFingers"));
     EXPECT_THAT(platform_.ports.received, SizeIs(0));
 }
 
 TEST_F(TouchctlGestures, GestureOfOneActionTakesThatOne) {
-    changeGesture("Rotate", "off");
-    changeGesture("Rotate", "RotateWithTwoFingers");
+    changeGesture("Rotate", {"off"});
+    changeGesture("Rotate", {"RotateWithTwoFingers"});
     EXPECT_TRUE(isOn("Rotate"));
     EXPECT_EQ(indexOf("Rotate"), 0);
 }

@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace kelvo::touchctl {
 
 namespace {
@@ -237,6 +239,23 @@ TEST_F(TouchctlSettings, FaultsOfAFileAreNamedEachByItsKey) {
                 ElementsAre(HasSubstr("DoubleClickRate"), HasSubstr("RotateMode")));
 }
 
+TEST_F(TouchctlSettings, WhatSetWouldRefuseIsNotShownAsAValue) {
+    const auto shown = [](std::string_view key, std::string_view fileKey, const Value& value) {
+        return settingKey(key).shown(dictionaryOf({{value, fileKey}})).text();
+    };
+    EXPECT_EQ(shown("double-click-rate", "DoubleClickRate", 1.01), "(does not fit)");
+    EXPECT_EQ(shown("double-click-rate", "DoubleClickRate", std::nan("")), "(does not fit)");
+    EXPECT_EQ(shown("double-click-range", "DoubleClickRange", 32.5), "(does not fit)");
+    EXPECT_EQ(shown("double-click-range", "DoubleClickRange", arrayOf({})), "(not set)");
+    EXPECT_EQ(shown("double-click-range", "DoubleClickRange", "40 mm"), "40") << "read as the pane reads it";
+    EXPECT_EQ(shown("rotation", "RotateMode", -1), "(does not fit)");
+    EXPECT_EQ(shown("rotation", "RotateMode", false), "0");
+    EXPECT_EQ(shown("calibration", "ManualCalibration", resolutionOf(4097, 10)), "(does not fit)");
+    EXPECT_EQ(shown("calibration", "ManualCalibration", resolutionOf(Value(), 10)), "(not set)");
+    EXPECT_EQ(shown("right-click", "RightClick", rightClickOf(false, 1.0)), "off");
+    EXPECT_EQ(shown("long-press", "RightClick", rightClickOf(false, 3.1)), "(does not fit)");
+}
+
 TEST_F(TouchctlSettings, WhatIsShownIsWhatSetTakes) {
     const auto stored = dictionaryOf({{0.3, "DoubleClickRate"},
                                       {40.0, "DoubleClickRange"},
@@ -246,13 +265,13 @@ TEST_F(TouchctlSettings, WhatIsShownIsWhatSetTakes) {
                                       {resolutionOf(1024.5, 768.0), "ManualCalibration"}});
     std::vector<std::string> lines;
     for (const Key& key : settingKeys()) {
-        if (key.shown) lines.push_back(std::string(key.name) + " " + key.shown(stored).value_or("?"));
+        if (key.shown) lines.push_back(std::string(key.name) + " " + key.shown(stored).text());
     }
     EXPECT_THAT(lines, ElementsAre("double-click-rate 0.3", "double-click-range 40", "right-click on", "long-press 1",
                                    "rotation 270", "calibration manual 1024.5 768"));
     for (const Key& key : settingKeys()) {
         if (!key.shown) continue;
-        EXPECT_EQ(key.shown(NSMutableDictionary()), std::nullopt) << key.name;
+        EXPECT_EQ(key.shown(NSMutableDictionary()).text(), "(not set)") << key.name;
     }
 }
 

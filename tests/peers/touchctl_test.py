@@ -24,15 +24,31 @@ PANE = "PreferenceMessagePort"
 
 FAILURE, USAGE, NO_DRIVER, NO_DEVICE, FINDINGS = range(1, 6)
 
-COMMANDS = ("list", "show", "set", "gesture", "export", "import", "watch", "doctor")
+COMMANDS = ("list", "show", "get", "set", "gesture", "export", "import", "watch", "doctor")
 
 ROTATE = {"Name": "Rotate", "Descriptor": ["RotateWithTwoFingers"], "SelectedIndex": 0, "IsEnable": True,
           "MoreGesture": False}
 
 
+# The command as a process that owners and modes of files hold for, whoever runs the tests.
+BOUND_BY_MODES = ["setpriv", "--bounding-set=-dac_override,-dac_read_search"] if os.geteuid() == 0 else []
+
+
+def nested(levels):
+    value = []
+    for _ in range(levels):
+        value = [value]
+    return value
+
+
 class TouchctlTest(unittest.TestCase):
     def setUp(self):
         self.world = self.enterContext(World())
+
+    def write(self, contents):
+        path = self.world.folder / "profile.plist"
+        path.write_bytes(contents if isinstance(contents, bytes) else plistlib.dumps(contents, sort_keys=False))
+        return str(path)
 
     def simulate(self, *displays):
         """Starts the driver with these displays connected."""
@@ -105,6 +121,50 @@ class Showing(TouchctlTest):
             "  gesture Odd off (not set)", "  driver-version 1.2"])
         self.assertEqual(self.succeed("show"), self.succeed("show", "Desk"))
 
+    def test_what_is_shown_is_taken_back_and_changes_nothing(self):
+        self.simulate("Desk")
+        for words in (("double-click-rate", "0.1"), ("right-click", "on", "1.5"), ("rotation", "270"),
+                      ("calibration", "manual", "1279.3", "720.1")):
+            self.succeed("set", "Desk", *words)
+        self.succeed("gesture", "Desk", "SwipeBetweenPages", "off", "SwipeWithThreeFingers")
+        self.succeed("gesture", "Desk", "Launchpad", "off")
+        before = self.settings()
+        title, *lines, version = self.succeed("show", "Desk").splitlines()
+        self.assertEqual((title, version), ("Desk (connected)", "  driver-version 0.8.0.3"))
+        self.assertEqual(len(lines), 6 + 13)
+        for first, *others in map(str.split, lines):
+            command = ("gesture", "Desk", *others) if first == "gesture" else ("set", "Desk", first, *others)
+            self.assertEqual(self.succeed(*command), "")
+            self.assertEqual(self.settings(), before, command)
+
+    def test_what_set_would_not_take_is_shown_as_a_remark(self):
+        self.connect_in_file("Desk")
+        self.world.set_plist("Settings_Desk.plist", {
+            "DoubleClickRate": 7.0, "DoubleClickRange": 32.5, "RotateMode": 4, "RightClick": {"RightClickTimeIntelval": 99},
+            "ManualCalibration": {"OSDWidth": 5000.0, "OSDHeight": 10.0}})
+        lines = self.succeed("show", "Desk").splitlines()
+        for key in ("double-click-rate", "double-click-range", "long-press", "rotation", "calibration"):
+            self.assertIn(f"  {key} (does not fit)", lines)
+        self.assertIn("  right-click (not set)", lines)
+
+    def test_one_value_is_printed_alone(self):
+        self.connect_in_file("Desk")
+        self.world.set_plist("Settings_Desk.plist", {
+            "DoubleClickRate": 0.3, "DoubleClickRange": 40.0, "RotateMode": False, "DriverVersion": "1.2 beta",
+            "RightClick": {"RightClickIsEnable": False}, "ManualCalibration": {"OSDWidth": 800.0, "OSDHeight": 600.5}})
+        keys = {"double-click-rate": "0.3", "double-click-range": "40", "rotation": "0", "driver-version": "1.2 beta",
+                "right-click": "off", "calibration": "manual 800 600.5"}
+        outputs = self.succeed_each([("get", "Desk", key) for key in keys])
+        self.assertEqual(outputs, [value + "\n" for value in keys.values()])
+        self.expect(FAILURE, "long-press is not set", "get", "Desk", "long-press")
+        self.expect_each(USAGE, [
+            (("get", "Desk", "Rotate"), "there are double-click-rate,"), (("get", "Desk"), "get DEVICE KEY"),
+            (("get", "Desk", "gestures"), "no single value"), (("get", "Desk", "rotation", "90"), "get DEVICE KEY")])
+        self.expect(NO_DEVICE, "known are", "get", "Wall", "rotation")
+        self.world.set_plist("Settings_Desk.plist", {"RotateMode": 9})
+        self.expect(FAILURE, "rotation does not fit", "get", "Desk", "rotation")
+        self.expect(FAILURE, "driver-version is not set", "get", "Desk", "driver-version")
+
     def test_json_is_the_file_with_its_kinds_whatever_it_holds(self):
         contents = {"Real": 2.0, "Text": "\"\\\n\u20ac\U0001F600", "Data": b"\x00\xff", "Deep": [[[{"": []}]]],
                     "Yes": True, "Big": 2**63, "Infinite": float("inf")}
@@ -139,8 +199,63 @@ class Showing(TouchctlTest):
         utilities = self.world.preferences / "Utilities.plist"
         utilities.write_bytes(b"\xff")
         for words in (("list",), ("show", "Desk"), ("set", "Desk", "rotation", "90")):
-            self.expect(FAILURE, "Utilities.plist cannot be read or is damaged; repair or remove it", *words)
+            self.expect(FAILURE, "Utilities.plist is damaged; repair it, or remove it and start the driver again", *words)
         self.assertEqual((settings.read_bytes(), utilities.read_bytes()), (b"<plist><dict><key>", b"\xff"))
+
+    def test_healthy_displays_are_shown_beside_damaged_ones(self):
+        self.connect_in_file("Attic", "Desk", "Wall")
+        self.world.set_plist("Settings_Desk.plist", {"RotateMode": 1})
+        for name in ("Attic", "Wall"):
+            (self.world.preferences / f"Settings_{name}.plist").write_bytes(b"damage")
+        for words in (("show", "--json"), ("show",)):
+            status, output, errors = self.ctl(*words)
+            self.assertEqual((status, errors.count("\n")), (FAILURE, 1))
+            self.assertIn("Settings_Attic.plist is damaged", errors)
+            self.assertIn("Settings_Wall.plist is damaged", errors)
+            if "--json" in words:
+                self.assertEqual(json.loads(output), {"Attic": None, "Desk": {"RotateMode": 1}, "Wall": None})
+            else:
+                self.assertTrue(output.startswith("Desk (connected)\n"))
+                self.assertNotIn("Wall", output)
+        self.assertIn("rotation 90", self.succeed("show", "Desk"))
+
+    def expect_forbidden(self, path, *words):
+        status, output, errors = self.world.run(*BOUND_BY_MODES, PROGRAM, *words)
+        self.assertEqual((status, output), (FAILURE, ""), words)
+        self.assertIn(f"{path} cannot be read (Permission denied); see whose it is and who may read it", errors)
+        self.assertNotIn("damaged", errors)
+
+    def test_what_may_not_be_read_is_neither_empty_nor_damaged(self):
+        folder = "~/Library/Preferences/KelvoTouchDisplay"
+        self.simulate("Desk")
+        for name, commands in (
+                ("Settings_Desk.plist", (("show", "Desk"), ("export", "Desk"), ("set", "Desk", "rotation", "90"),
+                                         ("import", "Desk", self.write({"RotateMode": 1})), ("get", "Desk", "rotation"))),
+                ("Utilities.plist", (("list",), ("show",), ("set", "Desk", "rotation", "90")))):
+            (self.world.preferences / name).chmod(0)
+            for words in commands:
+                self.expect_forbidden(f"{folder}/{name}", *words)
+            (self.world.preferences / name).chmod(0o600)
+        for mode, unreadable in ((0o300, f"the folder {folder}"), (0o600, f"{folder}/Utilities.plist"),
+                                 (0, f"{folder}/Utilities.plist")):
+            self.world.preferences.chmod(mode)
+            self.expect_forbidden(unreadable, "list")
+            self.expect_forbidden(unreadable, "list", "--json")
+        self.world.preferences.chmod(0o700)
+
+    def test_no_folder_is_no_fault_but_something_else_in_its_place_is(self):
+        self.assertEqual(self.succeed("list"), "")
+        self.world.preferences.parent.mkdir(parents=True)
+        self.world.preferences.write_text("")
+        self.expect(FAILURE, "KelvoTouchDisplay cannot be read (Not a directory)", "list")
+
+    def test_too_large_a_file_is_called_so(self):
+        self.connect_in_file("Desk")
+        self.world.set_plist("Settings_Desk.plist", {})
+        os.truncate(self.world.preferences / "Settings_Desk.plist", 2**28 + 1)
+        self.expect(FAILURE, "Settings_Desk.plist is too large (more than 256 MiB)", "show", "Desk")
+        os.truncate(self.world.preferences / "Utilities.plist", 2**28 + 1)
+        self.expect(FAILURE, "Utilities.plist is too large", "list")
 
     def test_values_of_wrong_kinds_are_shown_as_they_can_be_and_nothing_fails(self):
         self.world.set_plist("Utilities.plist", {"CurrentDeviceType": ["Desk", 7, ""], "DriverEnable": "YES"})
@@ -208,6 +323,40 @@ class Changing(TouchctlTest):
         pages = next(each for each in self.settings()["GestureArray"] if each["Name"] == "SwipeBetweenPages")
         self.assertEqual((pages["SelectedIndex"], pages["IsEnable"]), (0, False))
 
+    def test_switch_and_action_can_be_given_at_once(self):
+        self.simulate("Desk")
+        self.succeed("gesture", "Desk", "SwipeBetweenPages", "off", "SwipeWithTwoOrThreeFingers")
+        self.succeed("gesture", "Desk", "MissionControl", "on", "SwipeUpWithFourFingers")
+        records = {each["Name"]: (each["IsEnable"], each["SelectedIndex"]) for each in self.settings()["GestureArray"]}
+        self.assertEqual((records["SwipeBetweenPages"], records["FullScreenApps"], records["MissionControl"],
+                          records["AppExpos\u00e9"]), ((False, 2), (True, 1), (True, 1), (True, 1)))
+        before = self.snapshot()
+        self.expect_each(USAGE, [(("gesture", "Desk", "Rotate", *deeds), hint) for deeds, hint in (
+            (("off", "fast"), "not \"fast\""), (("on", "off"), "not \"off\""),
+            (("RotateWithTwoFingers", "off"), "on, off, or one of RotateWithTwoFingers"),
+            (("off", "RotateWithTwoFingers", "on"), "gesture DEVICE NAME [on|off] [ACTION]"))])
+        self.assertEqual(self.snapshot(), before)
+
+    def test_window_that_may_undo_a_change_is_told_of_where_the_driver_does_not_tell_it(self):
+        note = "note: a settings window is open"
+
+        def changed(*displays, chosen=None):
+            utilities = {"DriverEnable": True, "CurrentDeviceType": list(displays)}
+            self.world.set_plist("Utilities.plist", {**utilities, **({"SelectDeviceName": chosen} if chosen else {})})
+            results = self.ctl_each([("set", "Desk", "rotation", "90"), ("gesture", "Desk", "Rotate", "off"),
+                                     ("import", "Desk", self.write({"RotateMode": 1}))])
+            self.assertEqual([status for status, _, _ in results], [0, 0, 0])
+            return {note in errors for _, _, errors in results}
+
+        with Peer(self.world, DRIVER):
+            self.assertEqual(changed("Desk", "Wall"), {False})
+            with Peer(self.world, PANE):
+                self.assertEqual(changed("Desk", "Wall"), {True})
+                self.assertEqual(changed("Desk", "Wall", chosen="Desk"), {True})
+                self.assertEqual(changed("Desk", "Wall", chosen="Attic"), {True})
+                self.assertEqual(changed("Desk", "Wall", chosen="Wall"), {False})
+                self.assertEqual(changed("Desk"), {False})
+
     def test_what_is_wrong_is_answered_with_what_is_right(self):
         self.simulate("Desk")
         before = self.snapshot()
@@ -222,7 +371,8 @@ class Changing(TouchctlTest):
             (("gesture", "Desk", "Fly", "on"), "there are SecondaryClick,"),
             (("gesture", "Desk", "Rotate"), "gesture DEVICE NAME"),
             (("dance",), "see --help"), ((), "see --help"), (("list", "Desk"), "list [--json]"),
-            (("doctor", "--json"), "takes no --json"), (("show", "--jason"), "see --help")])
+            (("doctor", "--json"), "takes no --json"), (("show", "--jason"), "see --help"),
+            (("gesture", "Desk", "Rotate", "on", "--force"), "takes no --force")])
         self.assertEqual(self.snapshot(), before)
 
     def test_damaged_gesture_list_is_not_sent_on(self):
@@ -231,6 +381,9 @@ class Changing(TouchctlTest):
             for damage in ("x", [7], [dict(ROTATE, SelectedIndex=5)], [dict(ROTATE, IsEnable="on")]):
                 self.world.set_plist("Settings_Desk.plist", {"GestureArray": damage})
                 self.expect(FAILURE, "GestureArray", "gesture", "Desk", "Rotate", "off")
+            for record in (dict(ROTATE, Own="x" * 2**20), dict(ROTATE, Own=nested(64))):
+                self.world.set_plist("Settings_Desk.plist", {"GestureArray": [record]})
+                self.expect(FAILURE, "do not fit into a message", "gesture", "Desk", "Rotate", "off")
             self.assertEqual(driver.received, [])
 
     def test_names_with_odd_characters_are_names_like_others(self):
@@ -299,11 +452,6 @@ class WithoutADriver(TouchctlTest):
 
 
 class Profiles(TouchctlTest):
-    def write(self, contents):
-        path = self.world.folder / "profile.plist"
-        path.write_bytes(contents if isinstance(contents, bytes) else plistlib.dumps(contents, sort_keys=False))
-        return str(path)
-
     def test_one_displays_settings_become_anothers(self):
         self.simulate("Desk", "Wall")
         for words in (("double-click-rate", "0.3"), ("right-click", "off", "1.5"), ("rotation", "180"),
@@ -343,6 +491,113 @@ class Profiles(TouchctlTest):
             self.expect(FAILURE, "cannot be read", "import", "Desk", "/nowhere")
             self.expect(FAILURE, "do not fit into a message", "import", "Desk",
                         self.write({"GestureArray": [dict(ROTATE, Own="x" * 2**20)]}))
+            self.assertEqual(driver.received, [])
+
+    def test_are_checked_whole_before_anything_is_sent(self):
+        self.connect_in_file("Desk")
+        healthy = {"DoubleClickRate": 0.5, "DoubleClickRange": 32, "RotateMode": 1, "AutoCalibration": True,
+                   "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 1.0}}
+        with Peer(self.world, DRIVER) as driver:
+            for own in ("x" * 2**20, nested(64)):
+                self.expect(FAILURE, "do not fit into a message", "import", "Desk",
+                            self.write({**healthy, "GestureArray": [dict(ROTATE, Own=own)]}))
+                self.expect(FAILURE, "do not fit into a message", "set", "Desk", "gestures",
+                            self.write({"GestureArray": [dict(ROTATE, Own=own)]}))
+            self.assertEqual(driver.received, [])
+
+    def test_onto_a_damaged_file_fail_and_leave_it(self):
+        self.simulate("Desk")
+        settings = self.world.preferences / "Settings_Desk.plist"
+        settings.write_bytes(b"damage")
+        self.expect(FAILURE, "Settings_Desk.plist is damaged", "import", "Desk", self.write({"RotateMode": 1}))
+        self.assertEqual(settings.read_bytes(), b"damage")
+
+    def test_tell_what_they_changed_and_nothing_the_second_time(self):
+        self.simulate("Desk", "Wall")
+        self.succeed("gesture", "Desk", "Rotate", "off")
+        self.succeed("set", "Desk", "rotation", "90")
+        profile = self.succeed("export", "Desk")
+        self.assertEqual(self.succeed("import", "Wall", self.write(profile.encode())), "RotateMode\nGestureArray\n")
+        self.assertEqual(self.succeed("import", "Wall", self.write(profile.encode())), "")
+        self.succeed("set", "Wall", "rotation", "0")
+        self.assertEqual(self.succeed("import", "Wall", self.write(profile.encode())), "RotateMode\n")
+
+    PAGES = {"Name": "SwipeBetweenPages", "SelectedIndex": 0, "IsEnable": True, "MoreGesture": True,
+             "Descriptor": ["ScrollLeftOrRightWithTwoFingers", "SwipeWithThreeFingers", "SwipeWithTwoOrThreeFingers"]}
+    FULL_SCREEN = {"Name": "FullScreenApps", "SelectedIndex": 0, "IsEnable": True, "MoreGesture": True,
+                   "Descriptor": ["SwipeLeftOrRightWithThreeFingers", "SwipeLeftOrRightWithFourFingers"]}
+    MISSION_CONTROL = {"Name": "MissionControl", "SelectedIndex": 0, "IsEnable": True, "MoreGesture": True,
+                       "Descriptor": ["SwipeUpWithThreeFingers", "SwipeUpWithFourFingers"]}
+    EXPOSE = {"Name": "AppExpos\u00e9", "SelectedIndex": 1, "IsEnable": True, "MoreGesture": True,
+              "Descriptor": ["SwipeDownWithThreeFingers", "SwipeDownWithFourFingers"]}
+
+    def test_with_gestures_that_the_window_never_makes_need_force(self):
+        self.simulate("Desk")
+        before = self.snapshot()
+        refused = [
+            ([dict(ROTATE, Name="Fly")], "there is no gesture \"Fly\" here"),
+            ([ROTATE, ROTATE], "the gesture \"Rotate\" is there twice"),
+            ([dict(ROTATE, Descriptor=["Twist"])], "the action \"Twist\" of Rotate is none here"),
+            ([dict(ROTATE, Descriptor=["RotateWithTwoFingers"] * 2)], "is there twice"),
+            ([dict(self.PAGES, SelectedIndex=1), self.FULL_SCREEN], "both take three fingers"),
+            ([self.FULL_SCREEN, dict(self.PAGES, SelectedIndex=2)], "both take three fingers"),
+            ([self.MISSION_CONTROL, self.EXPOSE], "do not take the same number of fingers")]
+        for gestures, hint in refused:
+            profile = self.write({"RotateMode": 3, "GestureArray": gestures})
+            self.expect(FAILURE, hint, "import", "Desk", profile)
+            self.expect(FAILURE, "--force", "set", "Desk", "gestures", profile)
+        self.assertEqual({**before, str(self.world.folder): 0}, {**self.snapshot(), str(self.world.folder): 0})
+
+        self.succeed("import", "Desk", profile, "--force")
+        self.assertEqual(self.settings()["GestureArray"], [self.MISSION_CONTROL, self.EXPOSE])
+        # What the display has by now is no longer strange to it, but for what collides.
+        self.succeed("set", "--force", "Desk", "gestures", self.write({"GestureArray": [dict(ROTATE, Name="Fly")]}))
+        self.succeed("import", "Desk", self.write({"GestureArray": [dict(ROTATE, Name="Fly", IsEnable=False)]}))
+        self.assertEqual(self.settings()["GestureArray"], [dict(ROTATE, Name="Fly", IsEnable=False)])
+
+    def test_with_gestures_that_the_window_makes_need_none(self):
+        self.simulate("Desk")
+        for gestures in ([dict(self.PAGES, SelectedIndex=1), dict(self.FULL_SCREEN, SelectedIndex=1)],
+                         [self.MISSION_CONTROL, dict(self.EXPOSE, SelectedIndex=0, IsEnable=False)],
+                         [dict(self.MISSION_CONTROL, Descriptor=["SwipeUpWithThreeFingers"]), self.EXPOSE],
+                         [dict(self.PAGES, SelectedIndex=1), dict(self.FULL_SCREEN, Descriptor=[
+                             "SwipeLeftOrRightWithThreeFingers"])],
+                         [dict(self.PAGES, Descriptor=["SwipeWithThreeFingers"], IsEnable=False), self.FULL_SCREEN]):
+            self.succeed("import", "Desk", self.write({"GestureArray": gestures}))
+            self.assertEqual(self.settings()["GestureArray"], gestures)
+
+    def test_come_from_pipes_and_go_into_them_under_a_name(self):
+        self.simulate("Desk")
+        path = self.write({"RotateMode": 2})
+
+        def bash(script):
+            return self.world.run("bash", "--norc", "-c", script, PROGRAM, path, self.world.folder)
+
+        self.assertEqual(bash("\"$0\" import Desk <(cat \"$1\")"), (0, "RotateMode\n", ""))
+        self.assertEqual(bash("\"$0\" import Desk /dev/stdin <\"$1\""), (0, "", ""))
+        self.assertEqual(bash("mkfifo \"$2/pipe\"; cat \"$1\" >\"$2/pipe\" & \"$0\" set Desk gestures \"$2/pipe\"")[0], FAILURE)
+        exported = self.succeed("export", "Desk")
+        for script in ("\"$0\" export Desk /dev/stdout | cat", "\"$0\" export Desk /dev/stdout",
+                       "\"$0\" export Desk >(cat >\"$2/out\"); wait $!; cat \"$2/out\"",
+                       "\"$0\" export Desk /dev/fd/3 3>\"$2/out\"; cat \"$2/out\"",
+                       "cat \"$2/pipe\" & \"$0\" export Desk \"$2/pipe\"; wait"):
+            self.assertEqual(bash(script), (0, exported, ""), script)
+        self.assertEqual(bash("echo before >\"$2/out\"; \"$0\" export Desk /dev/stdout >>\"$2/out\"; cat \"$2/out\""),
+                         (0, "before\n" + exported, ""))
+        self.expect(FAILURE, "cannot be written", "export", "Desk", self.world.folder)
+        self.assertEqual(bash("\"$0\" import Desk <&-")[0], FAILURE)
+
+    def test_without_end_are_given_up(self):
+        self.connect_in_file("Desk")
+        with Peer(self.world, DRIVER) as driver:
+            for name in ("/dev/zero", "-"):
+                status, _, errors = self.world.run("sh", "-c", "exec \"$0\" import Desk \"$1\" </dev/zero", PROGRAM, name)
+                self.assertEqual(status, FAILURE)
+                self.assertIn("too large; at most 16 MiB are read", errors)
+            path = self.write({"RotateMode": 1})
+            os.truncate(path, 2**24 + 1)
+            self.expect(FAILURE, "profile.plist is too large", "import", "Desk", path)
+            self.expect(FAILURE, "cannot be read (Is a directory)", "import", "Desk", self.world.folder)
             self.assertEqual(driver.received, [])
 
     def test_come_in_order_each_once(self):
@@ -419,6 +674,13 @@ class Watching(TouchctlTest):
         process.send_signal(signal.SIGINT)
         self.assertEqual(self.wait_for_end(process), 0)
 
+    def test_begins_with_the_ports_that_are_open(self):
+        with Peer(self.world, PANE), Peer(self.world, DRIVER):
+            _, lines = self.watch()
+            found = self.messages(lines, 2)
+            self.assertEqual(sorted(found, key=lambda line: line["port"]),
+                             [{"port": PANE, "state": "open"}, {"port": DRIVER, "state": "open"}])
+
     def test_ends_by_a_signal_with_success_and_without_the_bus_with_a_failure(self):
         process, _ = self.watch()
         process.send_signal(signal.SIGTERM)
@@ -488,10 +750,75 @@ class Doctor(TouchctlTest):
             self.assertEqual(self.report()[0], [
                 "SelectedMenuItem in Utilities.plist is to be a whole number",
                 "display 1: DoubleClickRate is to be a number of seconds from 0.1 to 1",
-                "display 1: RotateMode is to be 0, 1, 2 or 3, the quarter turns",
-                "the settings file of display 2 cannot be read or is damaged"])
-            (self.world.preferences / "Utilities.plist").write_bytes(b"damage")
-            self.assertEqual(self.report()[0], ["Utilities.plist cannot be read or is damaged"])
+                "display 1: RotateMode is to be a whole number of quarter turns from 0 to 3",
+                "the settings file of display 2 is damaged"])
+
+    def test_advice_on_a_damaged_list_brings_its_displays_back(self):
+        driver = self.simulate("Desk")
+        self.succeed("set", "Desk", "rotation", "90")
+        utilities = self.world.preferences / "Utilities.plist"
+        utilities.write_bytes(b"damage")
+        problems, output = self.report()
+        self.assertEqual(problems, ["Utilities.plist is damaged"])
+        fix = re.search(r"fix: repair it, or remove it: (rm .*), then end the driver and start it again\n", output)[1]
+        self.assertEqual(self.world.run("sh", "-c", fix), (0, "", ""))
+        # Half of the advice is not enough, and what is left of it is said.
+        problems, output = self.report()
+        self.assertEqual(problems, ["the driver answers, but no display is listed as connected"])
+        self.assertIn("end the driver and start it again", output)
+
+        driver.terminate()
+        wait_until(lambda: driver.poll() is not None, "the driver's end")
+        self.simulate("Desk")
+        self.assertEqual(self.report()[0], [])
+        self.assertEqual(self.succeed("get", "Desk", "rotation"), "90\n")
+
+    def test_names_a_driver_that_answers_beside_a_list_without_displays(self):
+        with Peer(self.world, DRIVER):
+            expected = ["the driver answers, but no display is listed as connected"]
+            self.assertEqual(self.report()[0], expected)
+            self.connect_in_file()
+            self.assertEqual(self.report()[0], expected)
+            self.world.set_plist("Settings_Desk.plist", {})
+            self.assertEqual(self.report()[0], expected)
+        self.assertEqual(self.report()[0], ["no driver runs: changes of settings have no effect"])
+
+    def test_recommends_nobody_the_simulator(self):
+        outputs = [self.report()[1]]
+        with Peer(self.world, DRIVER):
+            outputs.append(self.report()[1])
+        for output in outputs:
+            self.assertNotIn("kelvo-touch-driver-sim", output)
+
+    def test_names_what_may_not_be_read_once_and_calls_it_not_damaged(self):
+        self.connect_in_file("Desk")
+        self.world.set_plist("Settings_Desk.plist", {})
+        for place, mode, expected in (
+                ("Settings_Desk.plist", 0, "the settings file of display 1 cannot be read and written by its owner"),
+                ("Utilities.plist", 0, "Utilities.plist cannot be read and written by its owner"),
+                (".", 0, "the settings folder cannot be read and written by its owner"),
+                (".", 0o300, "the settings folder cannot be read and written by its owner"),
+                (".", 0o600, "the settings folder cannot be read and written by its owner"),
+                ("..", 0, "the settings folder cannot be read (Permission denied)")):
+            path = self.world.preferences / place
+            before = path.stat().st_mode
+            path.chmod(mode)
+            with Peer(self.world, DRIVER):
+                status, output, errors = self.world.run(*BOUND_BY_MODES, PROGRAM, "doctor")
+            path.chmod(before)
+            self.assertEqual((status, errors), (FINDINGS, ""), place)
+            self.assertEqual(re.findall(r"^  PROBLEM  (.*)$", output, re.MULTILINE), [expected])
+            self.assertNotIn("damaged", output)
+
+    def test_names_too_large_a_file_and_a_folder_in_a_files_place(self):
+        self.connect_in_file("Desk", "Wall")
+        self.world.set_plist("Settings_Desk.plist", {})
+        os.truncate(self.world.preferences / "Settings_Desk.plist", 2**28 + 1)
+        (self.world.preferences / "Settings_Wall.plist").mkdir(mode=0o700)
+        with Peer(self.world, DRIVER):
+            self.assertEqual(self.report()[0], [
+                "the settings file of display 1 is too large (more than 256 MiB)",
+                "the settings file of display 2 cannot be read (it is no file)"])
 
     def test_names_files_that_others_may_change_and_that_the_owner_may_not(self):
         self.connect_in_file("Desk")
@@ -545,6 +872,76 @@ class Help(TouchctlTest):
             self.assertIn(key, helps[COMMANDS.index("set")])
             self.assertIn(key.replace("-", "\\-"), page)
         self.assertRegex(self.succeed("--version"), r"^kelvo-touchctl \d+\.\d+\.\d+\n$")
+
+    DOCS = pathlib.Path(SOURCE) / "docs"
+
+    def document(self, name):
+        """The text of a document, a manual page without what sets its type, on one line for each paragraph."""
+        text = (self.DOCS / name).read_text(encoding="utf-8")
+        if name.endswith(".1"):
+            text = re.sub(r"\\f[RBI]", "", text).replace("\\-", "-").replace('" ', "").replace(' "', "")
+            text = re.sub(r"(?m)^\.(B|I|BR|BI|IR|RI) ", "", text)
+        return re.sub(r"(?<=[^\n|])\n(?=[^\n|.])", " ", text)
+
+    def test_synopses_are_those_of_the_manual_page(self):
+        page = re.sub(r"\\f[RBI]", "", (self.DOCS / "man/kelvo-touchctl.1").read_text(encoding="utf-8"))
+        listed = [line.replace("\\-", "-") for line in re.findall(r"(?m)^\.TP\n\.B (.*)", page.split(".SH KEYS")[0])]
+        usages = [text.splitlines()[0].removeprefix("Usage: kelvo-touchctl ").strip()
+                  for text in self.succeed_each([(command, "--help") for command in COMMANDS])]
+        self.assertEqual(listed[:-1], usages)
+
+    def test_statuses_are_those_of_the_documents_in_the_same_words(self):
+        [*helps, everything] = self.succeed_each([*((command, "--help") for command in COMMANDS), ("--help",)])
+        statuses = re.findall(r"(?m)^  (\d)  (.*)$", everything.split("Exit status:\n")[1])
+        self.assertEqual([int(number) for number, _ in statuses],
+                         [0, FAILURE, USAGE, NO_DRIVER, NO_DEVICE, FINDINGS])
+        for text in helps:
+            self.assertEqual(re.findall(r"(?m)^  (\d)  (.*)$", text.split("Exit status:\n")[1]), statuses)
+
+        page = self.document("man/kelvo-touchctl.1").split(".SH EXIT STATUS")[1].split(".PP")[0]
+        listed = re.findall(r"\.TP (\d) (.*?)\.$", page.strip().replace("\n", " ").replace(" .TP", "\n.TP"), re.MULTILINE)
+        self.assertEqual([(number, text[0].lower() + text[1:]) for number, text in listed], statuses)
+
+        fleet = (self.DOCS / "FLEET.md").read_text(encoding="utf-8")
+        self.assertEqual(re.findall(r"(?m)^\| (\d) \| ([^|]*) \|", fleet), statuses)
+
+    def test_bounds_are_those_of_the_documents(self):
+        text = self.succeed("set", "--help")
+        spans = {key: re.search(rf"(?m)^  {key} .* ([\d.]+ to [\d.]+)$", text)[1]
+                 for key in ("double-click-rate", "double-click-range", "right-click", "long-press")}
+        pixels = re.search(r"(?m)^  calibration .* up to (\d+ by \d+)$", text)[1]
+        width, height = pixels.split(" by ")
+
+        page = self.document("man/kelvo-touchctl.1")
+        for key, span in spans.items():
+            self.assertRegex(page, rf"\.TP {key} (?:(?!\.TP).)*, {re.escape(span)}[.;]")
+        self.assertIn(f"so many pixels, up to {pixels}.", page)
+        guide = self.document("USER-GUIDE.md")
+        for words in (f"type a number from {spans['double-click-range']}.", f"from {spans['long-press']} seconds.",
+                      f"The width is at most {width} and the height at most {height};"):
+            self.assertIn(words, guide)
+        driver = self.document("WRITING-A-DRIVER.md")
+        for words in (f"seconds between the two clicks, {spans['double-click-rate']} |",
+                      f"`DoubleClickRange`: {spans['double-click-range']},",
+                      f"`RightClickTimeIntelval` real: seconds, {spans['long-press']}}} |",
+                      f"`OSDHeight` real}}: pixels, up to {pixels} |"):
+            self.assertIn(words, driver)
+
+    def test_bounds_of_the_help_are_kept(self):
+        self.simulate("Desk")
+        text = self.succeed("set", "--help")
+        for key, prefix in (("double-click-rate", ()), ("double-click-range", ()), ("right-click", ("on",)),
+                            ("long-press", ())):
+            least, most = re.search(rf"(?m)^  {key} .* ([\d.]+) to ([\d.]+)$", text).groups()
+            step = 1 if key == "double-click-range" else 0.01
+            for value in (least, most):
+                self.succeed("set", "Desk", key, *prefix, value)
+            self.expect_each(USAGE, [(("set", "Desk", key, *prefix, f"{value:g}"), f"from {least} to {most}")
+                                     for value in (float(least) - step, float(most) + step)])
+        width, height = map(int, re.search(r"up to (\d+) by (\d+)\n", text).groups())
+        self.succeed("set", "Desk", "calibration", "manual", f"{width}", f"{height}")
+        self.expect_each(USAGE, [(("set", "Desk", "calibration", "manual", f"{width + over}", f"{height + 1 - over}"),
+                                  "a number of pixels from 0 to") for over in (0, 1)])
 
     def test_manual_pages_are_without_a_warning(self):
         for page in sorted((pathlib.Path(SOURCE) / "docs/man").glob("*.1")):
@@ -602,6 +999,14 @@ class Completion(TouchctlTest):
 
         self.assertEqual(after(""), list(COMMANDS))
         self.assertEqual(after("s"), ["show", "set"])
+        self.assertEqual(after("list", ""), ["--json", "--help"])
+        self.assertEqual(after("watch", ""), ["--help"])
+        self.assertEqual(after("import", "Desk", "--"), ["--force", "--help"])
+        self.assertEqual(after("--v"), ["--version"])
+        self.assertEqual(after("gesture", "Desk", "Rotate", "off", ""), ["RotateWithTwoFingers"])
+        self.assertEqual(after("get", "A"), ["Attic"])
+        self.assertEqual(after("get", "Desk", "d"), ["double-click-rate", "double-click-range", "driver-version"])
+        self.assertEqual(after("show", "--json", "D"), ["Desk"])
         self.assertEqual(after("set", ""), ["Desk", "Wall\\ 2"])
         self.assertEqual(after("show", "A"), ["Attic"])
         self.assertEqual(after("set", "\"W"), ["Wall 2"])
@@ -619,6 +1024,9 @@ class Completion(TouchctlTest):
         self.assertEqual(after(""), list(COMMANDS))
         self.assertEqual(after("set", ""), ["Desk", "Wall 2"])
         self.assertEqual(after("export", ""), ["Desk", "Wall 2", "Attic"])
+        self.assertEqual(after("doctor", ""), ["--help"])
+        self.assertEqual(after("set", "-"), ["--force", "--help"])
+        self.assertEqual(after("get", "Wall\\ 2", "driver")[-1], "driver-version")
         self.assertEqual(after("set", "Wall\\ 2", "rotation", ""), ["0", "90", "180", "270"])
         self.assertIn("AppExpos\u00e9", after("gesture", "Desk", ""))
         self.assertEqual(after("gesture", "'Wall 2'", "Rotate", ""), ["on", "off", "RotateWithTwoFingers"])
@@ -630,6 +1038,9 @@ class Completion(TouchctlTest):
                             self.COMPLETIONS / "kelvo-touchctl.fish", line)
 
         self.assertEqual(after("kelvo-touchctl s"), ["set", "show"])
+        self.assertEqual(after("kelvo-touchctl list "), ["--help", "--json"])
+        self.assertEqual(after("kelvo-touchctl show --j"), ["--json"])
+        self.assertEqual(after("kelvo-touchctl get Desk dri"), ["driver-version"])
         self.assertEqual(after("kelvo-touchctl set D"), ["Desk"])
         self.assertEqual(after("kelvo-touchctl set W"), ["Wall 2"])
         self.assertEqual(after("kelvo-touchctl set 'Wall 2' ro"), ["rotation"])
@@ -638,7 +1049,8 @@ class Completion(TouchctlTest):
         self.assertEqual(after("kelvo-touchctl gesture Desk Rotate o"), ["off", "on"])
 
     def test_nothing_is_offered_where_nothing_is_known(self):
-        for words in (("list",), ("set", "Nowhere", "unknown"), ("gesture", "Desk", "Rotate", "on"), ("dance", "")):
+        for words in (("set", "Nowhere", "unknown"), ("gesture", "Desk", "Rotate", "fast"), ("import", "Desk"),
+                      ("dance", ""), ("complete", "")):
             self.assertEqual(self.succeed("complete", "--", *words), "")
         (self.world.preferences / "Utilities.plist").write_bytes(b"damage")
         self.assertEqual(self.succeed("complete", "--", "set"), "")

@@ -3,12 +3,13 @@
 
 _kelvo_touchctl() {
     local current=${COMP_WORDS[COMP_CWORD]} quote='' word
-    local before=() candidates=()
+    local before=() asked=() candidates=()
     # The shell hands on the words as they were typed; the program takes them without their quotes.
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         before+=("$(printf '%s' "$word" | xargs printf '%s' 2>/dev/null)")
     done
-    mapfile -t candidates < <("${COMP_WORDS[0]}" complete -- "${before[@]}" 2>/dev/null)
+    [[ $current == -* ]] && asked=(--options)
+    mapfile -t candidates < <("${COMP_WORDS[0]}" complete "${asked[@]}" -- "${before[@]}" 2>/dev/null)
     [[ $current == [\"\']* ]] && quote=${current:0:1}
     COMPREPLY=()
     for word in "${candidates[@]}"; do

@@ -2,7 +2,9 @@
 
 function __kelvo_touchctl_candidates
     set --local words (commandline --current-process --tokenize --cut-at-cursor)
-    $words[1] complete -- $words[2..-1] 2>/dev/null
+    set --local asked
+    string match --quiet -- '-*' (commandline --current-token) && set asked --options
+    $words[1] complete $asked -- $words[2..-1] 2>/dev/null
 end
 
 # Where there is nothing to offer, a file's name is meant.
