@@ -6,6 +6,7 @@ from gi.repository import GLib
 
 NAME, PATH = "com.kelvo.TouchDisplay.{}", "/com/kelvo/TouchDisplay/MessagePort"
 INTERFACE = "com.kelvo.TouchDisplay.MessagePort"
+PANE = NAME.format("PreferenceMessagePort")
 FOLDER = pathlib.Path.home() / "Library/Preferences/KelvoTouchDisplay"
 DEFAULTS = {"DoubleClickRange": 32, "DoubleClickRate": 0.5, "RotateMode": False, "DriverVersion": "1.0"}
 UTILITIES = {"SelectedMenuItem": 0, "IsShowStatuMenu": True, "DriverEnable": True, "CurrentDeviceType": [],
@@ -19,23 +20,36 @@ def merge(file, items, defaults={}):
     new.write_bytes(plistlib.dumps({**contents, **items}, sort_keys=False))
     os.replace(new, path)
 
+def process_of(name):
+    try:
+        return bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                 "GetConnectionUnixProcessID", "s", (name,))
+    except dbus.DBusException:  # nobody has the name
+        return None
+
 class Driver(dbus.service.Object):
-    @dbus.service.method(INTERFACE, in_signature="iay", out_signature="ay", byte_arrays=True)
-    def Send(self, message_id, data):
-        GLib.idle_add(self.apply, int(message_id), bytes(data))  # answer first: the sender waits one second
+    @dbus.service.method(INTERFACE, in_signature="iay", out_signature="ay", byte_arrays=True, sender_keyword="sender")
+    def Send(self, message_id, data, sender):
+        is_panes = process_of(sender) == process_of(PANE)  # while the sender is there
+        GLib.idle_add(self.apply, int(message_id), bytes(data), is_panes)  # answer first: the sender waits one second
         return dbus.ByteArray(b"")
 
-    def apply(self, message_id, data):
+    def apply(self, message_id, data, is_panes):
         try:
             change = plistlib.loads(data)
             if message_id in (0, 1, 2, 3, 5, 6) and change.pop("DeviceName", None) == display:
                 merge(f"Settings_{display}.plist", change)  # and here: have the device do it
+                if not is_panes:
+                    tell_pane(True)  # what the pane shows is no longer so
         except Exception as error:  # whatever a peer sends, the driver lives on
             print(f"message {message_id} ignored: {error!r}", file=sys.stderr)
 
 def connect(is_connected):
     merge("Utilities.plist", {"CurrentDeviceType": [display] if is_connected else []}, UTILITIES)  # the file first
-    call = dbus.lowlevel.MethodCallMessage(NAME.format("PreferenceMessagePort"), PATH, INTERFACE, "Send")
+    tell_pane(is_connected)
+
+def tell_pane(is_connected):
+    call = dbus.lowlevel.MethodCallMessage(PANE, PATH, INTERFACE, "Send")
     call.set_auto_start(False)
     call.append(7, plistlib.dumps({"IsConnected": is_connected}), signature="iay")
     bus.send_message(call)  # a pane that does not run needs no telling

@@ -79,6 +79,23 @@ class AgainstTheCommandLine(unittest.TestCase):
         self.assertEqual(self.world.plist("Settings_Wänd 2.plist"), {
             "DoubleClickRange": 32, "DoubleClickRate": 0.5, "RotateMode": False, "DriverVersion": "1.0"})
 
+    def test_tells_the_pane_of_changes_that_are_not_its_own(self):
+        process = self.start()
+        # By its answer it has told of its display.
+        self.world.send(DRIVER, 99, b"")
+        with Peer(self.world, PANE) as pane:
+            # This process has the pane's port, so what it sends, on whatever connection, is the pane's own.
+            self.assertEqual(self.world.send(DRIVER, 3, {"RotateMode": 3, "DeviceName": "Desk"}), b"")
+            wait_until(lambda: self.world.plist("Settings_Desk.plist")["RotateMode"] == 3, "the pane's own change")
+            self.ctl("set", "Desk", "rotation", "90")
+            self.assertEqual(self.world.plist("Settings_Desk.plist")["RotateMode"], 1)
+            self.world.send(DRIVER, 3, b"damage")
+            self.ctl("set", "Desk", "rotation", "0")
+            process.send_signal(signal.SIGTERM)
+            wait_until(lambda: process.poll() is not None and len(pane.received) >= 3, "the driver's end")
+        self.assertEqual([(number, plistlib.loads(data)) for number, data in pane.received],
+                         [(7, {"IsConnected": is_connected}) for is_connected in (True, True, False)])
+
     def test_lives_on_whatever_it_is_sent(self):
         self.start()
         before = self.world.plist("Settings_Desk.plist")
