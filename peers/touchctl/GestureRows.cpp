@@ -77,8 +77,10 @@ bool isSwitch(const std::string& deed) { return deed == "on" || deed == "off"; }
                   nameOf(row) + " can be on, off, or one of " + listed(actionsOf(row)) + ", not \"" + deed + "\"");
 }
 
-/// The menu's item for an action.
-int itemFor(const Row& row, const std::string& action) {
+/// The menu's item for the action among the deeds; none where they only switch.
+std::optional<int> itemFor(const Row& row, const Words& deeds) {
+    const std::string& action = deeds.back();
+    if (deeds.size() == 1 && isSwitch(action)) return std::nullopt;
     const std::vector<std::string> actions = actionsOf(row);
     const auto found = std::find(actions.begin(), actions.end(), action);
     if (found == actions.end()) refuse(row, action);
@@ -102,11 +104,9 @@ NSMutableArray gestureListOf(const NSMutableDictionary& settings) {
 void changeGesture(const std::string& name, const Words& deeds) {
     const std::vector<Row> rows = rowsOf(gSettings);
     const Row& row = rowNamed(rows, name);
-    const bool hasSwitch = isSwitch(deeds.front());
     // What is switched and how it is made are each said once.
-    if (deeds.size() > 1 && !hasSwitch) refuse(row, deeds[0] + " " + deeds[1]);
-    const bool hasAction = deeds.size() > 1 || !hasSwitch;
-    const std::optional<int> item = hasAction ? std::optional(itemFor(row, deeds.back())) : std::nullopt;
+    if (deeds.size() > 1 && !isSwitch(deeds.front())) refuse(row, deeds[0] + " " + deeds[1]);
+    const std::optional<int> item = itemFor(row, deeds);
     auto& menu = outletOf<platform::NSPopUpButton>(*row, "m_gestures");
     outletOf<platform::NSButton>(*row, "clickBtn").setState(deeds.front() == "off" ? 0 : 1);
     if (item) menu.selectItemAtIndex(*item);
