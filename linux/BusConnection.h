@@ -4,7 +4,9 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -15,6 +17,16 @@ struct BusCloser {
     void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
 };
 using Bus = std::unique_ptr<sd_bus, BusCloser>;
+
+struct SlotReleaser {
+    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
+};
+/// What was asked of the bus and is still to be told; letting go of it calls it off.
+using BusSlot = std::unique_ptr<sd_bus_slot, SlotReleaser>;
+
+/// For a call whose deadline is the caller's own: the library's would not begin before the bus has accepted the
+/// connection.
+inline constexpr auto kNoTimeout = std::numeric_limits<std::uint64_t>::max();
 
 /// One connection to the message bus, driven by the run loop. Nothing here waits: connecting, authentication and all
 /// traffic go on while the loop runs. A connection that was lost stays closed; its owner opens another.

@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <limits>
 #include <utility>
 
 namespace kelvo {
@@ -23,12 +22,6 @@ namespace {
 
 /// A port that nobody takes messages from refuses more than these, to bound what it holds.
 constexpr std::size_t kLongestQueue = 4096;
-/// The wait for a reply is ours, not the library's.
-constexpr auto kNoTimeout = std::numeric_limits<std::uint64_t>::max();
-struct SlotReleaser {
-    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-};
-using BusSlot = std::unique_ptr<sd_bus_slot, SlotReleaser>;
 
 /// The array of bytes that comes next in `message`; negative when it is none. Throws when there is no memory.
 int readData(sd_bus_message* message, NSData& data) {
@@ -66,7 +59,7 @@ void readAnswer(sd_bus_message* reply, Answer& answer) {
     const sd_bus_error* error = sd_bus_message_get_error(reply);
     if (!error) {
         if (readData(reply, answer.data) >= 0) answer.status = CFMessagePortStatus::Success;
-    } else if (sd_bus_error_has_names(error, SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER)) {
+    } else if (isNameAbsent(*error)) {
         answer.status = CFMessagePortStatus::IsInvalid;
     }
 }
@@ -175,6 +168,8 @@ public:
     [[nodiscard]] bool open() { return service_->open(); }
     /// From now on the messages are those of `port`.
     void attach(platform::CFMessagePort& port) { port_ = &port; }
+    /// Whoever sent the message that is being handled.
+    [[nodiscard]] const std::string& sender() const { return sender_; }
     /// Gives the name and all messages up.
     void close();
 
@@ -186,6 +181,7 @@ private:
     struct Message {
         std::int32_t id = 0;
         NSData data;
+        std::string sender;
     };
 
     static const sd_bus_vtable vtable[];
@@ -200,6 +196,7 @@ private:
     std::shared_ptr<BusService> service_;
 
     std::deque<Message> queue_;
+    std::string sender_;
     const platform::CFRunLoopSource* source_ = nullptr;
     CFRunLoop* deliveryLoop_ = nullptr;
     std::shared_ptr<platform::NSTimer> delivery_;
@@ -237,6 +234,7 @@ int Mailbox::receive(sd_bus_message* call) {
     if (result >= 0) result = readData(call, message.data);
     if (result >= 0) result = sd_bus_reply_method_return(call, kReplySignature, 0);
     if (result < 0) return result;
+    if (const char* sender = sd_bus_message_get_sender(call)) message.sender = sender;
     queue_.push_back(std::move(message));
     deliverSoon();
     return 1;
@@ -269,7 +267,10 @@ void Mailbox::deliver() {
         const Message message = std::move(queue_.front());
         queue_.pop_front();
         deliverSoon();
+        // A message may be handled within the handling of another.
+        const std::string senderBefore = std::exchange(sender_, message.sender);
         callBack_(*port_, message.id, message.data);
+        sender_ = senderBefore;
     }
 }
 
@@ -302,6 +303,7 @@ public:
     std::unique_ptr<platform::CFRunLoopSource> createRunLoopSource() override {
         return std::make_unique<MailboxSource>(mailbox_);
     }
+    [[nodiscard]] std::string sender() const override { return mailbox_->sender(); }
 
 private:
     std::shared_ptr<Mailbox> mailbox_;

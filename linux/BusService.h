@@ -44,8 +44,10 @@ public:
     [[nodiscard]] bool open();
     /// Gives the name up.
     void close();
-    /// Sends what has been queued.
+    /// Sends what has been queued. Not to be called from a callback of sd-bus.
     void process();
+    /// The connection for signals and calls of one's own; null while there is none. What hangs on it goes with it.
+    [[nodiscard]] sd_bus* bus() const { return isConnected() ? connection_->bus() : nullptr; }
 
 private:
     enum class NameState { Requested, Owned, Refused };

@@ -2,8 +2,6 @@
 
 #include "linux/BusService.h"
 
-#include <cstdint>
-#include <limits>
 #include <utility>
 
 namespace kelvo {
@@ -11,8 +9,6 @@ namespace kelvo {
 namespace {
 
 constexpr double kPatienceSeconds = 0.5;
-/// The deadline is ours: the library's would not begin before the bus has accepted the connection.
-constexpr auto kNoTimeout = std::numeric_limits<std::uint64_t>::max();
 
 /// Whether nobody was there to answer, or no longer when the answer was due.
 bool meansNobody(const sd_bus_error* error) {

@@ -33,10 +33,6 @@ public:
     void ask(std::function<void(PortAnswer)> tell);
 
 private:
-    struct SlotReleaser {
-        void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-    };
-
     static int onReply(sd_bus_message* reply, void* probe, sd_bus_error* error) noexcept;
 
     [[nodiscard]] bool call();
@@ -48,7 +44,7 @@ private:
     std::string address_;
     std::function<void(PortAnswer)> tell_;
     std::shared_ptr<BusConnection> connection_;
-    std::unique_ptr<sd_bus_slot, SlotReleaser> slot_;
+    BusSlot slot_;
     std::shared_ptr<platform::NSTimer> deadline_;
     std::optional<PortAnswer> answer_;
 };

@@ -1,154 +1,136 @@
 #include "peers/driver/DriverSimulator.h"
 
-#include "TDNames.h"
-#include "TDUtilities.h"
-#include "peers/JsonLine.h"
-#include "peers/MessageNames.h"
-#include "platform/Log.h"
+#include "peers/driver/SystemGestures.h"
 
-#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <ctime>
+#include <limits>
 #include <optional>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
 
 namespace kelvo {
 
 namespace {
 
-using platform::NSMutableArray;
-using platform::NSMutableDictionary;
-using platform::Value;
+using Words = ControlCommand::Words;
 
-/// With the names that the settings files add, a file name on Linux ends at 255 bytes.
-constexpr std::size_t kLongestName = 200;
-
-/// A display's name becomes part of a file's name, and of lines that are shown.
-void checkName(const std::string& name) {
-    const auto isUnfit = [](char c) { return c == '/' || static_cast<unsigned char>(c) < 0x20; };
-    if (name.empty() || name.size() > kLongestName || std::any_of(name.begin(), name.end(), isUnfit)) {
-        throw std::runtime_error("a display's name has 1 to 200 bytes, none of them \"/\" or a control character");
-    }
+/// A number that is the whole of `text`; none when it is no number.
+template <typename Number>
+std::optional<Number> wholeNumber(const std::string& text) {
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return number;
 }
 
-NSMutableDictionary withoutDeviceName(const NSMutableDictionary& payload) {
-    auto items = NSMutableDictionary::dictionary();
-    for (const std::string& key : payload.allKeys()) {
-        if (key != keys::deviceName) items.setObjectForKey(payload.objectForKey(key), key);
+/// Does nothing at all, but for the signals that end the process.
+void standStill(double seconds) {
+    const double whole = std::floor(seconds);
+    const timespec duration{static_cast<time_t>(whole), static_cast<long>((seconds - whole) * 1e9)};
+    nanosleep(&duration, nullptr);
+}
+
+/// Answers nothing for a while: the whole process stands still, as a driver that hangs does.
+std::string hang(const std::string& secondsText) {
+    constexpr double kLongest = 600.0;
+    const auto seconds = wholeNumber<double>(secondsText);
+    if (!seconds || !(*seconds > 0.0 && *seconds <= kLongest)) {
+        throw std::runtime_error("\"hang\" takes a number of seconds, more than 0 and up to 600");
     }
-    return items;
+    // Later, so that whoever gave the command still has its answer.
+    platform::CFRunLoop::getCurrent().scheduleTimer(0.0, [duration = *seconds] { standStill(duration); });
+    return "hanging for " + secondsText + " s";
+}
+
+std::uint64_t monotonicMicroseconds() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000U + static_cast<std::uint64_t>(now.tv_nsec) / 1'000U;
+}
+
+/// The glass of every simulated display, in millimetres: 24 inches across, 16 to 9.
+constexpr double kGlassWidth = 531.0;
+constexpr double kGlassHeight = 299.0;
+
+/// The finger that a word "X,Y" puts on the glass.
+ContactFrame::Contact contactAt(const std::string& place, std::int32_t id) {
+    const std::size_t comma = place.find(',');
+    const auto x = wholeNumber<double>(place.substr(0, comma));
+    const auto y = comma == std::string::npos ? std::nullopt : wholeNumber<double>(place.substr(comma + 1));
+    const auto isOnGlass = [](const std::optional<double>& part) { return part && *part >= 0.0 && *part <= 1.0; };
+    if (!isOnGlass(x) || !isOnGlass(y)) {
+        throw std::runtime_error("a finger is at X,Y, two numbers from 0 to 1, such as 0.5,0.25");
+    }
+    return {id, *x, *y};
 }
 
 } // namespace
 
 DriverSimulator::DriverSimulator(std::function<void(const std::string&)> printLine)
-    : printLine_(std::move(printLine)) {}
+    : core_(*this, std::move(printLine), ownCommands()) {}
 
-bool DriverSimulator::start() {
-    port_ = platform::CFMessagePorts::current().createLocal(
-        kTouchDisplayDriverPortName, [this](platform::CFMessagePort&, std::int32_t messageId,
-                                            std::span<const std::uint8_t> data) { receive(messageId, data); });
-    if (!port_) return false;
-    source_ = port_->createRunLoopSource();
-    platform::CFRunLoop::getCurrent().addSource(*source_);
+std::vector<ControlCommand> DriverSimulator::ownCommands() {
+    return {
+        {"connect", 1, 1,
+         [this](const Words& words) {
+             core_.connect(words[0]);
+             return core_.status();
+         }},
+        {"disconnect", 1, 1,
+         [this](const Words& words) {
+             core_.disconnect(words[0]);
+             return core_.status();
+         }},
+        {"show-tab", 1, 1,
+         [this](const Words& words) {
+             const auto index = wholeNumber<std::int64_t>(words[0]);
+             if (!index) throw std::runtime_error("\"show-tab\" takes the number of a tab, 0 to 3");
+             core_.showTab(*index);
+             return core_.status();
+         }},
+        {"system-gesture", 2, 2,
+         [this](const Words& words) {
+             setSystemGesture(words[0], words[1]);
+             core_.applySettingsAnew();
+             return systemGestureStates();
+         }},
+        {"hang", 1, 1, [](const Words& words) { return hang(words[0]); }},
+        {"contacts", 1, std::numeric_limits<std::size_t>::max(),
+         [this](const Words& words) {
+             layFingers(words[0], Words(words.begin() + 1, words.end()));
+             return core_.status();
+         }},
+    };
+}
 
-    const NSMutableDictionary utilities = readUtilitiesDictionary();
-    const Value enabled = utilities.objectForKey(keys::driverEnable);
-    isDriverEnabled_ = !enabled || enabled.boolValue();
-    if (utilities.objectForKey(keys::currentDeviceType).array().count() > 0) {
-        tellOfDisconnection();
-    } else {
-        saveState();
+/// One frame with a finger at each place, the first of which is contact 1.
+void DriverSimulator::layFingers(const std::string& name, const Words& places) {
+    if (!core_.isConnected(name)) throw std::runtime_error("\"" + name + "\" is not connected; see \"status\"");
+    ContactFrame frame{monotonicMicroseconds(), kGlassWidth, kGlassHeight, {}};
+    for (const std::string& place : places) {
+        frame.contacts.push_back(contactAt(place, static_cast<std::int32_t>(frame.contacts.size()) + 1));
     }
-    return true;
+    core_.sendFrame(name, frame);
 }
 
-void DriverSimulator::stop() {
-    if (std::exchange(devices_, {}).empty()) return;
-    tellOfDisconnection();
+// Nobody's finger is on a display that is a name, so there is nothing to apply.
+
+void DriverSimulator::setSettings(const std::string& /*name*/, const platform::NSMutableDictionary& /*settings*/) {}
+
+void DriverSimulator::forget(const std::string& /*name*/) {}
+
+void DriverSimulator::setDriverEnabled(bool /*isEnabled*/) {}
+
+void DriverSimulator::setWatched(const std::string& /*name*/, bool /*isWatched*/) {}
+
+void DriverSimulator::beginRecording(const std::string& /*name*/, const std::string& /*path*/) {
+    throw std::runtime_error("a simulated display has no fingers to record");
 }
 
-void DriverSimulator::connect(const std::string& name) {
-    checkName(name);
-    if (isConnected(name)) throw std::runtime_error("\"" + name + "\" is connected already; see \"status\"");
-    if (!readSettingItemsFromPlist(getSettingsFilePath(name))) {
-        throw std::runtime_error("the settings file " + getSettingsFilePath(name) +
-                                 " cannot be read or made; repair or remove it");
-    }
-    devices_.push_back(name);
-    tellPane(kMessageIDForDeviceIsConnected,
-             NSMutableDictionary::dictionaryWithObjectsAndKeys({{true, keys::isConnected}}));
-}
-
-void DriverSimulator::disconnect(const std::string& name) {
-    if (!isConnected(name)) throw std::runtime_error("\"" + name + "\" is not connected; see \"status\"");
-    std::erase(devices_, name);
-    tellOfDisconnection();
-}
-
-void DriverSimulator::setDriverEnabled(bool enabled) {
-    isDriverEnabled_ = enabled;
-    tellPane(COMMAND_DRIVER_DISABLE,
-             NSMutableDictionary::dictionaryWithObjectsAndKeys({{enabled, keys::driverEnable}}));
-}
-
-void DriverSimulator::showTab(std::int64_t index) {
-    tellPane(kMessageIDForSelectedMenuItem,
-             NSMutableDictionary::dictionaryWithObjectsAndKeys({{index, keys::selectedMenuItem}}));
-}
-
-std::string DriverSimulator::status() const {
-    return jsonLine(
-        NSMutableDictionary::dictionaryWithObjectsAndKeys({{deviceList(), "devices"}, {isDriverEnabled_, "enabled"}}));
-}
-
-void DriverSimulator::receive(std::int32_t messageId, std::span<const std::uint8_t> data) {
-    const NSMutableDictionary payload = Helpers::NSMutableDictionary::dictionaryWithContentsOfData(data);
-    auto line = NSMutableDictionary::dictionaryWithObjectsAndKeys({{messageId, "id"}});
-    const std::string_view name = nameOfMessage(kTouchDisplayDriverPortName, messageId);
-    if (!name.empty()) line.setObjectForKey(name, "name");
-    line.setObjectForKey(payload, "payload");
-    // Stored first, so that whoever reads the line finds the file as it says.
-    if (!name.empty()) store(payload);
-    printLine_(jsonLine(line));
-}
-
-/// Only a display that is connected has settings to change; any other name would make a file of its own.
-void DriverSimulator::store(const NSMutableDictionary& payload) const {
-    const auto name = payload.objectForKey(keys::deviceName).string();
-    if (!name || !isConnected(*name)) return;
-    if (!saveSettingItemsToPlist(withoutDeviceName(payload), getSettingsFilePath(name))) {
-        platform::NSLog("%@ cannot be read or written; repair or remove it", getSettingsFilePath(name));
-    }
-}
-
-bool DriverSimulator::isConnected(const std::string& name) const {
-    return std::find(devices_.begin(), devices_.end(), name) != devices_.end();
-}
-
-void DriverSimulator::saveState() const {
-    const auto state = NSMutableDictionary::dictionaryWithObjectsAndKeys(
-        {{deviceList(), keys::currentDeviceType}, {isDriverEnabled_, keys::driverEnable}});
-    if (!saveSettingItemsToPlist(state, getUilitiesFilePath())) {
-        throw std::runtime_error(getUilitiesFilePath() + " cannot be read or written; repair or remove it");
-    }
-}
-
-void DriverSimulator::tellOfDisconnection() const {
-    tellPane(kMessageIDForDeviceIsConnected,
-             NSMutableDictionary::dictionaryWithObjectsAndKeys({{false, keys::isConnected}}));
-}
-
-/// The pane takes the state from the file when it hears of a change, so the file comes first.
-void DriverSimulator::tellPane(std::int32_t messageId, const NSMutableDictionary& payload) const {
-    saveState();
-    sendToPort(kPreferencePortName, payload, messageId);
-}
-
-NSMutableArray DriverSimulator::deviceList() const {
-    auto list = NSMutableArray::arrayWithObjects();
-    for (const std::string& name : devices_) list.addObject(name);
-    return list;
+void DriverSimulator::endRecording(const std::string& name) {
+    throw std::runtime_error("\"" + name + "\" is not being recorded");
 }
 
 } // namespace kelvo

@@ -1,24 +1,23 @@
 #include "linux/PollRunLoop.h"
 #include "linux/TerminationSignals.h"
+#include "peers/DriverCommand.h"
 #include "peers/PeerPlatform.h"
-#include "peers/driver/ControlChannel.h"
 #include "peers/driver/DriverSimulator.h"
-#include "peers/driver/SystemGestures.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <ctime>
 #include <exception>
 #include <iostream>
-#include <optional>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr char kUsage[] = R"(Usage: kelvo-touch-driver-sim [run] [--connect NAME]... [--system-gestures]
+constexpr char kProgram[] = "kelvo-touch-driver-sim";
+
+constexpr char kUsage[] = R"(Usage: kelvo-touch-driver-sim [run] [--connect NAME]...
        kelvo-touch-driver-sim COMMAND
 
 Stands in for the driver of a touch display. "run" starts it in the foreground; it prints each message that the
@@ -27,6 +26,13 @@ settings pane sends as one line of JSON, and ends with Ctrl-C. The commands are 
   connect NAME      connect a display
   disconnect NAME   disconnect it
   enable, disable   switch the driver on or off
+  finger NAME touch|pointer
+                    pass one finger on as a touch, or as the pointer with its button
+  record NAME [FILE]
+                    record what the fingers do into a file, or end that; a simulated display has none
+  contacts NAME [X,Y]...
+                    lay fingers at these places of the glass, each from 0 to 1, and lift all others; whoever watches
+                    the display sees them
   show-tab N        have the pane show a tab (0 calibration, 1 touch, 2 hardware, 3 version)
   system-gesture NAME on|off
                     switch one of the system's own gestures in the home's preference files, which the pane follows when
@@ -35,124 +41,66 @@ settings pane sends as one line of JSON, and ends with Ctrl-C. The commands are 
   status            print what is connected
 
   --connect NAME    with "run": begin with this display connected
-  --system-gestures with "run": first make the system's preference files, all gestures on, where there are none
   --help, --version print this, or the version
 )";
 
-/// A number that is the whole of `text`; none when it is no number.
-template <typename Number>
-std::optional<Number> wholeNumber(const std::string& text) {
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return number;
-}
-
-/// Does nothing at all, but for the signals that end the process.
-void standStill(double seconds) {
-    const double whole = std::floor(seconds);
-    const timespec duration{static_cast<time_t>(whole), static_cast<long>((seconds - whole) * 1e9)};
-    nanosleep(&duration, nullptr);
-}
-
-/// Answers nothing for a while: the whole process stands still, as a driver that hangs does.
-std::string hang(const std::string& secondsText) {
-    constexpr double kLongest = 600.0;
-    const auto seconds = wholeNumber<double>(secondsText);
-    if (!seconds || !(*seconds > 0.0 && *seconds <= kLongest)) {
-        throw std::runtime_error("\"hang\" takes a number of seconds, more than 0 and up to 600");
-    }
-    // Later, so that whoever gave the command still has its answer.
-    platform::CFRunLoop::getCurrent().scheduleTimer(0.0, [duration = *seconds] { standStill(duration); });
-    return "hanging for " + secondsText + " s";
-}
-
-std::string performCommand(kelvo::DriverSimulator& driver, const Words& words) {
-    const std::string command = words.empty() ? "" : words[0];
-    const auto is = [&](const char* name, std::size_t arguments) {
-        if (command != name) return false;
-        if (words.size() != arguments + 1)
-            throw std::runtime_error("\"" + command + "\" takes another number of words; see --help");
-        return true;
-    };
-    if (is("connect", 1)) {
-        driver.connect(words[1]);
-    } else if (is("disconnect", 1)) {
-        driver.disconnect(words[1]);
-    } else if (is("enable", 0)) {
-        driver.setDriverEnabled(true);
-    } else if (is("disable", 0)) {
-        driver.setDriverEnabled(false);
-    } else if (is("show-tab", 1)) {
-        const auto index = wholeNumber<std::int64_t>(words[1]);
-        if (!index) throw std::runtime_error("\"show-tab\" takes the number of a tab, 0 to 3");
-        driver.showTab(*index);
-    } else if (is("system-gesture", 2)) {
-        kelvo::setSystemGesture(words[1], words[2]);
-        return kelvo::systemGestureStates();
-    } else if (is("hang", 1)) {
-        return hang(words[1]);
-    } else if (!is("status", 0)) {
-        throw std::runtime_error("there is no command \"" + command + "\"; see --help");
-    }
-    return driver.status();
-}
-
-kelvo::CommandResult resultOf(kelvo::DriverSimulator& driver, const Words& words) {
-    try {
-        return {true, performCommand(driver, words)};
-    } catch (const std::exception& error) {
-        return {false, error.what()};
-    }
-}
-
 void printLine(const std::string& line) { std::cout << line << std::endl; }
 
-/// What "run" begins with.
-struct Beginning {
+/// The displays that "run" begins with.
+Words displaysNamedIn(const Words& words) {
     Words displays;
-    bool makesSystemGestureFiles = false;
-};
-
-Beginning beginningOf(const Words& words) {
-    Beginning beginning;
     for (std::size_t i = 0; i < words.size(); ++i) {
-        if (words[i] == "--system-gestures") {
-            beginning.makesSystemGestureFiles = true;
-        } else if (words[i] == "--connect" && i + 1 < words.size()) {
-            beginning.displays.push_back(words[++i]);
+        if (words[i] == "--connect" && i + 1 < words.size()) {
+            displays.push_back(words[++i]);
         } else {
-            throw std::runtime_error("\"run\" takes only --connect NAME and --system-gestures; see --help");
+            throw std::runtime_error("\"run\" takes only --connect NAME; see --help");
         }
     }
-    return beginning;
+    return displays;
 }
 
 int run(const Words& words) {
-    const Beginning beginning = beginningOf(words);
+    const Words displays = displaysNamedIn(words);
     kelvo::PollRunLoop runLoop;
-    const kelvo::PeerPlatform services("kelvo-touch-driver-sim", runLoop);
+    const kelvo::PeerPlatform services(kProgram, runLoop);
 
-    kelvo::DriverSimulator driver(printLine);
+    kelvo::DriverSimulator simulator(printLine);
+    kelvo::DriverCore& driver = simulator.core();
     const kelvo::TerminationSignals signals(runLoop, [&] { runLoop.stop(); });
-    const auto control =
-        kelvo::ControlChannel::open(runLoop, [&](const Words& command) { return resultOf(driver, command); });
-    if (!control || !driver.start()) {
+    if (!driver.start()) {
         throw std::runtime_error("the driver's place on the session bus cannot be had: another driver has it (end that "
                                  "one), or there is no bus (set DBUS_SESSION_BUS_ADDRESS)");
     }
-    if (beginning.makesSystemGestureFiles) kelvo::createSystemGestureFiles();
-    for (const std::string& name : beginning.displays) driver.connect(name);
+    for (const std::string& name : displays) driver.connect(name);
     printLine(driver.status());
     runLoop.run();
     driver.stop();
     return 0;
 }
 
+/// What the running simulator said; anything else is an error that names the fix.
+std::string textOf(const kelvo::DriverAnswer& answer) {
+    using Outcome = kelvo::DriverAnswer::Outcome;
+    switch (answer.outcome) {
+    case Outcome::Done:
+        return answer.text;
+    case Outcome::Refused:
+        throw std::runtime_error(answer.text);
+    case Outcome::NoBus:
+        throw std::runtime_error("there is no session bus; set DBUS_SESSION_BUS_ADDRESS to the simulator's");
+    case Outcome::NotRunning:
+        throw std::runtime_error("no simulator runs on this bus; start one with \"kelvo-touch-driver-sim run\"");
+    case Outcome::NotAnswering:
+        break;
+    }
+    throw std::runtime_error(
+        "the simulator does not answer, perhaps because it hangs (see \"hang\"); it does this when "
+        "it goes on");
+}
+
 int perform(const Words& words) {
-    const kelvo::CommandResult result = kelvo::sendCommand(words);
-    if (!result.succeeded) throw std::runtime_error(result.text);
-    printLine(result.text);
+    kelvo::PollRunLoop runLoop;
+    printLine(textOf(kelvo::performAndWait(runLoop, words)));
     return 0;
 }
 

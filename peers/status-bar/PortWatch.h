@@ -28,10 +28,6 @@ public:
     void start();
 
 private:
-    struct SlotReleaser {
-        void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-    };
-
     static int onChange(sd_bus_message* signal, void* watch, sd_bus_error* error) noexcept;
 
     void tellIfChanged();
@@ -40,7 +36,7 @@ private:
     std::function<void()> changed_;
     std::string address_;
     std::shared_ptr<BusConnection> connection_;
-    std::unique_ptr<sd_bus_slot, SlotReleaser> slot_;
+    BusSlot slot_;
     bool hasChanged_ = false;
 };
 

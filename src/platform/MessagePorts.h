@@ -21,6 +21,10 @@ public:
 
     /// The source that delivers what arrives at the port. It may outlive the port and then delivers nothing.
     [[nodiscard]] virtual std::unique_ptr<CFRunLoopSource> createRunLoopSource() = 0;
+
+    /// Who sent the message that is being handled, by a name that nobody else in the session has or will have; empty
+    /// where that is not known.
+    [[nodiscard]] virtual std::string sender() const { return {}; }
 };
 
 /// What a send came to.

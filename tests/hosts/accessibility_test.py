@@ -103,7 +103,7 @@ class KeyboardAlone(unittest.TestCase):
         self.world.home.mkdir()
         self.world.environment["LC_ALL"] = language
         connected = [word for display in displays for word in ("--connect", display)]
-        driver = self.world.start(SIMULATOR, "run", "--system-gestures", *connected)
+        driver = self.world.start(SIMULATOR, "run", *connected)
         self.addCleanup(self.end, driver)
         self.driver_lines = Lines(driver.stdout)
         wait_until(self.driver_lines.read, "the driver simulator")

@@ -7,12 +7,15 @@ import sys
 import time
 import unittest
 
-from peers import Lines, Peer, World, wait_until
+import dbus
+
+from peers import NAME_PREFIX, Lines, Peer, World, wait_until
 
 SIMULATOR = sys.argv.pop(1)
 
 DRIVER = "TouchDisplayDriverMessagePort"
 PANE = "PreferenceMessagePort"
+CHANNEL = "/com/kelvo/TouchDisplay/Driver"
 
 # The system's preference files, beside the product's folder.
 DOCK = "../com.apple.dock.plist"
@@ -40,9 +43,45 @@ class Simulator:
         return [json.loads(line) for line in self.output.lines[1:]]
 
 
+class Watcher:
+    """A program that watches displays, on a connection of its own, and keeps what it is told."""
+
+    def __init__(self, world):
+        self.bus = dbus.bus.BusConnection(world.address)
+        self.bus.set_exit_on_disconnect(False)
+        self.frames = []
+        self.ended = []
+        for signal, heard in (("Frame", lambda *frame: self.frames.append(frame)), ("WatchEnded", self.ended.append)):
+            self.bus.add_signal_receiver(heard, signal, NAME_PREFIX + "Driver", path=CHANNEL)
+        self.driver = dbus.Interface(self.bus.get_object(NAME_PREFIX + "Driver", CHANNEL, introspect=False),
+                                     NAME_PREFIX + "Driver")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.bus.close()
+
+    def places(self):
+        return [[(float(x), float(y)) for _, x, y in contacts] for _, _, _, _, contacts in self.frames]
+
+
 class DriverSimulator(unittest.TestCase):
     def setUp(self):
         self.world = self.enterContext(World())
+
+    def send_from_elsewhere(self, message_id, payload):
+        """Sends to the driver from a process that is not the pane's."""
+        status, _, errors = self.world.run(
+            "busctl", f"--address={self.world.address}", "--auto-start=no", "call", NAME_PREFIX + DRIVER,
+            "/com/kelvo/TouchDisplay/MessagePort", "com.kelvo.TouchDisplay.MessagePort", "Send", "iay",
+            message_id, *self.bytes_of(payload))
+        self.assertEqual((status, errors), (0, ""))
+
+    @staticmethod
+    def bytes_of(payload):
+        data = plistlib.dumps(payload)
+        return [str(len(data)), *(str(byte) for byte in data)]
 
     def test_begins_with_the_displays_named_and_the_driver_on(self):
         simulator = Simulator(self.world, "--connect", "Desk", "--connect", "Wall")
@@ -117,6 +156,134 @@ class DriverSimulator(unittest.TestCase):
         self.assertEqual(self.world.plist("Utilities.plist"),
                          {"Own": 7, "DriverEnable": False, "CurrentDeviceType": []})
 
+    def test_stores_what_one_finger_is_and_keeps_what_else_the_file_holds(self):
+        simulator = Simulator(self.world, "--connect", "Desk")
+        before = self.world.plist("Settings_Desk.plist")
+        for mode in ("pointer", "touch"):
+            self.assertEqual(simulator.command("finger", "Desk", mode)[0], 0)
+            self.assertEqual(self.world.plist("Settings_Desk.plist"), {**before, "FingerMode": mode})
+
+    def test_gives_the_contacts_of_a_display_to_its_watcher_alone(self):
+        simulator = Simulator(self.world, "--connect", "Desk", "--connect", "Wall")
+        with Watcher(self.world) as watcher, Watcher(self.world) as other:
+            watcher.driver.Watch("Desk")
+            other.driver.Watch("Wall")
+            for words in (("Desk", "0.5,0.25", "1,0"), ("Wall", "0,1"), ("Desk",)):
+                self.assertEqual(simulator.command("contacts", *words)[0], 0)
+            wait_until(lambda: len(watcher.frames) == 2 and other.frames, "the frames")
+
+            display, begin, width, height, contacts = watcher.frames[0]
+            self.assertEqual((display, width, height), ("Desk", 531.0, 299.0))
+            self.assertEqual(contacts, [(1, 0.5, 0.25), (2, 1.0, 0.0)])
+            self.assertEqual(watcher.frames[1][0], "Desk")
+            self.assertGreater(watcher.frames[1][1], begin)
+            self.assertLessEqual(watcher.frames[1][1], time.monotonic_ns() // 1000)
+            self.assertEqual(watcher.places()[1], [])
+            self.assertEqual([(frame[0], frame[4]) for frame in other.frames], [("Wall", [(1, 0.0, 1.0)])])
+
+    def test_gives_no_contacts_to_somebody_who_does_not_watch_or_no_longer_does(self):
+        simulator = Simulator(self.world, "--connect", "Desk")
+        with Watcher(self.world) as watcher, Watcher(self.world) as other:
+            watcher.driver.Watch("Desk")
+            watcher.driver.Unwatch()
+            simulator.command("contacts", "Desk", "0.1,0.1")
+            watcher.driver.Watch("Desk")
+            watcher.driver.Watch("Desk")
+            simulator.command("contacts", "Desk", "0.2,0.2")
+            wait_until(lambda: watcher.frames, "the frame")
+            self.assertEqual(watcher.places(), [[(0.2, 0.2)]])
+            self.assertEqual(other.frames, [])
+
+    def test_a_display_has_one_watcher_until_that_leaves_the_bus(self):
+        Simulator(self.world, "--connect", "Desk")
+        with Watcher(self.world) as other:
+            with Watcher(self.world) as watcher:
+                watcher.driver.Watch("Desk")
+                with self.assertRaisesRegex(dbus.DBusException, "is being watched already"):
+                    other.driver.Watch("Desk")
+
+            def can_watch():
+                try:
+                    other.driver.Watch("Desk")
+                    return True
+                except dbus.DBusException:
+                    return False
+            wait_until(can_watch, "the display to be free again")
+
+    def test_only_a_connected_display_of_a_driver_that_is_on_can_be_watched(self):
+        simulator = Simulator(self.world, "--connect", "Desk")
+        with Watcher(self.world) as watcher:
+            with self.assertRaisesRegex(dbus.DBusException, '"Wall" is not connected'):
+                watcher.driver.Watch("Wall")
+            simulator.command("disable")
+            with self.assertRaisesRegex(dbus.DBusException, "switched off") as caught:
+                watcher.driver.Watch("Desk")
+            self.assertEqual(caught.exception.get_dbus_name(), NAME_PREFIX + "Driver.Refused")
+
+    def test_tells_the_watcher_when_there_is_nothing_more_to_watch(self):
+        simulator = Simulator(self.world, "--connect", "Desk")
+        with Watcher(self.world) as watcher:
+            for words, back in ((("disable",), ("enable",)), (("disconnect", "Desk"), ("connect", "Desk"))):
+                watcher.ended.clear()
+                watcher.driver.Watch("Desk")
+                simulator.command(*words)
+                wait_until(lambda: watcher.ended, "the end of the watch")
+                self.assertEqual(watcher.ended, ["Desk"])
+                simulator.command(*back)
+                simulator.command("contacts", "Desk", "0.5,0.5")
+            watcher.driver.Watch("Desk")
+            simulator.command("contacts", "Desk", "0.1,0.1")
+            wait_until(lambda: watcher.frames, "the frame of the new watch")
+            self.assertEqual(watcher.places(), [[(0.1, 0.1)]])
+
+    def test_tells_the_pane_of_what_another_process_changed(self):
+        Simulator(self.world, "--connect", "Desk")
+        with Peer(self.world, PANE, lambda *_: rates.append(self.world.plist("Settings_Desk.plist")["DoubleClickRate"])
+                  ) as pane:
+            rates = []
+            self.send_from_elsewhere(0, {"DoubleClickRate": 0.25, "DeviceName": "Desk"})
+            wait_until(lambda: pane.received, "the pane to be told")
+            self.assertEqual([(message_id, plistlib.loads(data)) for message_id, data in pane.received],
+                             [(7, {"IsConnected": True})])
+            # It reads the file when it is told, so the file comes first.
+            self.assertEqual(rates, [0.25])
+
+    def test_never_tells_the_pane_of_its_own_changes(self):
+        simulator = Simulator(self.world, "--connect", "Desk")
+        with Peer(self.world, PANE) as pane:
+            for rate in (0.2, 0.3):
+                self.world.send(DRIVER, 0, {"DoubleClickRate": rate, "DeviceName": "Desk"})
+            # What is told is told in order, so that nothing can still come before this.
+            self.send_from_elsewhere(3, {"RotateMode": 1, "DeviceName": "Desk"})
+            wait_until(lambda: pane.received, "the pane to be told")
+            simulator.command("show-tab", "2")
+            self.assertEqual([message_id for message_id, _ in pane.received], [7, 8])
+
+    def test_tells_the_pane_nothing_of_changes_where_it_would_ask_which_display_is_meant(self):
+        simulator = Simulator(self.world, "--connect", "Desk", "--connect", "Wall")
+        with Peer(self.world, PANE) as pane:
+            self.send_from_elsewhere(3, {"RotateMode": 1, "DeviceName": "Desk"})
+            simulator.messages(1)
+            simulator.command("show-tab", "2")
+            self.assertEqual([message_id for message_id, _ in pane.received], [8])
+
+            simulator.command("disconnect", "Wall")
+            self.send_from_elsewhere(3, {"RotateMode": 2, "DeviceName": "Desk"})
+            wait_until(lambda: len(pane.received) == 3, "the pane to be told")
+            self.assertEqual([(message_id, plistlib.loads(data)) for message_id, data in pane.received[1:]],
+                             [(7, {"IsConnected": False}), (7, {"IsConnected": True})])
+
+    def test_tells_the_pane_nothing_of_messages_that_change_nothing(self):
+        simulator = Simulator(self.world, "--connect", "Desk")
+        with Peer(self.world, PANE) as pane:
+            for message_id, payload in ((3, {"RotateMode": 1, "DeviceName": "Wall"}), (4, {"DeviceName": "Desk"})):
+                self.send_from_elsewhere(message_id, payload)
+            simulator.messages(2)
+            self.send_from_elsewhere(3, {"RotateMode": 1, "DeviceName": "Desk"})
+            wait_until(lambda: pane.received, "the pane to be told")
+            simulator.command("show-tab", "2")
+            self.assertEqual([message_id for message_id, _ in pane.received], [7, 8])
+
     def test_says_what_is_wrong_and_how_to_mend_it(self):
         simulator = Simulator(self.world, "--connect", "Desk")
         for words, hint in (
@@ -127,7 +294,13 @@ class DriverSimulator(unittest.TestCase):
                 (("system-gesture", "AppExpos\u00e9", "off"),
                  "AppExpose, ShowDesktop, MissionControl, Launchpad, SwipeBetweenPages"),
                 (("system-gesture", "Launchpad", "maybe"), '"on" or "off"'),
-                (("system-gesture", "Launchpad"), "see --help")):
+                (("system-gesture", "Launchpad"), "see --help"),
+                (("finger", "Desk", "mouse"), '"touch" or the "pointer"'), (("finger", "Wall", "touch"), 'see "status"'),
+                (("finger", "Desk"), "see --help"), (("record", "Desk", "/tmp/x"), "no fingers to record"),
+                (("record", "Desk"), "not being recorded"), (("record", "Wall", "/tmp/x"), 'see "status"'),
+                (("contacts", "Wall", "0,0"), 'see "status"'), (("contacts", "Desk", "0.5"), "two numbers from 0 to 1"),
+                (("contacts", "Desk", "0.5,1.01"), "two numbers from 0 to 1"),
+                (("contacts", "Desk", "0.5,nan"), "two numbers from 0 to 1")):
             with self.subTest(words=words):
                 status, output, errors = simulator.command(*words)
                 self.assertEqual((status, output), (1, ""))
@@ -135,8 +308,9 @@ class DriverSimulator(unittest.TestCase):
         self.assertEqual(json.loads(simulator.command("status")[1]), {"devices": ["Desk"], "enabled": True})
 
     def test_switches_a_system_gesture_and_keeps_what_else_the_file_holds(self):
-        simulator = Simulator(self.world)
         self.world.set_plist(DOCK, {"tilesize": 48, "showLaunchpadGestureEnabled": True})
+        self.world.set_plist(GLOBAL, {"AppleEnableSwipeNavigateWithScrolls": False})
+        simulator = Simulator(self.world)
 
         self.assertEqual(simulator.command("system-gesture", "Launchpad", "off")[0], 0)
         self.assertEqual(self.world.plist(DOCK), {"tilesize": 48, "showLaunchpadGestureEnabled": False})
@@ -154,7 +328,7 @@ class DriverSimulator(unittest.TestCase):
         self.assertEqual(self.world.plist(GLOBAL), ALL_GLOBAL_GESTURES_ON)
 
     def test_tells_which_system_gestures_are_on(self):
-        simulator = Simulator(self.world, "--system-gestures")
+        simulator = Simulator(self.world)
 
         self.assertEqual(json.loads(simulator.command("system-gesture", "ShowDesktop", "off")[1]),
                          {"AppExpose": True, "ShowDesktop": False, "MissionControl": True, "Launchpad": True,
@@ -162,7 +336,6 @@ class DriverSimulator(unittest.TestCase):
 
     def test_makes_the_systems_files_and_their_folder_when_they_are_missing(self):
         simulator = Simulator(self.world)
-        self.assertFalse((self.world.preferences / DOCK).exists())
         shutil.rmtree(self.world.home / "Library")
 
         simulator.command("system-gesture", "SwipeBetweenPages", "off")
@@ -170,9 +343,9 @@ class DriverSimulator(unittest.TestCase):
         with open(self.world.home / "Library/Preferences/.GlobalPreferences.plist", "rb") as file:
             self.assertEqual(plistlib.load(file), {"AppleEnableSwipeNavigateWithScrolls": False})
 
-    def test_begins_with_all_system_gestures_on_where_nothing_says_otherwise(self):
+    def test_makes_the_systems_files_that_are_missing_with_all_gestures_on_and_changes_none_that_is_there(self):
         self.world.set_plist(GLOBAL, {"AppleEnableSwipeNavigateWithScrolls": False})
-        simulator = Simulator(self.world, "--connect", "Desk", "--system-gestures")
+        simulator = Simulator(self.world, "--connect", "Desk")
 
         self.assertEqual(json.loads(simulator.output.lines[0])["devices"], ["Desk"])
         self.assertEqual(self.world.plist(DOCK), ALL_DOCK_GESTURES_ON)
@@ -194,7 +367,7 @@ class DriverSimulator(unittest.TestCase):
             with self.subTest(words=words):
                 status, _, errors = self.world.run(SIMULATOR, *words)
                 self.assertEqual(status, 1)
-                self.assertIn("--connect NAME and --system-gestures", errors)
+                self.assertIn("only --connect NAME", errors)
 
     def test_a_command_without_a_simulator_names_the_fix(self):
         status, _, errors = self.world.run(SIMULATOR, "status")
@@ -246,7 +419,7 @@ class DriverSimulator(unittest.TestCase):
         simulator = Simulator(self.world, "--connect", "Desk")
         self.world.stop_bus()
         self.world.start_bus()
-        wait_until(lambda: self.world.has_owner("DriverSimulator"), "the simulator on the new bus")
+        wait_until(lambda: self.world.has_owner("Driver"), "the simulator on the new bus")
         self.assertEqual(json.loads(simulator.command("status")[1]), {"devices": ["Desk"], "enabled": True})
 
     def test_ends_by_a_signal_with_success(self):
@@ -260,7 +433,7 @@ class DriverSimulator(unittest.TestCase):
         status, output, _ = self.world.run(SIMULATOR, "--help")
         self.assertEqual(status, 0)
         for word in ("run", "connect", "disconnect", "enable", "disable", "show-tab", "system-gesture", "hang", "status",
-                     "--connect", "--system-gestures"):
+                     "finger", "record", "contacts", "--connect"):
             self.assertIn(word, output)
 
 

@@ -100,7 +100,7 @@ class Permissions(PaneCase):
             with self.subTest(umask=oct(umask)):
                 before = os.umask(umask)
                 try:
-                    simulator = self.world.start(SIMULATOR, "run", "--connect", "Desk", "--system-gestures")
+                    simulator = self.world.start(SIMULATOR, "run", "--connect", "Desk")
                     self.assertIn("Desk", simulator.stdout.readline())
                     self.start_pane()
                 finally:

@@ -146,7 +146,7 @@ class OtherUser(PaneCase):
     def test_can_neither_read_nor_write_the_files(self):
         self.set_utilities("Desk")
         self.file.unlink()
-        simulator = self.world.start(SIMULATOR, "run", "--connect", "Desk", "--system-gestures")
+        simulator = self.world.start(SIMULATOR, "run", "--connect", "Desk")
         self.assertIn("Desk", simulator.stdout.readline())
         self.start_pane()
         self.show_tab(1)

@@ -75,9 +75,9 @@ class Writers(PaneCase):
         self.set_utilities("Desk", Begin=0, Filling="", End=0, **FOREIGN)
 
     def command(self, *words):
-        proxy = self.world.bus.get_object(NAME_PREFIX + "DriverSimulator", "/com/kelvo/TouchDisplay/DriverSimulator",
+        proxy = self.world.bus.get_object(NAME_PREFIX + "Driver", "/com/kelvo/TouchDisplay/Driver",
                                           introspect=False)
-        succeeded, text = proxy.Perform(words, dbus_interface=NAME_PREFIX + "DriverSimulator", signature="as",
+        succeeded, text = proxy.Perform(words, dbus_interface=NAME_PREFIX + "Driver", signature="as",
                                         timeout=60)
         self.assertTrue(succeeded, text)
 

@@ -1,0 +1,313 @@
+#include "peers/driver/DriverCore.h"
+
+#include "TDNames.h"
+#include "TDUtilities.h"
+#include "linux/BusMessagePorts.h"
+#include "peers/JsonLine.h"
+#include "peers/MessageNames.h"
+#include "peers/driver/SystemGestures.h"
+#include "platform/Log.h"
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+using platform::NSMutableArray;
+using platform::NSMutableDictionary;
+using platform::Value;
+using Words = ControlCommand::Words;
+
+/// With the names that the settings files add, a file name on Linux ends at 255 bytes.
+constexpr std::size_t kLongestName = 200;
+
+/// A display's name becomes part of a file's name, and of lines that are shown.
+void checkName(const std::string& name) {
+    const auto isUnfit = [](char c) { return c == '/' || static_cast<unsigned char>(c) < 0x20; };
+    if (name.empty() || name.size() > kLongestName || std::any_of(name.begin(), name.end(), isUnfit)) {
+        throw std::runtime_error("a display's name has 1 to 200 bytes, none of them \"/\" or a control character");
+    }
+}
+
+NSMutableDictionary withoutDeviceName(const NSMutableDictionary& payload) {
+    auto items = NSMutableDictionary::dictionary();
+    for (const std::string& key : payload.allKeys()) {
+        if (key != keys::deviceName) items.setObjectForKey(payload.objectForKey(key), key);
+    }
+    return items;
+}
+
+NSMutableDictionary connection(bool isConnected) {
+    return NSMutableDictionary::dictionaryWithObjectsAndKeys({{isConnected, keys::isConnected}});
+}
+
+/// A driver does its work without them too.
+void makeSystemGestureFiles() {
+    try {
+        createSystemGestureFiles();
+    } catch (const std::runtime_error& error) {
+        platform::NSLog("%@", std::string_view(error.what()));
+    }
+}
+
+} // namespace
+
+DriverCore::DriverCore(Displays& displays, std::function<void(const std::string&)> printLine,
+                       std::vector<ControlCommand> ownCommands)
+    : displays_(displays),
+      printLine_(std::move(printLine)),
+      commands_(commonCommands()),
+      processes_(platform::CFRunLoop::getCurrent()) {
+    std::move(ownCommands.begin(), ownCommands.end(), std::back_inserter(commands_));
+}
+
+bool DriverCore::start() {
+    channel_ = ControlChannel::open(platform::CFRunLoop::getCurrent(),
+                                    {[this](const Words& words) { return perform(words); },
+                                     [this](const std::string& name) { beginWatch(name); },
+                                     [this](const std::string& name) { displays_.setWatched(name, false); }});
+    if (!channel_) return false;
+    port_ = platform::CFMessagePorts::current().createLocal(
+        kTouchDisplayDriverPortName,
+        [this](platform::CFMessagePort& port, std::int32_t messageId, std::span<const std::uint8_t> data) {
+            receive(messageId, data, port.sender());
+        });
+    if (!port_) return false;
+    source_ = port_->createRunLoopSource();
+    platform::CFRunLoop::getCurrent().addSource(*source_);
+
+    makeSystemGestureFiles();
+    const NSMutableDictionary utilities = readUtilitiesDictionary();
+    const Value enabled = utilities.objectForKey(keys::driverEnable);
+    isDriverEnabled_ = !enabled || enabled.boolValue();
+    displays_.setDriverEnabled(isDriverEnabled_);
+    if (utilities.objectForKey(keys::currentDeviceType).array().count() > 0) {
+        tellOfDisconnection();
+    } else {
+        saveState();
+    }
+    return true;
+}
+
+void DriverCore::stop() {
+    const auto gone = std::exchange(connected_, {});
+    if (gone.empty()) return;
+    for (const Display& display : gone) {
+        channel_->refuseWatching(display.name);
+        displays_.forget(display.name);
+    }
+    tellOfDisconnection();
+}
+
+void DriverCore::connect(const std::string& name) {
+    checkName(name);
+    if (isConnected(name)) throw std::runtime_error("\"" + name + "\" is connected already; see \"status\"");
+    const NSMutableDictionary settings = readSettingItemsFromPlist(getSettingsFilePath(name));
+    if (!settings) {
+        throw std::runtime_error("the settings file " + getSettingsFilePath(name) +
+                                 " cannot be read or made; repair or remove it");
+    }
+    connected_.push_back({name, settings});
+    displays_.setSettings(name, settings);
+    tellPane(kMessageIDForDeviceIsConnected, connection(true));
+}
+
+void DriverCore::disconnect(const std::string& name) {
+    (void)connectedDisplay(name);
+    std::erase_if(connected_, [&](const Display& display) { return display.name == name; });
+    channel_->refuseWatching(name);
+    displays_.forget(name);
+    tellOfDisconnection();
+}
+
+void DriverCore::setDriverEnabled(bool enabled) {
+    isDriverEnabled_ = enabled;
+    if (!enabled) {
+        for (const Display& display : connected_) channel_->refuseWatching(display.name);
+    }
+    displays_.setDriverEnabled(enabled);
+    tellPane(COMMAND_DRIVER_DISABLE,
+             NSMutableDictionary::dictionaryWithObjectsAndKeys({{enabled, keys::driverEnable}}));
+}
+
+void DriverCore::showTab(std::int64_t index) {
+    tellPane(kMessageIDForSelectedMenuItem,
+             NSMutableDictionary::dictionaryWithObjectsAndKeys({{index, keys::selectedMenuItem}}));
+}
+
+bool DriverCore::isConnected(const std::string& name) const {
+    return std::any_of(connected_.begin(), connected_.end(),
+                       [&](const Display& display) { return display.name == name; });
+}
+
+std::string DriverCore::status() const {
+    return jsonLine(
+        NSMutableDictionary::dictionaryWithObjectsAndKeys({{deviceList(), "devices"}, {isDriverEnabled_, "enabled"}}));
+}
+
+void DriverCore::sendFrame(const std::string& name, const ContactFrame& frame) { channel_->sendFrame(name, frame); }
+
+void DriverCore::applySettingsAnew() {
+    for (const Display& display : connected_) displays_.setSettings(display.name, display.settings);
+}
+
+// The control channel
+
+std::vector<ControlCommand> DriverCore::commonCommands() {
+    return {
+        {"status", 0, 0, [this](const Words&) { return status(); }},
+        {"enable", 0, 0,
+         [this](const Words&) {
+             setDriverEnabled(true);
+             return status();
+         }},
+        {"disable", 0, 0,
+         [this](const Words&) {
+             setDriverEnabled(false);
+             return status();
+         }},
+        {"finger", 2, 2,
+         [this](const Words& words) {
+             Display& display = connectedDisplay(words[0]);
+             if (words[1] != "touch" && words[1] != "pointer") {
+                 throw std::runtime_error(R"(one finger is a "touch" or the "pointer")");
+             }
+             change(display, NSMutableDictionary::dictionaryWithObjectsAndKeys({{words[1], keys::fingerMode}}));
+             return status();
+         }},
+        {"record", 1, 2,
+         [this](const Words& words) {
+             const Display& display = connectedDisplay(words[0]);
+             if (words.size() == 1) {
+                 displays_.endRecording(display.name);
+             } else {
+                 displays_.beginRecording(display.name, words[1]);
+             }
+             return status();
+         }},
+    };
+}
+
+CommandResult DriverCore::perform(const Words& words) {
+    try {
+        const std::string name = words.empty() ? "" : words[0];
+        const auto command = std::find_if(commands_.begin(), commands_.end(),
+                                          [&](const ControlCommand& each) { return each.name == name; });
+        if (command == commands_.end()) {
+            throw std::runtime_error("there is no command \"" + name + "\"; see --help");
+        }
+        const Words rest(words.begin() + 1, words.end());
+        if (rest.size() < command->least || rest.size() > command->most) {
+            throw std::runtime_error("\"" + name + "\" takes another number of words; see --help");
+        }
+        return {true, command->perform(rest)};
+    } catch (const std::exception& error) {
+        return {false, error.what()};
+    }
+}
+
+void DriverCore::beginWatch(const std::string& name) {
+    (void)connectedDisplay(name);
+    if (!isDriverEnabled_) throw std::runtime_error("the driver is switched off; switch it on");
+    displays_.setWatched(name, true);
+}
+
+// The message port
+
+void DriverCore::receive(std::int32_t messageId, std::span<const std::uint8_t> data, const std::string& sender) {
+    const NSMutableDictionary payload = Helpers::NSMutableDictionary::dictionaryWithContentsOfData(data);
+    const std::string_view name = nameOfMessage(kTouchDisplayDriverPortName, messageId);
+    // Stored first, so that whoever reads the line finds the file as it says.
+    const bool isTaken = !name.empty() && takeSettings(payload);
+    if (printLine_) {
+        auto line = NSMutableDictionary::dictionaryWithObjectsAndKeys({{messageId, "id"}});
+        if (!name.empty()) line.setObjectForKey(name, "name");
+        line.setObjectForKey(payload, "payload");
+        printLine_(jsonLine(line));
+    }
+    if (isTaken) tellPaneUnlessItKnows(sender);
+}
+
+/// Only a display that is connected has settings to change; any other name would make a file of its own.
+bool DriverCore::takeSettings(const NSMutableDictionary& payload) {
+    Display* display = displayNamed(payload.objectForKey(keys::deviceName).string().value_or(""));
+    if (!display) return false;
+    change(*display, withoutDeviceName(payload));
+    return true;
+}
+
+/// The display does as it was told whether or not that can be stored.
+void DriverCore::change(Display& display, const NSMutableDictionary& items) {
+    for (const std::string& key : items.allKeys()) display.settings.setObjectForKey(items.objectForKey(key), key);
+    displays_.setSettings(display.name, display.settings);
+    const std::string path = getSettingsFilePath(display.name);
+    if (!saveSettingItemsToPlist(items, path)) {
+        platform::NSLog("%@ cannot be read or written; repair or remove it", path);
+    }
+}
+
+/// An open pane would undo with its next message what another program sent: it holds the list of gestures as it read
+/// it. Its own changes it knows, and so does every message that comes from its process. One of them that was on its way
+/// while the pane was being told counts as news, since what the pane reads then may be older.
+void DriverCore::tellPaneUnlessItKnows(const std::string& sender) {
+    const bool mayHaveCrossed = isTellingOfSettings_;
+    processes_.ask({sender, std::string(kBusNamePrefix) + kPreferencePortName},
+                   [this, mayHaveCrossed](const std::vector<std::optional<std::uint32_t>>& processes) {
+                       if (processes[1] && (mayHaveCrossed || processes[0] != processes[1])) tellPaneOfSettings();
+                   });
+}
+
+/// The pane reads the settings again when it hears of a display, if that is the only one; with several it would ask
+/// anew which one is meant.
+void DriverCore::tellPaneOfSettings() {
+    mustTellOfSettingsAgain_ = true;
+    if (isTellingOfSettings_) return;
+    isTellingOfSettings_ = true;
+    while (std::exchange(mustTellOfSettingsAgain_, false) && connected_.size() == 1) {
+        sendToPort(kPreferencePortName, connection(true), kMessageIDForDeviceIsConnected);
+    }
+    isTellingOfSettings_ = false;
+}
+
+// The files
+
+DriverCore::Display* DriverCore::displayNamed(const std::string& name) {
+    const auto found = std::find_if(connected_.begin(), connected_.end(),
+                                    [&](const Display& display) { return display.name == name; });
+    return found == connected_.end() ? nullptr : &*found;
+}
+
+DriverCore::Display& DriverCore::connectedDisplay(const std::string& name) {
+    Display* display = displayNamed(name);
+    if (!display) throw std::runtime_error("\"" + name + "\" is not connected; see \"status\"");
+    return *display;
+}
+
+void DriverCore::saveState() const {
+    const auto state = NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{deviceList(), keys::currentDeviceType}, {isDriverEnabled_, keys::driverEnable}});
+    if (!saveSettingItemsToPlist(state, getUilitiesFilePath())) {
+        throw std::runtime_error(getUilitiesFilePath() + " cannot be read or written; repair or remove it");
+    }
+}
+
+void DriverCore::tellOfDisconnection() const { tellPane(kMessageIDForDeviceIsConnected, connection(false)); }
+
+/// The pane takes the state from the file when it hears of a change, so the file comes first.
+void DriverCore::tellPane(std::int32_t messageId, const NSMutableDictionary& payload) const {
+    saveState();
+    sendToPort(kPreferencePortName, payload, messageId);
+}
+
+NSMutableArray DriverCore::deviceList() const {
+    auto list = NSMutableArray::arrayWithObjects();
+    for (const Display& display : connected_) list.addObject(display.name);
+    return list;
+}
+
+} // namespace kelvo
