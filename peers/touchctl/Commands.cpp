@@ -10,6 +10,7 @@
 #include "peers/touchctl/Completion.h"
 #include "peers/touchctl/Displays.h"
 #include "peers/touchctl/Doctor.h"
+#include "peers/touchctl/DriverControl.h"
 #include "peers/touchctl/FileAccess.h"
 #include "peers/touchctl/GestureRows.h"
 #include "peers/touchctl/GestureRules.h"
@@ -55,7 +56,8 @@ void chooseDisplay(const std::string& name) {
                       "\"" + withVisibleControlCharacters(name) + "\" is not connected; connect it, then try again");
     }
     if (!isDriverSwitchedOn()) {
-        throw Failure(Status::NoDriver, "the driver is switched off; switch it on, then try again");
+        throw Failure(Status::NoDriver,
+                      "the driver is switched off; switch it on with \"kelvo-touchctl driver on\", then try again");
     }
     setModelType(name);
 }
@@ -242,6 +244,10 @@ Status set(const Invocation& invocation, const ReportingPorts& ports) {
     const Words& words = invocation.words;
     const Key& key = settingKey(words[1]);
     chooseDisplay(words[0]);
+    if (key.driverCommand) {
+        performAtDriver(key.driverCommand(words));
+        return Status::Success;
+    }
     const auto stored = settingsOf(words[0]);
     const Message message = key.messageOf(Words(words.begin() + 2, words.end()), stored);
     if (!invocation.has(kForceOption)) checkGestures(message, stored);
@@ -308,6 +314,14 @@ Status exportProfile(const Words& words) {
     return Status::Success;
 }
 
+Status switchDriver(const Words& words) {
+    if (words[0] != "on" && words[0] != "off") {
+        throw Failure(Status::Usage, "driver is on or off, not \"" + words[0] + "\"");
+    }
+    performAtDriver({words[0] == "on" ? "enable" : "disable"});
+    return Status::Success;
+}
+
 // Looking on
 
 Status watch(PollRunLoop& loop) {
@@ -359,6 +373,8 @@ Status perform(const Invocation& invocation, Services& services, const std::stri
         return exportProfile(invocation.words);
     case Command::Id::Import:
         return importProfile(invocation, services.ports);
+    case Command::Id::Driver:
+        return switchDriver(invocation.words);
     case Command::Id::Watch:
         return watch(services.runLoop);
     case Command::Id::Doctor:

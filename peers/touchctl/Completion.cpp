@@ -95,6 +95,7 @@ Words optionsOf(const Words& words) {
 Words wordsAfter(const Words& words) {
     const std::string& command = words[0];
     const bool changes = command == "set" || command == "gesture" || command == "import";
+    if (command == "driver") return words.size() == 1 ? Words{"on", "off"} : Words();
     if (words.size() == 1) {
         const bool takesDisplay = changes || command == "show" || command == "get" || command == "export";
         return takesDisplay ? displayNames(changes) : Words();

@@ -133,6 +133,12 @@ Message calibration(const Words& words, const NSMutableDictionary& /*stored*/) {
     return {kMessageIDForCalibration, payloads::manualCalibration(width, height)};
 }
 
+Words fingerCommand(const Words& words) {
+    checkCount(words, 3, 3, "finger takes touch or pointer");
+    if (words[2] != "touch" && words[2] != "pointer") refuse("finger", "touch or pointer", words[2]);
+    return {"finger", words[0], words[2]};
+}
+
 Message gestureMessage(const NSMutableArray& list) {
     gSettings = list;
     return {kMessageIDForGestureArray, payloads::gestureArray()};
@@ -256,6 +262,12 @@ bool isProfileKey(std::string_view key) {
                        [&](const ProfilePart& part) { return part.has(key); });
 }
 
+/// What a settings file holds that the driver alone writes.
+bool isDriversOwn(std::string_view key) {
+    return key == keys::driverVersion || key == keys::fingerMode || key == keys::nativeWidth ||
+           key == keys::nativeHeight;
+}
+
 Message messageOfPart(const ProfilePart& part, const NSMutableDictionary& profile) {
     try {
         return part.messageOf(profile);
@@ -315,6 +327,13 @@ Shown shownCalibration(const NSMutableDictionary& stored) {
     return {state, state == Shown::State::Fit ? "manual " + width.words + " " + height.words : ""};
 }
 
+Shown shownFinger(const NSMutableDictionary& stored) {
+    const Value mode = stored.objectForKey(keys::fingerMode);
+    if (!mode) return {};
+    if (!mode.isEqual("touch") && !mode.isEqual("pointer")) return {Shown::State::Unfit, ""};
+    return {Shown::State::Fit, *mode.text()};
+}
+
 } // namespace
 
 std::string Shown::text() const {
@@ -370,6 +389,13 @@ const std::vector<Key>& settingKeys() {
          {"auto", "manual"},
          calibration,
          shownCalibration},
+        {"finger",
+         "touch|pointer",
+         "whether one finger is a touch, or the pointer with its button",
+         {"touch", "pointer"},
+         nullptr,
+         shownFinger,
+         fingerCommand},
         {"gestures",
          "default|FILE",
          "the whole gesture list: the system's own, or that of a property-list file",
@@ -400,7 +426,7 @@ NSMutableDictionary profileOf(const NSMutableDictionary& settings) {
 
 std::vector<Message> messagesOfProfile(const NSMutableDictionary& profile) {
     for (const std::string& key : profile.allKeys()) {
-        if (isProfileKey(key) || key == keys::driverVersion) continue;
+        if (isProfileKey(key) || isDriversOwn(key)) continue;
         std::string known;
         for (const ProfilePart& part : kProfileParts) {
             for (const std::string_view each : part.fileKeys) {

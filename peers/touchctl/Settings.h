@@ -43,6 +43,9 @@ struct Key {
     std::function<Message(const Words& words, const platform::NSMutableDictionary& stored)> messageOf;
     /// The setting as it is stored, read as the pane reads it; null for one that is no single value.
     std::function<Shown(const platform::NSMutableDictionary& stored)> shown;
+    /// For what no message says, in place of one: the driver's command for the words of "set", which begin with the
+    /// display and the key. Words that do not fit are a Failure.
+    std::function<Words(const Words& words)> driverCommand = {};
 };
 
 /// What else of a display is shown, and cannot be set.
@@ -57,8 +60,8 @@ constexpr std::string_view kDriverVersionKey = "driver-version";
 /// Everything in `settings` that does not fit is a Failure.
 [[nodiscard]] platform::NSMutableDictionary profileOf(const platform::NSMutableDictionary& settings);
 /// The messages that bring a device to a profile, in the order in which they are sent. A key that there is not, a value
-/// of the wrong kind or out of bounds, and a profile of nothing are a Failure that says what would be right. The
-/// version of a driver, which a copied settings file has too, is left out.
+/// of the wrong kind or out of bounds, and a profile of nothing are a Failure that says what would be right. What
+/// the driver alone writes, which a copied settings file has too, is left out.
 [[nodiscard]] std::vector<Message> messagesOfProfile(const platform::NSMutableDictionary& profile);
 /// What is wrong with the values of a settings file, each named by its key; empty when all is well.
 [[nodiscard]] std::vector<std::string> faultsIn(const platform::NSMutableDictionary& settings);

@@ -197,7 +197,9 @@ TEST_F(TouchctlSettings, ProfileOfWrongKindsIsRefusedByTheKey) {
         {dictionaryOf({{"x", "GestureArray"}}), "GestureArray is to be a list"},
         {dictionaryOf({{1.0, "DoubleClickRat"}}), "no setting \"DoubleClickRat\"; there are DoubleClickRate,"},
         {dictionaryOf({{1.0, ""}}), "no setting \"\""},
-        {dictionaryOf({{"1", "DriverVersion"}}), "no settings in it"},
+        {dictionaryOf(
+             {{"1", "DriverVersion"}, {"pointer", "FingerMode"}, {1920, "NativeWidth"}, {1080, "NativeHeight"}}),
+         "no settings in it"},
         {NSMutableDictionary::dictionary(), "no settings in it"},
     };
     for (const auto& [profile, reason] : refused) EXPECT_THAT(refusalOf(profile), HasSubstr(reason));
@@ -262,17 +264,19 @@ TEST_F(TouchctlSettings, WhatIsShownIsWhatSetTakes) {
                                       {3, "RotateMode"},
                                       {rightClickOf(true, 1.0), "RightClick"},
                                       {false, "AutoCalibration"},
-                                      {resolutionOf(1024.5, 768.0), "ManualCalibration"}});
+                                      {resolutionOf(1024.5, 768.0), "ManualCalibration"},
+                                      {"pointer", "FingerMode"}});
     std::vector<std::string> lines;
     for (const Key& key : settingKeys()) {
         if (key.shown) lines.push_back(std::string(key.name) + " " + key.shown(stored).text());
     }
     EXPECT_THAT(lines, ElementsAre("double-click-rate 0.3", "double-click-range 40", "right-click on", "long-press 1",
-                                   "rotation 270", "calibration manual 1024.5 768"));
+                                   "rotation 270", "calibration manual 1024.5 768", "finger pointer"));
     for (const Key& key : settingKeys()) {
         if (!key.shown) continue;
         EXPECT_EQ(key.shown(NSMutableDictionary()).text(), "(not set)") << key.name;
     }
+    EXPECT_EQ(settingKey("finger").shown(dictionaryOf({{"mouse", "FingerMode"}})).text(), "(does not fit)");
 }
 
 } // namespace

@@ -24,7 +24,7 @@ PANE = "PreferenceMessagePort"
 
 FAILURE, USAGE, NO_DRIVER, NO_DEVICE, FINDINGS = range(1, 6)
 
-COMMANDS = ("list", "show", "get", "set", "gesture", "export", "import", "watch", "doctor")
+COMMANDS = ("list", "show", "get", "set", "gesture", "export", "import", "driver", "watch", "doctor")
 
 ROTATE = {"Name": "Rotate", "Descriptor": ["RotateWithTwoFingers"], "SelectedIndex": 0, "IsEnable": True,
           "MoreGesture": False}
@@ -112,12 +112,12 @@ class Showing(TouchctlTest):
         self.connect_in_file("Desk")
         self.world.set_plist("Settings_Desk.plist", {
             "DoubleClickRate": 0.3, "DoubleClickRange": 40, "RotateMode": 2, "DriverVersion": "1.2",
-            "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 1.5}, "AutoCalibration": True,
+            "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 1.5}, "AutoCalibration": True, "FingerMode": "pointer",
             "GestureArray": [dict(ROTATE, IsEnable=False), {"Name": "Odd", "SelectedIndex": 9}]})
 
         self.assertEqual(self.succeed("show", "Desk").splitlines(), [
             "Desk (connected)", "  double-click-rate 0.3", "  double-click-range 40", "  right-click on",
-            "  long-press 1.5", "  rotation 180", "  calibration auto", "  gesture Rotate off RotateWithTwoFingers",
+            "  long-press 1.5", "  rotation 180", "  calibration auto", "  finger pointer", "  gesture Rotate off RotateWithTwoFingers",
             "  gesture Odd off (not set)", "  driver-version 1.2"])
         self.assertEqual(self.succeed("show"), self.succeed("show", "Desk"))
 
@@ -449,6 +449,52 @@ class WithoutADriver(TouchctlTest):
         self.simulate("Wall")
         self.world.set_plist("Settings_Desk.plist", {})
         self.expect(NO_DEVICE, "not connected; connect it", "set", "Desk", "rotation", "90")
+
+
+class DriverItself(TouchctlTest):
+    """What goes to the driver by its control channel, since no message says it."""
+
+    def test_is_switched_off_and_on_and_the_pane_told(self):
+        self.simulate("Desk")
+        with Peer(self.world, PANE) as pane:
+            for word, is_on in (("off", False), ("on", True)):
+                self.assertEqual(self.succeed("driver", word), "")
+                self.assertIs(self.world.plist("Utilities.plist")["DriverEnable"], is_on)
+            self.assertEqual([(message_id, plistlib.loads(data)) for message_id, data in pane.received],
+                             [(4, {"DriverEnable": False}), (4, {"DriverEnable": True})])
+
+    def test_is_told_what_one_finger_is_and_has_stored_it(self):
+        self.simulate("Desk")
+        self.assertIn("\n  finger (not set)\n", self.succeed("show", "Desk"))
+        for mode in ("pointer", "touch"):
+            self.assertEqual(self.succeed("set", "Desk", "finger", mode), "")
+            self.assertEqual(self.settings()["FingerMode"], mode)
+            self.assertIn(f"\n  finger {mode}\n", self.succeed("show", "Desk"))
+
+    def test_takes_no_other_words(self):
+        self.simulate("Desk")
+        before = self.snapshot()
+        self.expect_each(USAGE, [
+            (("driver", "away"), 'driver is on or off, not "away"'), (("driver",), "driver on|off"),
+            (("driver", "on", "off"), "driver on|off"),
+            (("set", "Desk", "finger", "mouse"), 'finger is touch or pointer, not "mouse"'),
+            (("set", "Desk", "finger", "touch", "pointer"), "finger takes touch or pointer")])
+        self.expect(NO_DEVICE, "there is no display", "set", "Wall", "finger", "touch")
+        self.assertEqual(self.snapshot(), before)
+
+    def test_absent_hung_or_unreachable_names_the_fix(self):
+        self.expect(NO_DRIVER, "start the driver", "driver", "off")
+        driver = self.simulate("Desk")
+        driver.send_signal(signal.SIGSTOP)
+        self.expect_each(NO_DRIVER, [(words, "does not answer") for words in (
+            ("driver", "off"), ("set", "Desk", "finger", "touch"))])
+        driver.send_signal(signal.SIGCONT)
+        self.world.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.world.folder}/nowhere"
+        self.expect(NO_DRIVER, "set DBUS_SESSION_BUS_ADDRESS", "driver", "off")
+
+    def test_that_takes_messages_alone_says_so(self):
+        with Peer(self.world, DRIVER):
+            self.expect(NO_DRIVER, "takes no commands", "driver", "off")
 
 
 class Profiles(TouchctlTest):
