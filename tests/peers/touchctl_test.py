@@ -112,13 +112,13 @@ class Showing(TouchctlTest):
         self.connect_in_file("Desk")
         self.world.set_plist("Settings_Desk.plist", {
             "DoubleClickRate": 0.3, "DoubleClickRange": 40, "RotateMode": 2, "DriverVersion": "1.2",
-            "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 1.5}, "AutoCalibration": True, "FingerMode": "pointer",
-            "GestureArray": [dict(ROTATE, IsEnable=False), {"Name": "Odd", "SelectedIndex": 9}]})
+            "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 1.5}, "AutoCalibration": True,
+            "FingerMode": "pointer", "GestureArray": [dict(ROTATE, IsEnable=False), {"Name": "Odd", "SelectedIndex": 9}]})
 
         self.assertEqual(self.succeed("show", "Desk").splitlines(), [
             "Desk (connected)", "  double-click-rate 0.3", "  double-click-range 40", "  right-click on",
-            "  long-press 1.5", "  rotation 180", "  calibration auto", "  finger pointer", "  gesture Rotate off RotateWithTwoFingers",
-            "  gesture Odd off (not set)", "  driver-version 1.2"])
+            "  long-press 1.5", "  rotation 180", "  calibration auto", "  finger pointer",
+            "  gesture Rotate off RotateWithTwoFingers", "  gesture Odd off (not set)", "  driver-version 1.2"])
         self.assertEqual(self.succeed("show"), self.succeed("show", "Desk"))
 
     def test_what_is_shown_is_taken_back_and_changes_nothing(self):
@@ -126,12 +126,13 @@ class Showing(TouchctlTest):
         for words in (("double-click-rate", "0.1"), ("right-click", "on", "1.5"), ("rotation", "270"),
                       ("calibration", "manual", "1279.3", "720.1")):
             self.succeed("set", "Desk", *words)
+        self.succeed("set", "Desk", "finger", "pointer")
         self.succeed("gesture", "Desk", "SwipeBetweenPages", "off", "SwipeWithThreeFingers")
         self.succeed("gesture", "Desk", "Launchpad", "off")
         before = self.settings()
         title, *lines, version = self.succeed("show", "Desk").splitlines()
         self.assertEqual((title, version), ("Desk (connected)", "  driver-version 0.8.0.3"))
-        self.assertEqual(len(lines), 6 + 13)
+        self.assertEqual(len(lines), 7 + 13)
         for first, *others in map(str.split, lines):
             command = ("gesture", "Desk", *others) if first == "gesture" else ("set", "Desk", first, *others)
             self.assertEqual(self.succeed(*command), "")
