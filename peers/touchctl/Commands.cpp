@@ -244,11 +244,11 @@ Status set(const Invocation& invocation, const ReportingPorts& ports) {
     const Words& words = invocation.words;
     const Key& key = settingKey(words[1]);
     chooseDisplay(words[0]);
+    const auto stored = settingsToChange(words[0]);
     if (key.driverCommand) {
         performAtDriver(key.driverCommand(words));
         return Status::Success;
     }
-    const auto stored = settingsOf(words[0]);
     const Message message = key.messageOf(Words(words.begin() + 2, words.end()), stored);
     if (!invocation.has(kForceOption)) checkGestures(message, stored);
     checkThatItFits(message);
@@ -260,7 +260,7 @@ Status set(const Invocation& invocation, const ReportingPorts& ports) {
 
 Status gesture(const Words& words, const ReportingPorts& ports) {
     chooseDisplay(words[0]);
-    gSettings = gestureListOf(settingsOf(words[0]));
+    gSettings = gestureListOf(settingsToChange(words[0]));
     checkThatItFits({kMessageIDForGestureArray, payloads::gestureArray()});
     changeGesture(words[1], Words(words.begin() + 2, words.end()));
     checkArrival(ports);
@@ -283,7 +283,7 @@ NSMutableDictionary settingsIn(const std::vector<Message>& messages) {
 Status importProfile(const Invocation& invocation, const ReportingPorts& ports) {
     const Words& words = invocation.words;
     chooseDisplay(words[0]);
-    const auto stored = settingsOf(words[0]);
+    const auto stored = settingsToChange(words[0]);
     const std::vector<Message> messages = messagesOfProfile(profileIn(words.size() > 1 ? words[1] : "-"));
     for (const Message& message : messages) {
         if (!invocation.has(kForceOption)) checkGestures(message, stored);

@@ -102,6 +102,16 @@ bool isDriverSwitchedOn() { return contentsOf(getUilitiesFilePath()).objectForKe
 
 NSMutableDictionary settingsOf(const std::string& name) { return contentsOf(getSettingsFilePath(name)); }
 
+NSMutableDictionary settingsToChange(const std::string& name) {
+    auto settings = settingsOf(name);
+    const std::string folder = getPreferenceFolderPath();
+    if (const auto reason = reasonAgainstWriting(folder)) {
+        throw Failure(Status::Failure, "the folder " + shownPath(folder) + " cannot be written (" + *reason +
+                                           "); see whose it is and who may write it");
+    }
+    return settings;
+}
+
 std::string shownPath(const std::string& path) {
     const std::string home = NSFileManager::defaultManager().homeDirectory();
     const bool isInHome = path.starts_with(home + "/");

@@ -27,6 +27,9 @@ struct Display {
 /// What the settings file of a display holds; nil when there is none. A file that cannot be read is a Failure.
 [[nodiscard]] platform::NSMutableDictionary settingsOf(const std::string& name);
 
+/// The same before a change. A folder in which the driver, which is the same user's, could not store it is a Failure.
+[[nodiscard]] platform::NSMutableDictionary settingsToChange(const std::string& name);
+
 /// A path as it is shown: the home folder is "~", and control characters are visible.
 [[nodiscard]] std::string shownPath(const std::string& path);
 

@@ -12,6 +12,7 @@
 #include "platform/PropertyList.h"
 #include "platform/SystemVersion.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <exception>
@@ -182,6 +183,11 @@ NSMutableDictionary reportFile(Report& report, const ProductFile& file) {
     return stored.contents;
 }
 
+/// A name that can be part of a file's.
+bool isNameOfDisplay(const Value& value) {
+    return value.text() && !value.text()->empty() && value.text()->find('/') == std::string::npos;
+}
+
 void reportUtilities(Report& report, const NSMutableDictionary& utilities, const ProductFile& file) {
     struct Kind {
         std::string_view key;
@@ -197,12 +203,17 @@ void reportUtilities(Report& report, const NSMutableDictionary& utilities, const
         Kind{keys::verboseLog, Value::Kind::Boolean, "true or false"},
     };
     const int before = report.problems();
+    const std::string fix = "remove the file, which is made anew: " + removalOf(file);
     for (const Kind& each : kKinds) {
         const Value value = utilities.objectForKey(each.key);
         if (value && value.kind() != each.kind) {
-            report.problem(std::string(each.key) + " in " + file.title + " is to be " + each.text,
-                           "remove the file, which is made anew: " + removalOf(file));
+            report.problem(std::string(each.key) + " in " + file.title + " is to be " + each.text, fix);
         }
+    }
+    const auto names = utilities.objectForKey(keys::currentDeviceType).array();
+    if (!std::ranges::all_of(names.objects(), isNameOfDisplay)) {
+        report.problem(std::string(keys::currentDeviceType) + " in " + file.title + " holds what is no display's name",
+                       fix);
     }
     if (report.problems() == before) report.fine(file.title);
     if (utilities.objectForKey(keys::driverEnable).boolValue()) return;
@@ -244,8 +255,14 @@ bool reportFolder(Report& report, const ProductFile& folder) {
         report.problem(shownPath(folder.path) + " is no folder", "remove it: " + removalOf(folder));
         return false;
     }
-    if (reportPermissions(report, folder) && reason) {
-        report.problem(folder.title + " cannot be read (" + *reason + ")", "see what is there: ls -ld " + folder.place);
+    const auto writingReason = reasonAgainstWriting(folder.path);
+    if (reportPermissions(report, folder)) {
+        const std::string fix = "see what is there: ls -ld " + folder.place;
+        if (reason) {
+            report.problem(folder.title + " cannot be read (" + *reason + ")", fix);
+        } else if (writingReason) {
+            report.problem(folder.title + " cannot be written (" + *writingReason + ")", fix);
+        }
     }
     return !reason;
 }

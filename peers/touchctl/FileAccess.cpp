@@ -114,6 +114,11 @@ std::optional<std::string> reasonAgainstListing(const std::string& folder) {
     return std::nullopt;
 }
 
+std::optional<std::string> reasonAgainstWriting(const std::string& folder) {
+    const bool isWritable = ::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+    return isWritable || errno == ENOENT ? std::nullopt : std::optional(lastReason());
+}
+
 platform::NSData contentsOfInput(const std::string& path, std::size_t most) {
     const bool isStandard = path == "-";
     const std::string title = isStandard ? "what came in" : withVisibleControlCharacters(path);

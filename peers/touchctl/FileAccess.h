@@ -31,6 +31,10 @@ struct StoredFile {
 /// nothing is there.
 [[nodiscard]] std::optional<std::string> reasonAgainstListing(const std::string& folder);
 
+/// What the system says when a file of this folder is to be replaced; none when it lets one, and none when nothing is
+/// there.
+[[nodiscard]] std::optional<std::string> reasonAgainstWriting(const std::string& folder);
+
 /// The bytes of a file, pipe or device to their end; "-" is standard input. What cannot be read, and what has more than
 /// `most` bytes, is a Failure that says which.
 [[nodiscard]] platform::NSData contentsOfInput(const std::string& path, std::size_t most);

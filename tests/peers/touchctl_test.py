@@ -244,6 +244,19 @@ class Showing(TouchctlTest):
             self.expect_forbidden(unreadable, "list", "--json")
         self.world.preferences.chmod(0o700)
 
+    def test_change_that_could_not_be_stored_is_not_sent(self):
+        self.connect_in_file("Desk")
+        profile = self.write({"RotateMode": 1})
+        self.world.preferences.chmod(0o500)
+        with Peer(self.world, DRIVER) as driver:
+            for words in (("set", "Desk", "rotation", "90"), ("gesture", "Desk", "Rotate", "off"),
+                          ("import", "Desk", profile)):
+                status, output, errors = self.world.run(*BOUND_BY_MODES, PROGRAM, *words)
+                self.assertEqual((status, output), (FAILURE, ""))
+                self.assertIn("the folder ~/Library/Preferences/KelvoTouchDisplay cannot be written", errors)
+            self.assertEqual(driver.received, [])
+        self.world.preferences.chmod(0o700)
+
     def test_no_folder_is_no_fault_but_something_else_in_its_place_is(self):
         self.assertEqual(self.succeed("list"), "")
         self.world.preferences.parent.mkdir(parents=True)
@@ -856,6 +869,13 @@ class Doctor(TouchctlTest):
             self.assertEqual((status, errors), (FINDINGS, ""), place)
             self.assertEqual(re.findall(r"^  PROBLEM  (.*)$", output, re.MULTILINE), [expected])
             self.assertNotIn("damaged", output)
+
+    def test_names_a_list_that_holds_more_than_names(self):
+        with Peer(self.world, DRIVER):
+            for stranger in (7, "", "a/b"):
+                self.connect_in_file("Desk", stranger)
+                self.assertEqual(self.report()[0], [
+                    "CurrentDeviceType in Utilities.plist holds what is no display's name"])
 
     def test_names_too_large_a_file_and_a_folder_in_a_files_place(self):
         self.connect_in_file("Desk", "Wall")
