@@ -9,6 +9,7 @@ namespace kelvo::touchctl {
 
 namespace {
 
+constexpr std::size_t kSummaryColumn = 39;
 constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
 
 bool isOption(const std::string& argument) {
@@ -239,12 +240,12 @@ std::string helpText(const Command* command) {
     std::string text = "Usage: kelvo-touchctl COMMAND [WORD...]\n\nThe settings of touch displays, for scripts.\n\n";
     for (const Command& each : commands()) {
         if (each.summary.empty()) continue;
-        text += "  " + padded(std::string(each.name) + " " + std::string(each.synopsis), 37) +
+        text += "  " + padded(std::string(each.name) + " " + std::string(each.synopsis), kSummaryColumn) +
                 std::string(each.summary) + "\n";
     }
-    text += "  " + padded("COMMAND --help", 37) + "what the command takes\n";
-    text += "  " + padded("--help, -h, --version", 37) + "print this, or the version\n";
-    text += "  " + padded("--", 37) + "what follows is no option, whatever it begins with\n";
+    text += "  " + padded("COMMAND --help", kSummaryColumn) + "what the command takes\n";
+    text += "  " + padded("--help, -h, --version", kSummaryColumn) + "print this, or the version\n";
+    text += "  " + padded("--", kSummaryColumn) + "what follows is no option, whatever it begins with\n";
     text += "\nA DEVICE is a display as \"list\" names it, in every character.\n";
     return text + keysText() + statusesText();
 }

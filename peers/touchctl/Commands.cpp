@@ -222,9 +222,12 @@ Status show(const Invocation& invocation) {
 
 Shown shownValue(const std::string& name, const NSMutableDictionary& settings) {
     if (name == kDriverVersionKey) return shownDriverVersion(settings);
-    const Key& key = settingKey(name);
-    if (key.shown) return key.shown(settings);
-    throw Failure(Status::Usage, "\"" + name + "\" is no single value; \"show\" lists it, \"export\" writes it");
+    for (const Key& key : settingKeys()) {
+        if (key.name == name && key.shown) return key.shown(settings);
+    }
+    std::string names;
+    for (const std::string& each : namesOfValues()) names += (names.empty() ? "" : ", ") + each;
+    throw Failure(Status::Usage, "there is no single value \"" + name + "\"; there are " + names);
 }
 
 Status get(const Words& words) {

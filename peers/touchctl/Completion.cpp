@@ -40,15 +40,6 @@ Words keyNames() {
     return names;
 }
 
-Words namesOfValues() {
-    Words names;
-    for (const Key& key : settingKeys()) {
-        if (key.shown) names.emplace_back(key.name);
-    }
-    names.emplace_back(kDriverVersionKey);
-    return names;
-}
-
 Words gestureNames(const NSMutableArray& list) {
     Words names;
     for (std::size_t i = 0; i < list.count(); ++i) {

@@ -121,7 +121,7 @@ std::optional<std::string> reasonAgainstWriting(const std::string& folder) {
 
 platform::NSData contentsOfInput(const std::string& path, std::size_t most) {
     const bool isStandard = path == "-";
-    const std::string title = isStandard ? "what came in" : withVisibleControlCharacters(path);
+    const std::string title = isStandard ? "what came in" : "\"" + withVisibleControlCharacters(path) + "\"";
     const Descriptor input(isStandard ? STDIN_FILENO : openedForReading(path));
     platform::NSData contents;
     std::array<std::uint8_t, 65536> buffer{};
@@ -146,8 +146,8 @@ void writeToOutput(const std::string& path, std::span<const std::uint8_t> bytes)
     }
     const bool isWritten = isStream(path) ? writeInto(path, bytes) : PosixFileManager().writeAtomically(path, bytes);
     if (isWritten) return;
-    throw Failure(Status::Failure, withVisibleControlCharacters(path) +
-                                       " cannot be written; name a file in a folder that you may write");
+    throw Failure(Status::Failure, "\"" + withVisibleControlCharacters(path) +
+                                       "\" cannot be written; name a file in a folder that you may write");
 }
 
 } // namespace kelvo::touchctl

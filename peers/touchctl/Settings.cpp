@@ -406,6 +406,15 @@ const std::vector<Key>& settingKeys() {
     return settings;
 }
 
+Words namesOfValues() {
+    Words names;
+    for (const Key& key : settingKeys()) {
+        if (key.shown) names.emplace_back(key.name);
+    }
+    names.emplace_back(kDriverVersionKey);
+    return names;
+}
+
 const Key& settingKey(std::string_view name) {
     std::string names;
     for (const Key& key : settingKeys()) {

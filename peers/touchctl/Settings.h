@@ -53,6 +53,8 @@ constexpr std::string_view kDriverVersionKey = "driver-version";
 
 /// Every setting, in the order in which they are shown.
 [[nodiscard]] const std::vector<Key>& settingKeys();
+/// The names of what has one value, to be printed alone.
+[[nodiscard]] Words namesOfValues();
 /// The setting of that name; a Failure names those there are.
 [[nodiscard]] const Key& settingKey(std::string_view name);
 

@@ -160,7 +160,7 @@ class Showing(TouchctlTest):
         self.expect(FAILURE, "long-press is not set", "get", "Desk", "long-press")
         self.expect_each(USAGE, [
             (("get", "Desk", "Rotate"), "there are double-click-rate,"), (("get", "Desk"), "get DEVICE KEY"),
-            (("get", "Desk", "gestures"), "no single value"), (("get", "Desk", "rotation", "90"), "get DEVICE KEY")])
+            (("get", "Desk", "gestures"), "driver-version"), (("get", "Desk", "rotation", "90"), "get DEVICE KEY")])
         self.expect(NO_DEVICE, "known are", "get", "Wall", "rotation")
         self.world.set_plist("Settings_Desk.plist", {"RotateMode": 9})
         self.expect(FAILURE, "rotation does not fit", "get", "Desk", "rotation")
@@ -656,7 +656,7 @@ class Profiles(TouchctlTest):
                 self.assertIn("too large; at most 16 MiB are read", errors)
             path = self.write({"RotateMode": 1})
             os.truncate(path, 2**24 + 1)
-            self.expect(FAILURE, "profile.plist is too large", "import", "Desk", path)
+            self.expect(FAILURE, "profile.plist\" is too large", "import", "Desk", path)
             self.expect(FAILURE, "cannot be read (Is a directory)", "import", "Desk", self.world.folder)
             self.assertEqual(driver.received, [])
 
