@@ -1,6 +1,7 @@
 #include "TDNames.h"
 #include "linux/BundleDirectory.h"
 #include "linux/TerminationSignals.h"
+#include "peers/DriverCommand.h"
 #include "peers/PeerPlatform.h"
 #include "peers/PortProbe.h"
 #include "peers/status-bar/PaneOpener.h"
@@ -106,12 +107,18 @@ int run(Occasion occasion, int argc, char* argv[]) {
     const kelvo::PeerPlatform services(kProgramName, runLoop, paneBundle());
 
     kelvo::PaneOpener pane(startPane);
+    kelvo::DriverCommand driverSwitch(runLoop);
     kelvo::PortProbe driver(kTouchDisplayDriverPortName);
     std::function<void()> driverHasChanged;
     kelvo::PortWatch driverWatch(kTouchDisplayDriverPortName, [&] { driverHasChanged(); });
     kelvo::StatusMenu menu({.openPaneAtTab = [&](std::int32_t tab) { pane.openAtTab(tab); },
                             .quit = [] { QCoreApplication::quit(); },
                             .askDriver = [&](auto tell) { driver.ask(std::move(tell)); },
+                            .switchDriver =
+                                [&](bool isOn, std::function<void()> done) {
+                                    driverSwitch.perform({isOn ? "enable" : "disable"},
+                                                         [done = std::move(done)](const auto&) { done(); });
+                                },
                             .watchDriver = [&] { driverWatch.start(); }});
     driverHasChanged = [&] { menu.refresh(); };
     kelvo::TrayIcon icon(menu);

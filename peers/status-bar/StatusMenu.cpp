@@ -38,6 +38,7 @@ constexpr Text offAnswering{"Menu.Driver.Off.Answering", "Driver: off, answering
 constexpr Text startDriver{"Menu.Driver.Start", "Changes have no effect: start the driver, or log in again."};
 constexpr Text restartDriver{"Menu.Driver.Restart", "Changes have no effect: restart the driver, or this computer."};
 constexpr Text switchDriverOn{"Menu.Driver.SwitchOn", "Nothing can be set up: switch the driver on."};
+constexpr Text enableDriver{"Menu.Driver.Enable", "Enable Driver"};
 constexpr Text quit{"Menu.Quit", "Quit"};
 } // namespace texts
 
@@ -70,7 +71,7 @@ StatusMenu::~StatusMenu() {
     if (nextLook_) nextLook_->invalidate();
 }
 
-std::vector<StatusMenu::Item> StatusMenu::items() const {
+std::vector<StatusMenu::Item> StatusMenu::items() {
     const Item separator{"", nullptr, true};
     std::vector<Item> items;
     std::int32_t tab = 0;
@@ -81,6 +82,10 @@ std::vector<StatusMenu::Item> StatusMenu::items() const {
     items.push_back(separator);
     items.push_back({driverTitle_, nullptr});
     items.push_back({advice_, nullptr, false, !advice_.empty()});
+    items.push_back({.title = texts::enableDriver,
+                     .choose = [this] { deeds_.switchDriver(!isDriverOn_, [this] { refresh(); }); },
+                     .isTicked = isDriverOn_,
+                     .isOffered = isDriverThere_});
     items.push_back(separator);
     items.push_back({texts::quit, deeds_.quit});
     return items;
@@ -95,15 +100,16 @@ void StatusMenu::open(std::function<void()> changed) {
 void StatusMenu::refresh() {
     if (!changed_) return;
     if (nextLook_) nextLook_->invalidate();
-    const bool isOn = isDriverOn();
-    driverTitle_ = isOn ? texts::driverIsOn : texts::driverIsOff;
+    isDriverOn_ = isDriverOn();
+    driverTitle_ = isDriverOn_ ? texts::driverIsOn : texts::driverIsOff;
     changed_();
-    deeds_.askDriver([this, isOn](PortAnswer answer) { tell(isOn, answer); });
+    deeds_.askDriver([this](PortAnswer answer) { tell(answer); });
 }
 
-void StatusMenu::tell(bool isOn, PortAnswer answer) {
-    driverTitle_ = titleOf(isOn, answer);
-    advice_ = adviceFor(isOn, answer);
+void StatusMenu::tell(PortAnswer answer) {
+    isDriverThere_ = answer != PortAnswer::NotRunning;
+    driverTitle_ = titleOf(isDriverOn_, answer);
+    advice_ = adviceFor(isDriverOn_, answer);
     changed_();
     if (answer != PortAnswer::NotAnswering) return;
     nextLook_ = platform::NSTimer::scheduledTimerWithTimeInterval(kNextLookSeconds, *this, [this] { refresh(); });

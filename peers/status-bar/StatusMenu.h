@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,10 @@ public:
         bool isSeparator = false;
         /// Whether there is anything to be read now.
         bool isShown = true;
+        /// Whether it is ticked, of a line that is a switch.
+        std::optional<bool> isTicked = {};
+        /// Whether it can be chosen now, if it has an action at all.
+        bool isOffered = true;
     };
     /// What choosing a line comes to, and where the driver's state comes from.
     struct Deeds {
@@ -29,6 +34,8 @@ public:
         std::function<void()> quit;
         /// Calls `tell` once, later or at once.
         std::function<void(std::function<void(PortAnswer)> tell)> askDriver;
+        /// Has the driver switch itself on or off, and calls `done` once, later or at once, however that ended.
+        std::function<void(bool isOn, std::function<void()> done)> switchDriver;
         /// From now on refresh() is called when the driver comes or goes.
         std::function<void()> watchDriver;
     };
@@ -38,8 +45,9 @@ public:
     StatusMenu(const StatusMenu&) = delete;
     StatusMenu& operator=(const StatusMenu&) = delete;
 
-    /// The lines from top to bottom. Their number and actions never change; their titles may while it is open.
-    [[nodiscard]] std::vector<Item> items() const;
+    /// The lines from top to bottom. Their number and actions never change; their titles, ticks and
+    /// whether they are shown and offered may while it is open.
+    [[nodiscard]] std::vector<Item> items();
     /// What to do about a driver that settings do not reach; empty while all is well, as far as is known.
     [[nodiscard]] const std::string& advice() const { return advice_; }
 
@@ -50,10 +58,13 @@ public:
     void refresh();
 
 private:
-    void tell(bool isOn, PortAnswer answer);
+    void tell(PortAnswer answer);
 
     Deeds deeds_;
     std::function<void()> changed_;
+    /// As the pane reads the file.
+    bool isDriverOn_ = false;
+    bool isDriverThere_ = true;
     std::string driverTitle_;
     std::string advice_;
     std::shared_ptr<platform::NSTimer> nextLook_;

@@ -55,6 +55,13 @@ QString toolTip(const std::string& advice) {
     return advice.empty() ? name : name + QLatin1Char('\n') + QString::fromStdString(advice);
 }
 
+void showItem(QAction& action, const StatusMenu::Item& item) {
+    action.setText(QString::fromStdString(item.title));
+    action.setVisible(item.isShown);
+    action.setChecked(item.isTicked.value_or(false));
+    action.setEnabled(item.choose && item.isOffered);
+}
+
 } // namespace
 
 TrayIcon::TrayIcon(StatusMenu& menu) : menu_(menu) {
@@ -79,12 +86,12 @@ void TrayIcon::fillMenu() {
     for (const StatusMenu::Item& item : menu_.items()) {
         QAction* action =
             item.isSeparator ? shownMenu_.addSeparator() : shownMenu_.addAction(QString::fromStdString(item.title));
-        action->setEnabled(static_cast<bool>(item.choose));
-        action->setVisible(item.isShown);
+        action->setCheckable(item.isTicked.has_value());
         if (item.choose) {
             QObject::connect(action, &QAction::triggered, action,
                              [choose = item.choose] { platform::guarded(choose); });
         }
+        showItem(*action, item);
     }
 }
 
@@ -96,9 +103,7 @@ void TrayIcon::showState() {
     const std::vector<StatusMenu::Item> items = menu_.items();
     const QList<QAction*> actions = shownMenu_.actions();
     for (std::size_t i = 0; i < items.size(); ++i) {
-        QAction* const action = actions[static_cast<int>(i)];
-        action->setText(QString::fromStdString(items[i].title));
-        action->setVisible(items[i].isShown);
+        showItem(*actions[static_cast<int>(i)], items[i]);
     }
     if (!icon_ || advice_ == menu_.advice()) return;
     advice_ = menu_.advice();

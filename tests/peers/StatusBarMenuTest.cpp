@@ -19,6 +19,7 @@ using testing::ElementsAre;
 constexpr char kUtilitiesFile[] = "/home/user/Library/Preferences/KelvoTouchDisplay/Utilities.plist";
 constexpr std::size_t kDriverLine = 5;
 constexpr std::size_t kAdviceLine = 6;
+constexpr std::size_t kSwitchLine = 7;
 constexpr double kNextLookSeconds = 10.0;
 
 class StatusMenuTest : public testing::Test {
@@ -27,7 +28,7 @@ protected:
         platform_.setPlist(kUtilitiesFile, dictionaryOf({{isOn, "DriverEnable"}}));
     }
 
-    [[nodiscard]] std::vector<std::string> titles() const {
+    [[nodiscard]] std::vector<std::string> titles() {
         std::vector<std::string> titles;
         for (const StatusMenu::Item& item : menu_.items()) {
             if (item.isShown) titles.push_back(item.isSeparator ? "-" : item.title);
@@ -49,7 +50,7 @@ protected:
              {"Tab.Calibration", "Tab.Settings", "Tab.HardwareInformation", "Tab.Version", "Menu.Driver.On",
               "Menu.Driver.Off", "Menu.Driver.On.Answering", "Menu.Driver.On.NotRunning", "Menu.Driver.On.NotAnswering",
               "Menu.Driver.Off.Answering", "Menu.Driver.Off.NotRunning", "Menu.Driver.Off.NotAnswering",
-              "Menu.Driver.Start", "Menu.Driver.Restart", "Menu.Driver.SwitchOn", "Menu.Quit"}) {
+              "Menu.Driver.Start", "Menu.Driver.Restart", "Menu.Driver.SwitchOn", "Menu.Driver.Enable", "Menu.Quit"}) {
             platform_.bundle.strings[key] = table.textForKey(key).value_or("");
         }
     }
@@ -57,6 +58,7 @@ protected:
     support::FakePlatform platform_;
     std::vector<std::string> story_;
     std::function<void(PortAnswer)> tell_;
+    std::function<void()> switched_;
     std::vector<std::string> driverLines_;
     int questions_ = 0;
     int watches_ = 0;
@@ -67,23 +69,73 @@ protected:
                               tell_ = std::move(tell);
                               ++questions_;
                           },
+                      .switchDriver =
+                          [this](bool isOn, std::function<void()> done) {
+                              story_.emplace_back(isOn ? "on" : "off");
+                              switched_ = std::move(done);
+                          },
                       .watchDriver = [this] { ++watches_; }}};
 };
 
 TEST_F(StatusMenuTest, HasTheTabsThenTheDriverThenTheEnd) {
-    EXPECT_THAT(titles(),
-                ElementsAre("Calibration", "Touch and Gestures", "Display", "Version", "-", "Driver", "-", "Quit"));
+    EXPECT_THAT(titles(), ElementsAre("Calibration", "Touch and Gestures", "Display", "Version", "-", "Driver",
+                                      "Enable Driver", "-", "Quit"));
 }
 
 TEST_F(StatusMenuTest, EachTabOpensThePaneThereAndQuitQuits) {
     for (const StatusMenu::Item& item : menu_.items()) {
         if (item.choose) item.choose();
     }
-    EXPECT_THAT(story_, ElementsAre("tab 0", "tab 1", "tab 2", "tab 3", "quit"));
+    EXPECT_THAT(story_, ElementsAre("tab 0", "tab 1", "tab 2", "tab 3", "on", "quit"));
+}
+
+TEST_F(StatusMenuTest, SwitchIsTickedAsTheFileSaysAndSwitchesToTheOther) {
+    for (const bool isOn : {true, false}) {
+        story_.clear();
+        setDriverInFile(isOn);
+        open();
+        EXPECT_EQ(menu_.items().at(kSwitchLine).isTicked, isOn);
+        menu_.items().at(kSwitchLine).choose();
+        EXPECT_THAT(story_, ElementsAre(isOn ? "off" : "on"));
+    }
+}
+
+TEST_F(StatusMenuTest, TickAndAdviceFollowOnceTheDriverHasSwitched) {
+    setDriverInFile(true);
+    open();
+    tell_(PortAnswer::Answering);
+    menu_.items().at(kSwitchLine).choose();
+    setDriverInFile(false);
+    EXPECT_EQ(menu_.items().at(kSwitchLine).isTicked, true) << "nothing is known of it yet";
+    switched_();
+    tell_(PortAnswer::Answering);
+    EXPECT_EQ(menu_.items().at(kSwitchLine).isTicked, false);
+    EXPECT_EQ(menu_.advice(), "Nothing can be set up: switch the driver on.");
+}
+
+TEST_F(StatusMenuTest, SwitchStaysTickedWhenTheDriverDidNotSwitch) {
+    setDriverInFile(true);
+    open();
+    menu_.items().at(kSwitchLine).choose();
+    switched_();
+    EXPECT_EQ(menu_.items().at(kSwitchLine).isTicked, true);
+}
+
+TEST_F(StatusMenuTest, SwitchIsOfferedUnlessNoDriverRuns) {
+    const std::pair<PortAnswer, bool> states[] = {{PortAnswer::NotRunning, false},
+                                                  {PortAnswer::NotAnswering, true},
+                                                  {PortAnswer::NotRunning, false},
+                                                  {PortAnswer::Answering, true}};
+    EXPECT_TRUE(menu_.items().at(kSwitchLine).isOffered) << "nothing is known yet";
+    for (const auto& [answer, isOffered] : states) {
+        open();
+        tell_(answer);
+        EXPECT_EQ(menu_.items().at(kSwitchLine).isOffered, isOffered);
+    }
 }
 
 TEST_F(StatusMenuTest, DriverAndSeparatorsCannotBeChosen) {
-    for (const std::size_t line : {std::size_t{4}, kDriverLine, kAdviceLine, std::size_t{7}}) {
+    for (const std::size_t line : {std::size_t{4}, kDriverLine, kAdviceLine, std::size_t{8}}) {
         EXPECT_FALSE(menu_.items().at(line).choose) << line;
     }
 }

@@ -12,7 +12,8 @@ import dbus.service
 
 from peers import NAME_PREFIX, Lines, Peer, World, wait_until
 
-PROGRAM = sys.argv.pop(1)
+PROGRAM, SIMULATOR = sys.argv[1:3]
+del sys.argv[1:3]
 
 UTILITY = "StatusBarMessagePort"
 PANE = "PreferenceMessagePort"
@@ -21,6 +22,7 @@ DRIVER = "TouchDisplayDriverMessagePort"
 NO_TRAY = "no system tray; the menu cannot be shown"
 
 TABS = ["Calibration", "Touch and Gestures", "Display", "Version"]
+ENABLE_DRIVER = "Enable Driver"
 START_DRIVER = "Changes have no effect: start the driver, or log in again."
 
 MENU = "com.canonical.dbusmenu"
@@ -93,6 +95,11 @@ class Menu:
         return [(int(number), str(properties.get("label", "")), bool(properties.get("enabled", True)))
                 for number, properties, _ in children
                 if properties.get("type") != "separator" and properties.get("visible", True)]
+
+    def is_ticked(self, title):
+        _, (_, _, children) = self.call("GetLayout", "iias", 0, -1, [])
+        [switch] = [properties for _, properties, _ in children if properties.get("label") == title]
+        return switch["toggle-type"] == "checkmark" and switch["toggle-state"] == 1
 
     def titles(self):
         return [title for _, title, _ in self.items()]
@@ -308,7 +315,33 @@ class InATray(StatusBarTest):
 
         self.assertEqual([(title, can_choose) for _, title, can_choose in menu.items()],
                          [(title, True) for title in TABS] +
-                         [("Driver: on, not running", False), (START_DRIVER, False), ("Quit", True)])
+                         [("Driver: on, not running", False), (START_DRIVER, False), (ENABLE_DRIVER, False),
+                          ("Quit", True)])
+
+    def test_the_driver_is_switched_off_and_on_in_the_menu(self):
+        self.world.start(SIMULATOR, "run", "--connect", "Desk")
+        Utility(self.world)
+        menu = Menu(self.world, self.tray)
+        menu.wait_for_line("Driver: on, answering")
+        self.assertTrue(menu.is_ticked(ENABLE_DRIVER))
+
+        with Peer(self.world, PANE) as pane:
+            for is_on in (False, True):
+                menu.choose(ENABLE_DRIVER)
+                menu.wait_for_line(f"Driver: {'on' if is_on else 'off'}, answering")
+                self.assertEqual(menu.is_ticked(ENABLE_DRIVER), is_on)
+                self.assertIs(self.world.plist("Utilities.plist")["DriverEnable"], is_on)
+            self.assertEqual([(message_id, plistlib.loads(data)) for message_id, data in pane.received],
+                             [(4, {"DriverEnable": False}), (4, {"DriverEnable": True})])
+
+    def test_the_driver_stays_as_it_is_where_it_takes_no_commands(self):
+        Utility(self.world)
+        menu = Menu(self.world, self.tray)
+        with Peer(self.world, DRIVER):
+            menu.wait_for_line("Driver: on, answering")
+            menu.choose(ENABLE_DRIVER)
+            wait_until(lambda: menu.is_ticked(ENABLE_DRIVER), "the tick to come back")
+            menu.wait_for_line("Driver: on, answering")
 
     def test_the_icon_says_that_the_driver_is_missing_until_it_comes_though_nobody_opens_the_menu(self):
         Utility(self.world)
