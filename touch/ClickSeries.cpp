@@ -1,0 +1,45 @@
+#include "touch/ClickSeries.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace touch {
+
+namespace {
+
+double heldToRange(double points) {
+    if (std::isnan(points)) return thresholds::kSmallestRangeInPoints;
+    return std::clamp(points, thresholds::kSmallestRangeInPoints, thresholds::kLargestRangeInPoints);
+}
+
+} // namespace
+
+void ClickSeries::setRules(const Settings& settings, const Desktop& desktop) {
+    rate_ = std::clamp(settings.doubleClickRate, thresholds::kShortestDoubleClick, thresholds::kLongestDoubleClick);
+    radius_ = heldToRange(settings.doubleClickRange) * kMillimetresPerPoint / 2.0;
+    desktopInterval_ = desktop.doubleClickInterval;
+    desktopDistance_ = desktop.doubleClickDistance * kMillimetresPerPoint;
+}
+
+Point ClickSeries::place(Time landedAt, Point landing, Time now) {
+    const bool isNext = continuesSeries(landedAt, landing);
+    if (!isNext && desktopWouldCount(landing, now))
+        gate_.closeUntil(last_->givenAt + desktopInterval_ + thresholds::kDesktopMargin);
+    beforeLast_ = last_;
+    last_ = Press{landedAt, gate_.opensAt(now), isNext ? beforeLast_->anchor : landing};
+    wasTap_ = false;
+    return last_->anchor;
+}
+
+bool ClickSeries::continuesSeries(Time landedAt, Point landing) const {
+    return last_ && wasTap_ && landedAt - last_->landedAt <= rate_ && distance(last_->anchor, landing) <= radius_;
+}
+
+/// Desktops measure each axis by itself.
+bool ClickSeries::desktopWouldCount(Point landing, Time now) const {
+    if (!last_ || gate_.opensAt(now) - last_->givenAt >= desktopInterval_ + thresholds::kDesktopMargin) return false;
+    const Point way = landing - last_->anchor;
+    return std::max(std::abs(way.x), std::abs(way.y)) <= desktopDistance_;
+}
+
+} // namespace touch

@@ -1,0 +1,36 @@
+#include "touch/Glass.h"
+
+#include "touch/Thresholds.h"
+
+#include <algorithm>
+
+namespace touch {
+
+namespace {
+
+double extentOf(Axis axis) {
+    return std::max(1.0, static_cast<double>(axis.maximum) - static_cast<double>(axis.minimum));
+}
+
+/// From 0 to 1; what lies outside the range is at its end.
+double shareOf(std::int32_t value, Axis axis) {
+    const double share = (static_cast<double>(value) - static_cast<double>(axis.minimum)) / extentOf(axis);
+    return std::clamp(share, 0.0, 1.0);
+}
+
+Size sizeOf(Axis x, Axis y, std::optional<Size> knownSize) {
+    if (x.resolution > 0 && y.resolution > 0) return {extentOf(x) / x.resolution, extentOf(y) / y.resolution};
+    if (knownSize && knownSize->width > 0.0 && knownSize->height > 0.0) return *knownSize;
+    const double unit = thresholds::kUnknownLength / std::max(extentOf(x), extentOf(y));
+    return {extentOf(x) * unit, extentOf(y) * unit};
+}
+
+} // namespace
+
+Glass::Glass(Axis x, Axis y, std::optional<Size> knownSize) : x_(x), y_(y), size_(sizeOf(x, y, knownSize)) {}
+
+Point Glass::placeOf(std::int32_t x, std::int32_t y) const {
+    return {shareOf(x, x_) * size_.width, shareOf(y, y_) * size_.height};
+}
+
+} // namespace touch

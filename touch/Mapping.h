@@ -1,0 +1,43 @@
+#pragma once
+
+#include "touch/Settings.h"
+#include "touch/Units.h"
+
+namespace touch {
+
+/// Where on the screen a place on the glass is: calibration first, then the picture, both in the panel's own
+/// orientation, then the quarter turns. Fingers are understood as the user sees them, in millimetres of glass that the
+/// calibration and the turn have been applied to ("hand" below); what is given out is a share of the output, from 0 to
+/// 1 with y downward ("screen").
+class Mapping {
+public:
+    Mapping(Size glass, const Matrix& matrix, const Settings& settings, const Desktop& desktop);
+
+    /// The glass as the user sees it, in millimetres.
+    [[nodiscard]] Size handSize() const;
+    [[nodiscard]] Point handOf(Point glass) const;
+
+    /// Whether a contact that lands there touches the picture at all.
+    [[nodiscard]] bool isOnPicture(Point hand) const;
+    /// For the virtual touch screen: what a desktop turns by itself is not turned here. Clamped to the picture.
+    [[nodiscard]] Point touchOf(Point hand) const;
+    /// For the absolute pointer, which no desktop turns. Clamped to the picture.
+    [[nodiscard]] Point pointerOf(Point hand) const;
+
+private:
+    [[nodiscard]] Point pictureOf(Point hand) const;
+
+    Size glass_;
+    Matrix matrix_;
+    /// The panel's size after calibration, which can turn it too.
+    Size upright_;
+    /// The share of the panel that the picture takes up, in the middle.
+    Size picture_{1.0, 1.0};
+    std::int64_t turn_ = 0;
+    std::int64_t touchTurn_ = 0;
+};
+
+/// A place from 0 to 1 after so many quarter turns clockwise; any number of them, also negative.
+[[nodiscard]] Point turned(Point place, std::int64_t quarterTurns);
+
+} // namespace touch

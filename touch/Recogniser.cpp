@@ -1,0 +1,758 @@
+#include "touch/Recogniser.h"
+
+#include "touch/Thresholds.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace touch {
+
+Recogniser::Recogniser(Outputs& out, ClickSeries& clicks, Player& player, const FaultHandler& onFault)
+    : frames_(out), clicks_(clicks), player_(player), onFault_(onFault) {}
+
+void Recogniser::clear() {
+    state_ = HandState::Idle;
+    hand_.clear();
+    firstLift_.reset();
+    isGestureOn_ = false;
+    players_.clear();
+    lastTapOfTwo_.reset();
+    isTapPending_ = false;
+    ranUntil_ = Time::min();
+}
+
+void Recogniser::see(const Sightings& sightings) {
+    const Time now = sightings.time;
+    ranUntil_ = std::max(ranUntil_, now);
+    bool hasMoved = false;
+    FixedList<std::size_t, kMostContacts> gone;
+    for (Finger& finger : hand_.fingers()) {
+        if (!finger.isDown()) continue;
+        const auto* const seen =
+            std::find_if(sightings.fingers.begin(), sightings.fingers.end(),
+                         [&](const Sighting& sighting) { return sighting.finger == finger.number; });
+        if (seen == sightings.fingers.end()) {
+            gone.add(static_cast<std::size_t>(hand_.indexOf(finger)));
+        } else if (Hand::move(finger, rules_->mapping.handOf(seen->place)) && finger.counts()) {
+            hasMoved = true;
+        }
+    }
+    if (hasMoved) moved(now);
+    for (const std::size_t index : gone) {
+        Finger& finger = hand_.fingers()[index];
+        const bool isMistaken =
+            std::find(sightings.mistaken.begin(), sightings.mistaken.end(), finger.number) != sightings.mistaken.end();
+        finger.liftedAt = now;
+        if (isMistaken) {
+            mistaken(finger, now);
+        } else {
+            lifted(finger, now);
+        }
+        leaveIfEmpty();
+    }
+    for (const Sighting& sighting : sightings.fingers) {
+        if (hand_.find(sighting.finger)) continue;
+        Finger* const finger = hand_.land(sighting.finger, rules_->mapping.handOf(sighting.place), now);
+        if (finger) landed(*finger, now);
+    }
+}
+
+void Recogniser::landed(Finger& finger, Time now) {
+    if (!rules_->mapping.isOnPicture(finger.place)) {
+        finger.isIgnored = true;
+        return;
+    }
+    switch (state_) {
+    case HandState::Idle:
+        beginHand(finger, now);
+        return;
+    case HandState::One:
+    case HandState::Many:
+        state_ = HandState::Many;
+        lastLanding_ = now;
+        if (!rules_->gestures.wantsAtLeast(static_cast<std::int32_t>(hand_.countingDown()))) passAll(now);
+        return;
+    case HandState::Raw:
+        passAll(now);
+        return;
+    case HandState::Dragging:
+    case HandState::RightPress:
+    case HandState::Playing:
+    case HandState::Done:
+        // What the hand does is settled until all of it is lifted.
+        return;
+    }
+}
+
+void Recogniser::moved(Time now) {
+    switch (state_) {
+    case HandState::One:
+        movedAlone(now);
+        return;
+    case HandState::Dragging:
+        giveMove(hand_.fingers()[presser_], now);
+        return;
+    case HandState::RightPress: {
+        Finger& finger = hand_.fingers()[presser_];
+        if (!finger.isAtRest()) giveMove(finger, now);
+        return;
+    }
+    case HandState::Many:
+        decide(now, false);
+        return;
+    case HandState::Playing:
+        follow(now);
+        return;
+    case HandState::Raw:
+        for (Finger& finger : hand_.fingers()) {
+            if (finger.isDown() && finger.isGiven) addMove(finger);
+        }
+        frames_.end(now);
+        return;
+    case HandState::Idle:
+        onFault_(Fault::PressedWithoutFinger);
+        return;
+    case HandState::Done:
+        return;
+    }
+}
+
+void Recogniser::lifted(Finger& finger, Time now) {
+    if (finger.isIgnored) return;
+    switch (state_) {
+    case HandState::One:
+        liftedAlone(finger, now);
+        return;
+    case HandState::Dragging:
+        if (!finger.isGiven) return;
+        giveRelease(finger, now);
+        clicks_.ended(finger.isAtRest());
+        state_ = HandState::Done;
+        return;
+    case HandState::RightPress:
+        if (static_cast<std::size_t>(hand_.indexOf(finger)) != presser_) return;
+        pressButton(Button::Right, false, now);
+        state_ = HandState::Done;
+        return;
+    case HandState::Many:
+        liftedOfMany(now);
+        return;
+    case HandState::Playing:
+        if (std::find(players_.begin(), players_.end(), static_cast<std::size_t>(hand_.indexOf(finger))) !=
+            players_.end()) {
+            endPlaying(now);
+        }
+        return;
+    case HandState::Raw:
+        giveRelease(finger, now);
+        if (hand_.counting() == 1) clicks_.ended(finger.isAtRest());
+        return;
+    case HandState::Idle:
+        onFault_(Fault::PressedWithoutFinger);
+        return;
+    case HandState::Done:
+        return;
+    }
+}
+
+/// A contact that was no finger has done nothing.
+void Recogniser::mistaken(Finger& finger, Time now) {
+    if (finger.isIgnored) return;
+    switch (state_) {
+    case HandState::One:
+        takeBackAll(now);
+        state_ = HandState::Done;
+        return;
+    case HandState::Dragging:
+    case HandState::RightPress:
+        lifted(finger, now);
+        clicks_.ended(false);
+        return;
+    case HandState::Many:
+        takeBackAll(now);
+        state_ = HandState::Done;
+        return;
+    case HandState::Playing:
+        lifted(finger, now);
+        return;
+    case HandState::Raw:
+        if (canTakeBack() && finger.isGiven) {
+            frames_.giveAlone({.kind = Output::Kind::TouchCancel, .number = hand_.indexOf(finger)}, now);
+            finger.isGiven = false;
+        } else {
+            giveRelease(finger, now);
+        }
+        clicks_.ended(false);
+        return;
+    case HandState::Idle:
+        onFault_(Fault::PressedWithoutFinger);
+        return;
+    case HandState::Done:
+        return;
+    }
+}
+
+void Recogniser::leaveIfEmpty() {
+    // In this state lifted fingers still say what the hand did.
+    if (state_ == HandState::Many && hand_.countingDown() > 0) return;
+    if (hand_.countingDown() == 0) {
+        state_ = HandState::Idle;
+        firstLift_.reset();
+    }
+    hand_.forgetLifted();
+}
+
+// One finger
+
+void Recogniser::beginHand(Finger& finger, Time now) {
+    player_.finish(now);
+    endGestureIfPlayed(now);
+    state_ = HandState::One;
+    firstLanding_ = lastLanding_ = now;
+    firstLift_.reset();
+    if (!isHeldBack()) giveAlone(finger, now);
+}
+
+/// A finger that cannot be taken back is not given out before it is certain, nor one that may follow a tap of two which
+/// is yet to be done.
+bool Recogniser::isHeldBack() const { return !canTakeBack() || isTapPending_; }
+
+Finger& Recogniser::onlyFinger() {
+    auto& fingers = hand_.fingers();
+    auto* const found = std::find_if(fingers.begin(), fingers.end(),
+                                     [](const Finger& finger) { return finger.isDown() && finger.counts(); });
+    if (found != fingers.end()) return *found;
+    onFault_(Fault::PressedWithoutFinger);
+    return fingers.front();
+}
+
+void Recogniser::movedAlone(Time now) {
+    Finger& finger = onlyFinger();
+    if (!finger.isGiven) {
+        if (finger.isAtRest()) return;
+        giveAlone(finger, now);
+        decideForOne(now);
+    }
+    giveMove(finger, now);
+    if (!finger.isAtRest() && now >= finger.landedAt + thresholds::kAlone) decideForOne(now);
+}
+
+/// The finger that has been given out stays what it is: no other joins it for a gesture.
+void Recogniser::decideForOne(Time now) {
+    if (isTouchMode()) {
+        if (!canTakeBack() || now >= onlyFinger().landedAt + thresholds::kAlone) state_ = HandState::Raw;
+        return;
+    }
+    presser_ = static_cast<std::size_t>(hand_.indexOf(onlyFinger()));
+    state_ = HandState::Dragging;
+}
+
+void Recogniser::liftedAlone(Finger& finger, Time now) {
+    if (!finger.isGiven) giveAlone(finger, now);
+    giveRelease(finger, now);
+    clicks_.ended(finger.isAtRest());
+    state_ = HandState::Done;
+}
+
+void Recogniser::runAlone(Time now) {
+    Finger& finger = onlyFinger();
+    if (finger.isAtRest() && rules_->longPress && now >= finger.landedAt + *rules_->longPress) {
+        pressRight(finger, now);
+        return;
+    }
+    if (now < finger.landedAt + thresholds::kAlone) return;
+    if (!finger.isGiven && (canTakeBack() || !rules_->longPress)) {
+        giveAlone(finger, now);
+        if (!canTakeBack()) decideForOne(now);
+    }
+    if (finger.isGiven && !finger.isAtRest()) decideForOne(now);
+}
+
+void Recogniser::pressRight(Finger& finger, Time now) {
+    settlePendingTap(now);
+    takeBackAll(now);
+    clicks_.interrupt();
+    finger.pressPlace.reset();
+    finger.givenPlace = finger.place;
+    movePointer(finger.place, now);
+    pressButton(Button::Right, true, now);
+    presser_ = static_cast<std::size_t>(hand_.indexOf(finger));
+    state_ = HandState::RightPress;
+}
+
+// Several fingers
+
+/// `isLifting`: the first of them has just been lifted, so it is now or never.
+void Recogniser::decide(Time now, bool isLifting) {
+    const Participants taking = participants();
+    if (taking.ways.empty()) return;
+    if (taking.ways.size() == 1) {
+        ignoreRestingFingers();
+        passAll(now);
+        return;
+    }
+    if (!isLifting && now < lastLanding_ + thresholds::kSettled) return;
+    if (!rules_->gestures.wantsFingers(static_cast<std::int32_t>(taking.ways.size()))) {
+        passAll(now);
+        return;
+    }
+    const auto found = findShape(taking.span());
+    if (!found) return;
+    const auto shape = refined(*found, taking.span(), now, isLifting);
+    if (!shape) return;
+    if (rules_->gestures.wants(shape->shape)) {
+        start(*shape, taking, now);
+    } else {
+        passAll(now);
+    }
+}
+
+/// Without those that only rest at an edge while others move.
+Recogniser::Participants Recogniser::participants() const {
+    const auto& fingers = hand_.fingers();
+    const bool hasMovers = std::any_of(fingers.begin(), fingers.end(),
+                                       [](const Finger& each) { return each.counts() && !each.isAtRest(); });
+    Participants found;
+    for (std::size_t i = 0; i < fingers.size(); ++i) {
+        if (!fingers[i].counts() || (hasMovers && isRestingAtEdge(fingers[i]))) continue;
+        found.ways.add(fingers[i].way());
+        found.indices.add(i);
+    }
+    return found;
+}
+
+bool Recogniser::isRestingAtEdge(const Finger& finger) const {
+    const Size size = rules_->mapping.handSize();
+    const double fromEdge =
+        std::min({finger.landing.x, finger.landing.y, size.width - finger.landing.x, size.height - finger.landing.y});
+    return finger.counts() && finger.isAtRest() && fromEdge <= thresholds::kRestingEdge;
+}
+
+void Recogniser::ignoreRestingFingers() {
+    for (Finger& finger : hand_.fingers()) {
+        // Whoever has been given out is to be lifted in its time.
+        if (!finger.isGiven && isRestingAtEdge(finger)) finger.isIgnored = true;
+    }
+}
+
+/// Two fingers that move together may be more than a scroll. None while that is open.
+std::optional<FoundShape> Recogniser::refined(FoundShape found, std::span<const FingerWay> ways, Time now,
+                                              bool isLifting) const {
+    const bool isSideways = found.direction == Direction::Left || found.direction == Direction::Right;
+    if (found.shape != Shape::ScrollWithTwo || !isSideways) return found;
+    const double length = std::abs(motionOf(ways).way.x);
+    if (found.direction == Direction::Left && rules_->gestures.wants(Shape::LeftFromRightEdgeWithTwo) &&
+        comesFromRightEdge(ways)) {
+        if (length >= thresholds::kSwipeTravel) return FoundShape{Shape::LeftFromRightEdgeWithTwo, found.direction};
+        if (!isLifting) return std::nullopt;
+    }
+    if (!rules_->gestures.wants(Shape::FlickSidewaysWithTwo) || now > firstLanding_ + thresholds::kLongestFlick) {
+        return found;
+    }
+    if (!isLifting) return now < firstLanding_ + thresholds::kLongestFlick ? std::nullopt : std::optional(found);
+    if (length >= thresholds::kFlickTravel) return FoundShape{Shape::FlickSidewaysWithTwo, found.direction};
+    return found;
+}
+
+bool Recogniser::comesFromRightEdge(std::span<const FingerWay> ways) const {
+    const double edge = rules_->mapping.handSize().width;
+    const auto [left, right] = std::minmax_element(
+        ways.begin(), ways.end(), [](const FingerWay& a, const FingerWay& b) { return a.from.x < b.from.x; });
+    return edge - right->from.x <= thresholds::kRightEdge &&
+           edge - left->from.x <= thresholds::kRightEdge + thresholds::kRightEdgeSpread;
+}
+
+void Recogniser::start(FoundShape found, const Participants& participants, Time now) {
+    settlePendingTap(now);
+    takeBackAll(now);
+    clicks_.interrupt();
+    ignoreRestingFingers();
+    shape_ = found;
+    gesture_ = *rules_->gestures.gestureOf(found.shape);
+    players_ = participants.indices;
+    lastAngle_ = 0.0;
+    const Action& action = rules_->actions.actionFor(gesture_, found.direction);
+    const Point place = middleOfOrigins(participants.span());
+    announce(Output::Kind::GestureBegin, now);
+    if (action.kind != Action::Kind::Fingers) {
+        perform(action, found, gesture_, place, now);
+        announce(Output::Kind::GestureEnd, now);
+        state_ = HandState::Done;
+        return;
+    }
+    movePointer(place, now);
+    player_.begin(found.shape, action.fingers > 0 ? action.fingers : fingersOf(found.shape), now);
+    state_ = HandState::Playing;
+    follow(now);
+}
+
+void Recogniser::liftedOfMany(Time now) {
+    if (!firstLift_) {
+        firstLift_ = now;
+        decide(now, true);
+        if (state_ == HandState::Playing) endPlaying(now);
+        if (state_ != HandState::Many) return;
+    }
+    if (!canBeTap(now)) {
+        giveUpOrPass(now);
+    } else if (hand_.countingDown() == 0) {
+        tap(now);
+    }
+}
+
+bool Recogniser::canBeTap(Time now) const {
+    const auto& fingers = hand_.fingers();
+    return std::all_of(fingers.begin(), fingers.end(), [&](const Finger& finger) {
+        if (!finger.counts()) return true;
+        const Time end = finger.liftedAt.value_or(now);
+        return finger.isAtRest() && finger.landedAt - firstLanding_ <= thresholds::kOneHand &&
+               end - finger.landedAt <= thresholds::kLongestTap &&
+               (!firstLift_ || end - *firstLift_ <= thresholds::kOneHand);
+    });
+}
+
+/// Whoever was lifted has tapped, while the others only rest.
+bool Recogniser::areTapsBesideRest() const {
+    const auto& fingers = hand_.fingers();
+    const bool areAllAtRest = std::all_of(fingers.begin(), fingers.end(),
+                                          [](const Finger& each) { return !each.counts() || each.isAtRest(); });
+    const bool areLiftedTaps = std::all_of(fingers.begin(), fingers.end(), [](const Finger& each) {
+        return !each.counts() || !each.liftedAt || *each.liftedAt - each.landedAt <= thresholds::kLongestTap;
+    });
+    return areAllAtRest && areLiftedTaps;
+}
+
+void Recogniser::giveUpOrPass(Time now) {
+    if (areTapsBesideRest()) {
+        passAll(now);
+        return;
+    }
+    settlePendingTap(now);
+    takeBackAll(now);
+    clicks_.interrupt();
+    state_ = HandState::Done;
+}
+
+void Recogniser::runMany(Time now) {
+    decide(now, false);
+    if (state_ != HandState::Many) return;
+    if (isTapPending_ && now >= firstLanding_ + thresholds::kLongestTap) settlePendingTap(now);
+    if (firstLift_ && !canBeTap(now)) {
+        giveUpOrPass(now);
+        leaveIfEmpty();
+        return;
+    }
+    // Fingers that came one by one and stay where they are belong to keys or a game on the screen.
+    const auto& fingers = hand_.fingers();
+    const bool areAllAtRest = std::all_of(fingers.begin(), fingers.end(),
+                                          [](const Finger& each) { return !each.counts() || each.isAtRest(); });
+    if (areAllAtRest && lastLanding_ - firstLanding_ > thresholds::kOneHand &&
+        now >= lastLanding_ + thresholds::kLongestTap) {
+        passAll(now);
+    }
+}
+
+// Taps of several
+
+void Recogniser::tap(Time now) {
+    switch (hand_.counting()) {
+    case 2:
+        tapOfTwo(now);
+        return;
+    case 3:
+        if (rules_->gestures.wants(Shape::TapWithThree)) {
+            doAtOnce(Shape::TapWithThree, middleOfLandings(), now);
+            return;
+        }
+        break;
+    default:
+        break;
+    }
+    passAll(now);
+}
+
+void Recogniser::tapOfTwo(Time now) {
+    const TapOfTwo current{middleOfLandings(), firstLanding_};
+    const bool isSecond = lastTapOfTwo_ && current.landedAt - lastTapOfTwo_->landedAt <= rules_->doubleClickRate &&
+                          distance(current.place, lastTapOfTwo_->place) <= thresholds::kDoubleTapOfTwoTravel;
+    if (isSecond && rules_->gestures.wants(Shape::DoubleTapWithTwo)) {
+        isTapPending_ = false;
+        lastTapOfTwo_.reset();
+        doAtOnce(Shape::DoubleTapWithTwo, current.place, now);
+        return;
+    }
+    settlePendingTap(now);
+    lastTapOfTwo_ = current;
+    if (!rules_->gestures.wants(Shape::TapWithTwo)) {
+        passAll(now);
+    } else if (rules_->gestures.wants(Shape::DoubleTapWithTwo)) {
+        takeBackAll(now);
+        clicks_.interrupt();
+        isTapPending_ = true;
+    } else {
+        doAtOnce(Shape::TapWithTwo, current.place, now);
+    }
+}
+
+/// No second tap of two followed, so the first means what it means alone.
+void Recogniser::settlePendingTap(Time now) {
+    if (!isTapPending_) return;
+    isTapPending_ = false;
+    doAtOnce(Shape::TapWithTwo, lastTapOfTwo_->place, now);
+}
+
+Point Recogniser::middleOfLandings() const {
+    Point sum;
+    for (const Finger& finger : hand_.fingers()) {
+        if (finger.counts()) sum = sum + finger.landing;
+    }
+    return sum * (1.0 / static_cast<double>(std::max<std::size_t>(hand_.counting(), 1)));
+}
+
+// Gestures
+
+/// A gesture that is over as soon as it is known.
+void Recogniser::doAtOnce(Shape shape, Point place, Time now) {
+    settlePendingTap(now);
+    takeBackAll(now);
+    clicks_.interrupt();
+    shape_ = {shape};
+    const auto gesture = rules_->gestures.gestureOf(shape);
+    if (!gesture) return;
+    gesture_ = *gesture;
+    announce(Output::Kind::GestureBegin, now);
+    perform(rules_->actions.actionFor(gesture_, Direction::None), shape_, gesture_, place, now);
+    announce(Output::Kind::GestureEnd, now);
+}
+
+void Recogniser::perform(const Action& action, const FoundShape& found, Gesture gesture, Point place, Time now) {
+    switch (action.kind) {
+    case Action::Kind::RightClick:
+        movePointer(place, now);
+        pressButton(Button::Right, true, now);
+        pressButton(Button::Right, false, now);
+        return;
+    case Action::Kind::Chord:
+        for (const std::int32_t key : action.keys) {
+            frames_.giveAlone({.kind = Output::Kind::KeyDown, .number = key}, now);
+        }
+        for (std::size_t i = action.keys.size(); i > 0; --i) {
+            frames_.giveAlone({.kind = Output::Kind::KeyUp, .number = action.keys[i - 1]}, now);
+        }
+        return;
+    case Action::Kind::Call:
+        frames_.giveAlone(
+            {.kind = Output::Kind::Call, .gesture = gesture, .shape = found.shape, .direction = found.direction}, now);
+        return;
+    case Action::Kind::Fingers:
+    case Action::Kind::Nothing:
+        // Fingers have nothing to follow where all of them have been lifted.
+        return;
+    }
+}
+
+void Recogniser::follow(Time now) {
+    FixedList<FingerWay, kMostContacts> ways;
+    for (const std::size_t index : players_) ways.add(hand_.fingers()[index].way());
+    const Motion all = motionOf({ways.begin(), ways.end()});
+    lastAngle_ += std::remainder(all.angle - lastAngle_, 2.0 * std::numbers::pi);
+    Motion motion;
+    switch (shape_.shape) {
+    case Shape::PinchWithTwo:
+    case Shape::FourTogether:
+    case Shape::FourApart:
+        motion.scale = all.scale;
+        break;
+    case Shape::RotateWithTwo:
+        motion.angle = lastAngle_;
+        break;
+    case Shape::ScrollWithTwo:
+    case Shape::FlickSidewaysWithTwo:
+    case Shape::LeftFromRightEdgeWithTwo:
+        motion.way = all.way * (gesture_ == Gesture::Scroll ? rules_->scrollSign : 1.0);
+        break;
+    case Shape::SidewaysWithThree:
+    case Shape::UpWithThree:
+    case Shape::DownWithThree:
+    case Shape::SidewaysWithFour:
+    case Shape::UpWithFour:
+    case Shape::DownWithFour:
+        motion.way = all.way;
+        break;
+    case Shape::TapWithTwo:
+    case Shape::DoubleTapWithTwo:
+    case Shape::TapWithThree:
+        onFault_(Fault::UnwantedGesture);
+        break;
+    }
+    player_.follow(motion, now);
+}
+
+/// The rest of the hand may follow, but a gesture is over when its first finger leaves.
+void Recogniser::endPlaying(Time now) {
+    player_.end(now);
+    endGestureIfPlayed(now);
+    state_ = HandState::Done;
+}
+
+void Recogniser::endGestureIfPlayed(Time now) {
+    if (isGestureOn_ && !player_.isPlaying()) announce(Output::Kind::GestureEnd, now);
+}
+
+void Recogniser::announce(Output::Kind kind, Time now) {
+    isGestureOn_ = kind == Output::Kind::GestureBegin;
+    frames_.giveAlone({.kind = kind, .gesture = gesture_, .shape = shape_.shape, .direction = shape_.direction}, now);
+}
+
+// Giving out
+
+/// From now on all fingers pass as touches, those that were held back first, with what they have done so far.
+void Recogniser::passAll(Time now) {
+    settlePendingTap(now);
+    if (hand_.counting() > 1) clicks_.interrupt();
+    for (Finger& finger : hand_.fingers()) {
+        if (!finger.counts() || finger.isGiven) continue;
+        finger.isGiven = true;
+        finger.givenPlace = finger.landing;
+        frames_.add({.kind = Output::Kind::TouchDown,
+                     .number = hand_.indexOf(finger),
+                     .at = rules_->mapping.touchOf(finger.landing)});
+    }
+    frames_.end(now);
+    for (Finger& finger : hand_.fingers()) {
+        if (finger.counts()) addMove(finger);
+    }
+    frames_.end(now);
+    for (Finger& finger : hand_.fingers()) {
+        if (finger.counts() && finger.liftedAt) giveRelease(finger, now);
+    }
+    state_ = HandState::Raw;
+}
+
+/// One finger alone goes down, where the series of taps that it belongs to has its place.
+void Recogniser::giveAlone(Finger& finger, Time now) {
+    settlePendingTap(now);
+    const Point place = clicks_.place(finger.landedAt, finger.landing, now);
+    finger.isGiven = true;
+    if (place != finger.landing) finger.pressPlace = place;
+    finger.givenPlace = place;
+    if (isTouchMode()) {
+        frames_.giveAlone(
+            {.kind = Output::Kind::TouchDown, .number = hand_.indexOf(finger), .at = rules_->mapping.touchOf(place)},
+            now);
+        return;
+    }
+    movePointer(place, now);
+    pressButton(Button::Left, true, now);
+}
+
+void Recogniser::giveMove(Finger& finger, Time now) {
+    if (isTouchMode() && state_ != HandState::RightPress) {
+        addMove(finger);
+        frames_.end(now);
+        return;
+    }
+    if (finger.placeToGive() == finger.givenPlace) return;
+    finger.givenPlace = finger.placeToGive();
+    movePointer(finger.givenPlace, now);
+}
+
+void Recogniser::addMove(Finger& finger) {
+    if (!finger.isGiven || finger.placeToGive() == finger.givenPlace) return;
+    finger.givenPlace = finger.placeToGive();
+    frames_.add({.kind = Output::Kind::TouchMove,
+                 .number = hand_.indexOf(finger),
+                 .at = rules_->mapping.touchOf(finger.givenPlace)});
+}
+
+void Recogniser::giveRelease(Finger& finger, Time now) {
+    if (!finger.isGiven) return;
+    finger.isGiven = false;
+    if (state_ == HandState::Dragging || (state_ == HandState::One && !isTouchMode())) {
+        pressButton(Button::Left, false, now);
+        return;
+    }
+    frames_.giveAlone({.kind = Output::Kind::TouchUp, .number = hand_.indexOf(finger)}, now);
+}
+
+void Recogniser::takeBackAll(Time now) {
+    for (Finger& finger : hand_.fingers()) {
+        if (!finger.isGiven) continue;
+        finger.isGiven = false;
+        clicks_.takenBack();
+        frames_.add({.kind = Output::Kind::TouchCancel, .number = hand_.indexOf(finger)});
+    }
+    frames_.end(now);
+}
+
+void Recogniser::movePointer(Point hand, Time now) {
+    frames_.giveAlone({.kind = Output::Kind::PointerMove, .at = rules_->mapping.pointerOf(hand)}, now);
+}
+
+void Recogniser::pressButton(Button button, bool isDown, Time now) {
+    frames_.giveAlone(
+        {.kind = isDown ? Output::Kind::ButtonDown : Output::Kind::ButtonUp, .number = button == Button::Left ? 0 : 1},
+        now);
+}
+
+// What is due
+
+std::optional<Time> Recogniser::deadline() const {
+    std::optional<Time> next;
+    const auto consider = [&](Time moment) {
+        if (moment > ranUntil_ && (!next || moment < *next)) next = moment;
+    };
+    switch (state_) {
+    case HandState::Idle:
+        // Also one that is past already: nothing is left for it to wait for.
+        if (isTapPending_) return std::max(lastTapOfTwo_->landedAt + rules_->doubleClickRate, ranUntil_);
+        break;
+    case HandState::One:
+        consider(firstLanding_ + thresholds::kAlone);
+        if (rules_->longPress) consider(firstLanding_ + *rules_->longPress);
+        break;
+    case HandState::Many:
+        consider(lastLanding_ + thresholds::kSettled);
+        consider(firstLanding_ + thresholds::kLongestFlick);
+        consider(firstLanding_ + thresholds::kLongestTap);
+        consider(lastLanding_ + thresholds::kLongestTap);
+        // A tap may still be one at the very end of its time.
+        if (firstLift_) consider(*firstLift_ + thresholds::kOneHand + Time(1));
+        break;
+    case HandState::Dragging:
+    case HandState::RightPress:
+    case HandState::Playing:
+    case HandState::Raw:
+    case HandState::Done:
+        break;
+    }
+    if (const auto played = player_.deadline()) {
+        if (!next || *played < *next) next = played;
+    }
+    return next;
+}
+
+void Recogniser::run(Time now) {
+    if (player_.run(now)) endGestureIfPlayed(now);
+    ranUntil_ = std::max(ranUntil_, now);
+    switch (state_) {
+    case HandState::Idle:
+        if (isTapPending_ && now >= lastTapOfTwo_->landedAt + rules_->doubleClickRate) settlePendingTap(now);
+        return;
+    case HandState::One:
+        runAlone(now);
+        return;
+    case HandState::Many:
+        runMany(now);
+        return;
+    case HandState::Dragging:
+    case HandState::RightPress:
+    case HandState::Playing:
+    case HandState::Raw:
+    case HandState::Done:
+        return;
+    }
+}
+
+} // namespace touch

@@ -1,0 +1,186 @@
+#include "touch/Recording.h"
+
+#include <charconv>
+#include <optional>
+#include <stdexcept>
+#include <system_error>
+
+namespace touch {
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r";
+constexpr unsigned kDirectProperty = 1U << 1U;
+constexpr std::int32_t kSlotAxis = 0x2f;
+constexpr std::int32_t kPositionXAxis = 0x35;
+constexpr std::int32_t kPositionYAxis = 0x36;
+constexpr std::int32_t kMicrosecondsInSecond = 1'000'000;
+
+/// The words of one line, taken off from the front.
+class Line {
+public:
+    Line(std::string_view text, std::size_t number) : rest_(text.substr(0, text.find('#'))), number_(number) {}
+
+    [[noreturn]] void refuse(std::string_view what) const {
+        throw std::runtime_error("line " + std::to_string(number_) + ": " + std::string(what));
+    }
+
+    [[nodiscard]] bool isAtEnd() { return rest_.find_first_not_of(kBlanks) == std::string_view::npos; }
+
+    std::string_view word(std::string_view what) {
+        const std::size_t begin = rest_.find_first_not_of(kBlanks);
+        if (begin == std::string_view::npos) refuse(std::string(what) + " is missing");
+        rest_.remove_prefix(begin);
+        const std::string_view found = rest_.substr(0, rest_.find_first_of(kBlanks));
+        rest_.remove_prefix(found.size());
+        return found;
+    }
+
+    template <typename Number>
+    Number number(std::string_view what, int base = 10) {
+        const std::string_view text = word(what);
+        Number value{};
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+        if (error != std::errc{} || end != text.data() + text.size()) refuse(std::string(what) + " is no number");
+        return value;
+    }
+
+private:
+    std::string_view rest_;
+    std::size_t number_;
+};
+
+/// "SECONDS.MICROSECONDS", where the second part has six digits.
+Time timeOf(Line& line) {
+    const std::string_view text = line.word("the time");
+    const std::size_t point = text.find('.');
+    if (point == std::string_view::npos || text.size() - point != 7) line.refuse("the time is no time");
+    std::int64_t seconds = 0;
+    std::int32_t microseconds = 0;
+    const auto isRead = [&](std::string_view digits, auto& value) {
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+        return error == std::errc{} && end == digits.data() + digits.size() && value >= 0;
+    };
+    constexpr std::int64_t kMostSeconds = 1'000'000'000'000;
+    if (!isRead(text.substr(0, point), seconds) || !isRead(text.substr(point + 1), microseconds) ||
+        seconds > kMostSeconds) {
+        line.refuse("the time is no time");
+    }
+    return Time(seconds * kMicrosecondsInSecond + microseconds);
+}
+
+KernelEvent eventOf(Line& line) {
+    KernelEvent event;
+    event.time = timeOf(line);
+    event.type = line.number<std::uint16_t>("the type", 16);
+    event.code = line.number<std::uint16_t>("the code", 16);
+    event.value = line.number<std::int32_t>("the value");
+    return event;
+}
+
+/// Reads a text line by line into a recording.
+class Reader {
+public:
+    explicit Reader(Recording& recording) : recording_(recording) {}
+
+    void read(std::string_view text) {
+        for (std::size_t number = 1; !text.empty(); ++number) {
+            const std::size_t end = text.find('\n');
+            readLine(text.substr(0, end), number);
+            text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+        }
+    }
+
+    void expectTouchScreen() const {
+        if (!isDirect_ || !hasSlots_ || !hasX_ || !hasY_) {
+            throw std::runtime_error(
+                "this is no recording of a touch screen: its description has no slots with places, "
+                "or does not say that fingers touch what they mean");
+        }
+    }
+
+private:
+    void readLine(std::string_view text, std::size_t number) {
+        if (text.size() < 2 || text[1] != ':') return;
+        Line line(text.substr(2), number);
+        switch (text[0]) {
+        case 'N':
+            readName(text.substr(2));
+            return;
+        case 'I':
+            static_cast<void>(line.word("the bus"));
+            recording_.vendor = line.number<std::uint16_t>("the vendor", 16);
+            recording_.product = line.number<std::uint16_t>("the product", 16);
+            return;
+        case 'P':
+            // More lines of properties may follow; the one that counts is in the first.
+            if (!hasProperties_) isDirect_ = (line.number<unsigned>("a property", 16) & kDirectProperty) != 0;
+            hasProperties_ = true;
+            return;
+        case 'A':
+            readAxis(line);
+            return;
+        case 'E':
+            recording_.events.push_back(eventOf(line));
+            return;
+        default:
+            return;
+        }
+    }
+
+    void readName(std::string_view name) {
+        const std::size_t begin = name.find_first_not_of(kBlanks);
+        const std::size_t end = name.find_last_not_of(kBlanks);
+        recording_.name = begin == std::string_view::npos ? "" : name.substr(begin, end - begin + 1);
+    }
+
+    void readAxis(Line& line) {
+        const auto code = line.number<std::int32_t>("the axis", 16);
+        Axis axis;
+        axis.minimum = line.number<std::int32_t>("the minimum");
+        axis.maximum = line.number<std::int32_t>("the maximum");
+        static_cast<void>(line.word("the fuzz"));
+        static_cast<void>(line.word("the flat"));
+        // Older recordings end here.
+        if (!line.isAtEnd()) axis.resolution = line.number<std::int32_t>("the resolution");
+        if (code == kSlotAxis) {
+            hasSlots_ = true;
+            recording_.slots = axis.maximum < 0 ? 0 : static_cast<std::size_t>(axis.maximum) + 1;
+        } else if (code == kPositionXAxis) {
+            hasX_ = true;
+            recording_.x = axis;
+        } else if (code == kPositionYAxis) {
+            hasY_ = true;
+            recording_.y = axis;
+        }
+    }
+
+    Recording& recording_;
+    bool hasProperties_ = false;
+    bool isDirect_ = false;
+    bool hasSlots_ = false;
+    bool hasX_ = false;
+    bool hasY_ = false;
+};
+
+} // namespace
+
+bool hasDescription(std::string_view text) { return text.starts_with("N:") || text.find("\nN:") != text.npos; }
+
+Recording readRecording(std::string_view events, std::string_view description) {
+    Recording recording;
+    Reader reader(recording);
+    if (!hasDescription(events)) reader.read(description);
+    reader.read(events);
+    reader.expectTouchScreen();
+    return recording;
+}
+
+void Recording::play(const Glass& glass, const std::function<void(const Frame&)>& see) const {
+    SlotTable table(glass, slots);
+    for (const KernelEvent& event : events) {
+        if (table.take(event)) see(table.frame());
+    }
+}
+
+} // namespace touch

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "touch/Glass.h"
+#include "touch/SlotTable.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace touch {
+
+/// What a panel says of itself, and the events it sent.
+struct Recording {
+    std::string name;
+    std::uint16_t vendor = 0;
+    std::uint16_t product = 0;
+    Axis x;
+    Axis y;
+    std::size_t slots = 0;
+    std::vector<KernelEvent> events;
+
+    /// Hands each report's frame to `see`, in its order.
+    void play(const Glass& glass, const std::function<void(const Frame&)>& see) const;
+};
+
+/// Whether a text of this form has the description of its panel, or needs another one's.
+[[nodiscard]] bool hasDescription(std::string_view text);
+
+/// Reads a recording in evemu's text form. `description` has the panel's lines where `events` has none. Throws
+/// std::runtime_error, which names the line, for what cannot be read, and for panels that are no touch screens with
+/// slots.
+[[nodiscard]] Recording readRecording(std::string_view events, std::string_view description = {});
+
+} // namespace touch

@@ -1,0 +1,187 @@
+#include "touch/Shapes.h"
+
+#include "touch/Thresholds.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace touch {
+
+namespace {
+
+Point middleOfPlaces(std::span<const FingerWay> fingers) {
+    Point sum;
+    for (const FingerWay& finger : fingers) sum = sum + finger.to;
+    return fingers.empty() ? sum : sum * (1.0 / static_cast<double>(fingers.size()));
+}
+
+Point meanWay(std::span<const FingerWay> fingers) { return middleOfPlaces(fingers) - middleOfOrigins(fingers); }
+
+double meanDistanceTo(Point middle, std::span<const FingerWay> fingers, Point FingerWay::*place) {
+    double sum = 0.0;
+    for (const FingerWay& finger : fingers) sum += distance(middle, finger.*place);
+    return fingers.empty() ? sum : sum / static_cast<double>(fingers.size());
+}
+
+/// How far fingers went apart in the mean; less than 0 where they came together.
+double spreadOf(std::span<const FingerWay> fingers) {
+    return meanDistanceTo(middleOfPlaces(fingers), fingers, &FingerWay::to) -
+           meanDistanceTo(middleOfOrigins(fingers), fingers, &FingerWay::from);
+}
+
+/// Between -pi and pi.
+double withinHalfTurn(double angle) { return std::remainder(angle, 2.0 * std::numbers::pi); }
+
+double angleOf(Point way) { return std::atan2(way.y, way.x); }
+
+/// How far all have turned about their middle, in the mean.
+double turnOf(std::span<const FingerWay> fingers) {
+    const Point before = middleOfOrigins(fingers);
+    const Point after = middleOfPlaces(fingers);
+    double sum = 0.0;
+    for (const FingerWay& finger : fingers) {
+        sum += withinHalfTurn(angleOf(finger.to - after) - angleOf(finger.from - before));
+    }
+    return fingers.empty() ? sum : sum / static_cast<double>(fingers.size());
+}
+
+/// What two fingers did, in parts that can be told apart: together, towards each other, and about each other.
+struct Parts {
+    double together = 0.0;
+    double apart = 0.0;
+    double about = 0.0;
+};
+
+Parts partsOf(const FingerWay& first, const FingerWay& second) {
+    const Point between = second.from - first.from;
+    const double gap = lengthOf(between);
+    const Point relative = (second.way() - first.way()) * 0.5;
+    const Point together = (second.way() + first.way()) * 0.5;
+    if (gap <= 0.0) return {.together = lengthOf(together), .apart = lengthOf(relative), .about = 0.0};
+    const Point unit = between * (1.0 / gap);
+    return {.together = lengthOf(together),
+            .apart = std::abs(along(relative, unit)),
+            .about = std::abs(along(relative, turnedAQuarter(unit)))};
+}
+
+/// One finger rests and the other goes about it or away from it.
+std::optional<FoundShape> findPivot(const FingerWay& first, const FingerWay& second, const Parts& parts) {
+    const double still = std::min(lengthOf(first.way()), lengthOf(second.way()));
+    const double moving = std::max(lengthOf(first.way()), lengthOf(second.way()));
+    if (still > thresholds::kStill || moving < thresholds::kPivotTravel) return std::nullopt;
+    if (parts.apart > parts.about) return FoundShape{Shape::PinchWithTwo};
+    if (parts.about > parts.apart) return FoundShape{Shape::RotateWithTwo};
+    return std::nullopt;
+}
+
+bool isClear(double part, double others) {
+    return part >= thresholds::kTwoFingerTravel && part >= thresholds::kTwoFingerClearness * others;
+}
+
+std::optional<FoundShape> findShapeOfTwo(const FingerWay& first, const FingerWay& second) {
+    const Parts parts = partsOf(first, second);
+    if (isClear(parts.together, std::max(parts.apart, parts.about))) {
+        return FoundShape{Shape::ScrollWithTwo, directionOf((first.way() + second.way()) * 0.5)};
+    }
+    if (isClear(parts.apart, std::max(parts.together, parts.about))) return FoundShape{Shape::PinchWithTwo};
+    if (isClear(parts.about, std::max(parts.together, parts.apart))) return FoundShape{Shape::RotateWithTwo};
+    return findPivot(first, second, parts);
+}
+
+std::optional<Shape> swipeOf(std::size_t fingers, Direction direction) {
+    const bool isThree = fingers == 3;
+    switch (direction) {
+    case Direction::Left:
+    case Direction::Right:
+        return isThree ? Shape::SidewaysWithThree : Shape::SidewaysWithFour;
+    case Direction::Up:
+        return isThree ? Shape::UpWithThree : Shape::UpWithFour;
+    case Direction::Down:
+        return isThree ? Shape::DownWithThree : Shape::DownWithFour;
+    case Direction::None:
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+Point unitOf(Direction direction) {
+    switch (direction) {
+    case Direction::Left:
+        return {-1.0, 0.0};
+    case Direction::Right:
+        return {1.0, 0.0};
+    case Direction::Up:
+        return {0.0, -1.0};
+    case Direction::Down:
+        return {0.0, 1.0};
+    case Direction::None:
+        return {};
+    }
+    return {};
+}
+
+std::optional<FoundShape> findSwipe(std::span<const FingerWay> fingers) {
+    const Point way = meanWay(fingers);
+    const Direction direction = directionOf(way);
+    const Point unit = unitOf(direction);
+    const double length = along(way, unit);
+    if (length < thresholds::kSwipeTravel) return std::nullopt;
+    const bool allTakePart = std::all_of(fingers.begin(), fingers.end(), [&](const FingerWay& finger) {
+        return along(finger.way(), unit) >= thresholds::kSwipeShare * length;
+    });
+    const auto shape = swipeOf(fingers.size(), direction);
+    if (!allTakePart || !shape) return std::nullopt;
+    return FoundShape{*shape, direction};
+}
+
+std::optional<FoundShape> findShapeOfFour(std::span<const FingerWay> fingers) {
+    const double spread = spreadOf(fingers);
+    const double together = lengthOf(meanWay(fingers));
+    if (std::abs(spread) >= thresholds::kFourPinchTravel &&
+        std::abs(spread) >= thresholds::kFourPinchClearness * together) {
+        return FoundShape{spread < 0.0 ? Shape::FourTogether : Shape::FourApart};
+    }
+    return findSwipe(fingers);
+}
+
+} // namespace
+
+std::optional<FoundShape> findShape(std::span<const FingerWay> fingers) {
+    switch (fingers.size()) {
+    case 2:
+        return findShapeOfTwo(fingers[0], fingers[1]);
+    case 3:
+        return findSwipe(fingers);
+    case 4:
+        return findShapeOfFour(fingers);
+    default:
+        return std::nullopt;
+    }
+}
+
+Motion motionOf(std::span<const FingerWay> fingers) {
+    const double before = meanDistanceTo(middleOfOrigins(fingers), fingers, &FingerWay::from);
+    const double after = meanDistanceTo(middleOfPlaces(fingers), fingers, &FingerWay::to);
+    return {.way = meanWay(fingers), .scale = before > 0.0 ? after / before : 1.0, .angle = turnOf(fingers)};
+}
+
+Point middleOfOrigins(std::span<const FingerWay> fingers) {
+    Point sum;
+    for (const FingerWay& finger : fingers) sum = sum + finger.from;
+    return fingers.empty() ? sum : sum * (1.0 / static_cast<double>(fingers.size()));
+}
+
+Direction directionOf(Point way) {
+    const double sideways = std::abs(way.x);
+    const double upright = std::abs(way.y);
+    if (sideways >= thresholds::kSwipeClearness * upright && sideways > 0.0) {
+        return way.x < 0.0 ? Direction::Left : Direction::Right;
+    }
+    if (upright >= thresholds::kSwipeClearness * sideways && upright > 0.0) {
+        return way.y < 0.0 ? Direction::Up : Direction::Down;
+    }
+    return Direction::None;
+}
+
+} // namespace touch
