@@ -2,6 +2,7 @@
 
 #include "platform/Guarded.h"
 #include "qt/CanvasView.h"
+#include "qt/MovedControl.h"
 #include "qt/PullDown.h"
 #include "qt/QtGraphicsContext.h"
 #include "qt/TouchSize.h"
@@ -192,9 +193,13 @@ void pairSlider(QSlider& slider, NSSlider& model, FormBinding& binding) {
     const double steps = stepsPerUnit(slider);
     model.setBounds(slider.minimum() / steps, slider.maximum() / steps);
     const auto show = binding.mirror(slider, model, showValue);
+    auto position = std::make_shared<int>(slider.value());
+    MovedControl& control = binding.keep(std::make_unique<MovedControl>(
+        [&model, steps, show, position] { userActed([&] { model.performSetDoubleValue(*position / steps); }, show); }));
     // What the program sets is shown in silence, so a change that is heard of is the user's.
-    QObject::connect(&slider, &QSlider::valueChanged, binding.connections(), [&model, steps, show](int value) {
-        userActed([&] { model.performSetDoubleValue(value / steps); }, show);
+    QObject::connect(&slider, &QSlider::valueChanged, binding.connections(), [&control, position](int value) {
+        *position = value;
+        control.moved();
     });
 }
 

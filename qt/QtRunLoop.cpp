@@ -2,6 +2,9 @@
 
 #include "platform/Guarded.h"
 
+#include <QAbstractEventDispatcher>
+#include <QAbstractSlider>
+#include <QCoreApplication>
 #include <QEventLoop>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -40,6 +43,18 @@ public:
 private:
     QSocketNotifier readable_;
     QSocketNotifier writable_;
+};
+
+/// Keeps sliders and scroll bars from going on by themselves, as they do while they are held: the release that ends
+/// that may be among the input that waits.
+class HeldControlsRest final : public QObject {
+public:
+    HeldControlsRest() { QCoreApplication::instance()->installEventFilter(this); }
+
+private:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        return event->type() == QEvent::Timer && qobject_cast<QAbstractSlider*>(watched);
+    }
 };
 
 } // namespace
@@ -101,11 +116,14 @@ void QtRunLoop::runUntil(const std::function<bool()>& done, double seconds) {
     deadline.start(toMilliseconds(seconds));
 
     QEventLoop events;
+    const HeldControlsRest rest;
     ++waiting_;
     while (!done() && deadline.isActive()) {
         events.processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
     }
     --waiting_;
+    // The input that has come meanwhile is in the toolkit already, which looks for it only when something wakes it up.
+    QAbstractEventDispatcher::instance()->wakeUp();
     if (!postponed_.empty()) performSoon();
 }
 

@@ -13,7 +13,7 @@ import unittest
 import dbus
 
 from hosts import PANE, PaneLife
-from peers import Lines, Peer, World, wait_until
+from peers import NAME_PREFIX, PATH, LatePeer, Lines, Peer, World, wait_until
 from screen import Screen, wait_for
 
 BUILD, PLUGIN_FOLDER, PRELOAD = sys.argv[1:4]
@@ -26,7 +26,7 @@ OTHER_MODULE = "kcm_filetypes"
 DRIVER = "TouchDisplayDriverMessagePort"
 DISPLAY = "Kelvo 24"
 TAB_POP_UP = "Settings for:"
-NORMAL_SPEED = "Normal Speed"
+NORMAL_SPEED, NORMAL_SIZE = "Normal Speed", "Normal Size"
 APOLOGY = "The touch display settings cannot be shown."
 TOUCH_TAB, VERSION_TAB = 1, 3
 
@@ -58,6 +58,33 @@ class Host(unittest.TestCase):
         self.log = Lines(self.process.stderr)
         self.life = PaneLife(self.world, MODULE, self.log)
         self.screen.operate(self.process)
+
+    def begin_on_the_touch_page(self):
+        self.world.set_plist("Utilities.plist", {
+            "SelectedMenuItem": TOUCH_TAB, "IsShowStatuMenu": True, "DriverEnable": True,
+            "CurrentDeviceType": [DISPLAY], "VerboseLog": False})
+
+    def handle_what_was_done_during_a_wait(self, command):
+        """Two clicks, the second before the first one's message is answered, and then nothing more."""
+        self.begin_on_the_touch_page()
+        with LatePeer(self.world, DRIVER) as driver:
+            self.start_host(command, MODULE)
+            self.life.expect("mainViewDidLoad", "willSelect")
+            # To ask for a place is an event of its own, which would wake the host.
+            size = self.screen.place_of(NORMAL_SIZE)
+            self.screen.click(NORMAL_SPEED)
+            wait_until(lambda: driver.received, "the driver to hear of the speed")
+            subprocess.run(["xdotool", "mousemove", str(size.x + size.width // 2), str(size.y + size.height // 2),
+                            "click", "1", "getmouselocation"], check=True, stdout=subprocess.DEVNULL)
+            for _ in range(2):
+                self.world.bus.get_object(NAME_PREFIX + PANE, PATH, introspect=False).Ping(
+                    dbus_interface="org.freedesktop.DBus.Peer")
+            driver.answer_and_go_on()
+            wait_until(lambda: len(driver.received) == 2, "the driver to hear of the size")
+            self.assertEqual([(number, plistlib.loads(data)) for number, data in driver.received], [
+                (0, {"DoubleClickRate": 0.5, "DeviceName": DISPLAY}),
+                (1, {"DoubleClickRange": 32, "DeviceName": DISPLAY})])
+        self.close()
 
     def tearDown(self):
         self.assertEqual([line for line in self.log.read() if "Sanitizer" in line or "runtime error" in line], [])
@@ -128,6 +155,9 @@ class KcmShell(Host):
                                    come_back=lambda: self.screen.click("Touch Display"),
                                    steps_of_coming_back=["willSelect"])
 
+    def test_handles_a_click_as_soon_as_the_wait_is_over(self):
+        self.handle_what_was_done_during_a_wait("kcmshell5")
+
     def test_says_why_there_is_no_pane(self):
         folder = self.world.folder / "incomplete"
         for place, files in ((PLUGIN_FOLDER, f"{MODULE}.so"), ("lib", "libkelvo-touch-platform.so")):
@@ -156,10 +186,11 @@ class SystemSettings(Host):
         self.lead_through_its_life(leave=lambda: self.go_to(OTHER_MODULE), come_back=lambda: self.go_to(MODULE),
                                    steps_of_coming_back=["mainViewDidLoad", "willSelect"])
 
+    def test_handles_a_click_as_soon_as_the_wait_is_over(self):
+        self.handle_what_was_done_during_a_wait("systemsettings5")
+
     def test_may_destroy_the_module_while_the_pane_waits_for_the_driver(self):
-        self.world.set_plist("Utilities.plist", {
-            "SelectedMenuItem": TOUCH_TAB, "IsShowStatuMenu": True, "DriverEnable": True,
-            "CurrentDeviceType": [DISPLAY], "VerboseLog": False})
+        self.begin_on_the_touch_page()
         left = ["mainViewDidLoad", "willSelect", "willUnselect"]
 
         def leave_meanwhile(*_):

@@ -1,12 +1,16 @@
 #include "qt/ToolkitPlatform.h"
 
 #include <QElapsedTimer>
+#include <QEventLoop>
+#include <QScrollBar>
 #include <QTest>
+#include <QTimer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -57,6 +61,16 @@ protected:
     /// Runs whatever is due by now.
     void runDueEvents() {
         loop_.runUntil([] { return false; }, 0.0);
+    }
+
+    /// Whether the toolkit's loop turns once more by itself, though there is nothing left that would make it.
+    static bool loopTurns() {
+        QTimer patience;
+        patience.setSingleShot(true);
+        patience.start(
+            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(kLongSeconds)));
+        QEventLoop().processEvents(QEventLoop::WaitForMoreEvents);
+        return patience.isActive();
     }
 
     ToolkitPlatform platform_;
@@ -187,6 +201,47 @@ TEST_F(QtRunLoopTest, RunUntilNestsInWhatTheLoopDelivers) {
     });
     runUntil([&] { return story.size() == 3; });
     EXPECT_THAT(story, ElementsAre("outer begins", "inner", "outer ends"));
+}
+
+TEST_F(QtRunLoopTest, LoopLooksForTheInputThatWaitedWhenRunUntilEnds) {
+    for (const bool isDone : {true, false}) {
+        bool fired = false;
+        loop_.scheduleTimer(0.0, [&] { fired = true; });
+        loop_.runUntil([&] { return fired && isDone; }, isDone ? kLongSeconds : 0.01);
+        EXPECT_TRUE(fired);
+        EXPECT_TRUE(loopTurns());
+    }
+}
+
+TEST_F(QtRunLoopTest, LoopLooksForTheInputThatWaitedWhenTheOutermostRunUntilEnds) {
+    bool innerIsDone = false;
+    loop_.scheduleTimer(0.0, [&] {
+        bool fired = false;
+        loop_.scheduleTimer(0.0, [&] { fired = true; });
+        loop_.runUntil([&] { return fired; }, kLongSeconds);
+        innerIsDone = true;
+    });
+    runUntil([&] { return innerIsDone; });
+    EXPECT_TRUE(loopTurns());
+}
+
+TEST_F(QtRunLoopTest, WhatIsHeldDoesNotGoOnByItselfDuringRunUntil) {
+    QScrollBar held(Qt::Vertical);
+    held.setRange(0, 1000);
+    held.resize(20, 400);
+    held.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&held));
+    const QPoint belowTheHandle(10, 300);
+    QTest::mousePress(&held, Qt::LeftButton, {}, belowTheHandle);
+    const int pressed = held.value();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return held.value() > pressed; }));
+
+    const int before = held.value();
+    loop_.runUntil([] { return false; }, 0.3);
+    EXPECT_EQ(held.value(), before);
+
+    EXPECT_TRUE(QTest::qWaitFor([&] { return held.value() > before; }));
+    QTest::mouseRelease(&held, Qt::LeftButton, {}, belowTheHandle);
 }
 
 TEST_F(QtRunLoopTest, WhenNothingWaitsIsAtOnceWhereNothingDoes) {

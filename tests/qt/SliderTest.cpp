@@ -1,11 +1,16 @@
 #include "qt/FormFixture.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QSlider>
 #include <QWheelEvent>
 
 #include <gmock/gmock.h>
+
+#include <initializer_list>
+#include <utility>
+#include <vector>
 
 namespace kelvo {
 
@@ -39,6 +44,15 @@ protected:
         QApplication::sendEvent(&widget_, &turn);
         return turn.isAccepted();
     }
+
+    /// Drags the handle to these positions, one right after the other.
+    void drag(std::initializer_list<int> positions) {
+        widget_.setSliderDown(true);
+        for (const int position : positions) widget_.setSliderPosition(position);
+    }
+
+    /// What the user does next, which has nothing to do with the slider.
+    void releaseElsewhere() { QTest::mouseRelease(&readOut_, Qt::LeftButton); }
 
     NSSlider model_;
     QSlider& widget_ = add<QSlider>("speed_", "speedChange:");
@@ -76,11 +90,82 @@ TEST_F(SliderTest, ArrowKeyMovesByOneStepAndFires) {
 TEST_F(SliderTest, DraggingFiresAtEveryMove) {
     bind();
     show();
-    widget_.setSliderDown(true);
-    widget_.setSliderPosition(10);
-    widget_.setSliderPosition(30);
+    for (const auto& [position, value] : {std::pair(10, 0.1), std::pair(30, 0.3)}) {
+        owner_.fired.clear();
+        drag({position});
+        QCoreApplication::processEvents();
+        EXPECT_EQ(model_.doubleValue(), value);
+        EXPECT_THAT(owner_.fired, ElementsAre("speedChange:"));
+    }
+}
+
+TEST_F(SliderTest, MovesThatComeAtOnceFireOnceForTheNewest) {
+    bind();
+    show();
+    drag({10, 20, 30});
+    QCoreApplication::processEvents();
+    EXPECT_EQ(model_.doubleValue(), 0.3);
+    EXPECT_THAT(owner_.fired, ElementsAre("speedChange:"));
+}
+
+TEST_F(SliderTest, MoveHasFiredBeforeAnythingElseIsPressedOrReleased) {
+    bind();
+    show();
+    drag({10, 20});
+    releaseElsewhere();
+    EXPECT_EQ(model_.doubleValue(), 0.2);
+    drag({30});
+    QTest::keyPress(&readOut_, Qt::Key_A);
     EXPECT_EQ(model_.doubleValue(), 0.3);
     EXPECT_THAT(owner_.fired, ElementsAre("speedChange:", "speedChange:"));
+}
+
+TEST_F(SliderTest, KeysFireEachAndWhatAHeldKeyRepeatsOnce) {
+    bind();
+    show();
+    for (int i = 0; i < 3; ++i) QTest::keyClick(&widget_, Qt::Key_Right);
+    EXPECT_EQ(owner_.fired.size(), 3U);
+
+    for (int i = 0; i < 5; ++i) {
+        QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier, QString(), true);
+        QApplication::sendEvent(&widget_, &repeated);
+    }
+    QCoreApplication::processEvents();
+    EXPECT_EQ(model_.doubleValue(), 0.08);
+    EXPECT_EQ(owner_.fired.size(), 4U);
+}
+
+TEST_F(SliderTest, MoveInTheMiddleOfTheActionOfAnotherFiresAfterIt) {
+    bind();
+    std::vector<double> values;
+    model_.setAction([&](platform::NSControl&) {
+        values.push_back(model_.doubleValue());
+        if (values.size() == 1) drag({40, 50});
+    });
+    show();
+    drag({10});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return values.size() == 2; }));
+    EXPECT_THAT(values, ElementsAre(0.1, 0.5));
+    EXPECT_EQ(widget_.value(), 50);
+}
+
+TEST_F(SliderTest, MoveMayEndTheFormThatItIsIn) {
+    bind();
+    model_.setAction([this](platform::NSControl&) { binding_.reset(); });
+    show();
+    drag({10});
+    releaseElsewhere();
+    EXPECT_FALSE(binding_);
+    EXPECT_EQ(model_.doubleValue(), 0.1);
+}
+
+TEST_F(SliderTest, MoveIsNotActedOnWithoutItsForm) {
+    bind();
+    show();
+    drag({10});
+    binding_.reset();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(model_.doubleValue(), 0.0);
 }
 
 TEST_F(SliderTest, ValueBetweenStepsIsShownAtTheNearestAndStaysWhatItIs) {
@@ -136,6 +221,7 @@ TEST_F(SliderTest, WheelGoesOnToWhatTheSliderStandsInUnlessItHasTheFocus) {
 
     widget_.setFocus();
     EXPECT_TRUE(turnWheel());
+    QCoreApplication::processEvents();
     EXPECT_GT(model_.doubleValue(), 0.0);
 }
 

@@ -166,6 +166,29 @@ class Peer(dbus.service.Object):
         return dbus.ByteArray(b"")
 
 
+class LatePeer(Peer):
+    """Answers each message only when it is told to, and from then on at once if told to go on."""
+
+    def __init__(self, world, port):
+        super().__init__(world, port)
+        self.unanswered = []
+        self.is_late = True
+
+    @dbus.service.method(INTERFACE, in_signature="iay", out_signature="ay", byte_arrays=True,
+                         async_callbacks=("answer", "refuse"))
+    def Send(self, message_id, data, answer, refuse):  # pylint: disable=arguments-differ,unused-argument
+        self.received.append((int(message_id), bytes(data)))
+        self.unanswered.append(answer)
+        if not self.is_late:
+            self.answer_and_go_on()
+
+    def answer_and_go_on(self):
+        """Answers what waits, and all that comes until it is late again."""
+        self.is_late = False
+        while self.unanswered:
+            self.unanswered.pop(0)(dbus.ByteArray(b""))
+
+
 class Lines:
     """The lines that come out of a process's stream, as they come."""
 
