@@ -4,17 +4,14 @@
 
 namespace kelvo {
 
-/// Property lists through libplist.
-///
-/// What cannot be carried: fractions of a second, dates outside the years 0 to 9999, a negative zero, and NUL in a
-/// text, which ends the text on the way in and makes the whole list unencodable on the way out.
+/// Property lists: XML read and written, binary ones read. A list is read wholly right or not at all, and what was read
+/// can be written again; docs/ARCHITECTURE.md lists what is not the same then.
 class PlistCoder final : public platform::PropertyLists {
 public:
-    /// None for a missing value, for a text with NUL, for a date out of range, and for nesting deeper than 512.
+    /// None for what `xmlOfValue` cannot write, and for nesting deeper than 512.
     [[nodiscard]] std::optional<platform::NSData> createXMLData(const platform::Value& root) override;
     [[nodiscard]] platform::Value createFromXMLData(std::span<const std::uint8_t> data) override;
-    /// Nesting deeper than 512 counts as damage. A unique identifier, which only the binary format knows, becomes the
-    /// dictionary { CF$UID = number; } that stands for it in XML.
+    /// Nesting deeper than 512 counts as damage.
     [[nodiscard]] platform::Value createFromFileData(std::span<const std::uint8_t> data) override;
 };
 

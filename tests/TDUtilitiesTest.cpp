@@ -228,6 +228,39 @@ TEST_F(Merge, IntoADamagedFileWritesNothingAndSaysSo) {
     EXPECT_EQ(platform.files.textOf(kUtilitiesPath), "damaged");
 }
 
+TEST_F(Merge, LeavesAFileThatCannotBeReadWhollyRightByteForByte) {
+    const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">";
+    for (const std::string& contents :
+         {declaration + "<dict><key>Unknown</key><date>yesterday</date></dict></plist>",
+          declaration + "<dict><key>Unknown</key><integer>3x</integer></dict></plist>",
+          declaration + "<dict><key>Unknown</key><integer></integer></dict></plist>",
+          declaration + "<dict><key>Unknown</key><real>0,5</real></dict></plist>",
+          declaration + "<dict><key>Unknown</key><integer>-9223372036854775809</integer></dict></plist>",
+          declaration + "<dict><key>Unknown</key><integer>18446744073709551616</integer></dict></plist>",
+          declaration + "<dict><key>Unknown</key></dict></plist>", declaration + "<dict><true/></dict></plist>",
+          declaration + "<dict><key>Unknown</key><string>\xE9</string></dict></plist>",
+          declaration + "<dict><key>Unknown</key><true/></dict>",
+          declaration + "<dict><key>Unknown</key><true/></dict></plist>text"}) {
+        platform.files.setText(kSettingsPath, contents);
+
+        EXPECT_FALSE(saveSettingItemsToPlist(dictionaryOf({{1, "Added"}}), kSettingsPath)) << contents;
+        EXPECT_EQ(platform.files.textOf(kSettingsPath), contents);
+        EXPECT_FALSE(Helpers::NSMutableDictionary::dictionaryWithContentsOfData(
+            platform::NSData(contents.begin(), contents.end())));
+    }
+}
+
+TEST_F(Merge, OfATextThatNoFileCanHoldLeavesTheOldFile) {
+    platform.setPlist(kSettingsPath, dictionaryOf({{1, "Old"}}));
+    const std::string before = platform.files.textOf(kSettingsPath);
+
+    for (const char* text : {"caf\xE9", "\x01", "\xED\xA0\x80", "\xEF\xBF\xBF"}) {
+        EXPECT_FALSE(saveSettingItemsToPlist(dictionaryOf({{text, "Name"}}), kSettingsPath));
+        EXPECT_FALSE(saveSettingItemsToPlist(dictionaryOf({{1, text}}), kSettingsPath));
+        EXPECT_EQ(platform.files.textOf(kSettingsPath), before);
+    }
+}
+
 TEST_F(Merge, OnAFullDiskSaysSo) {
     platform.files.isDiskFull = true;
 

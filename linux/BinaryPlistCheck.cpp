@@ -1,6 +1,9 @@
-#include "linux/PlistDepth.h"
+#include "linux/BinaryPlistCheck.h"
+
+#include "linux/PlistTexts.h"
 
 #include <algorithm>
+#include <bit>
 #include <string_view>
 #include <vector>
 
@@ -14,98 +17,11 @@ std::string_view asText(std::span<const std::uint8_t> data) {
     return {reinterpret_cast<const char*>(data.data()), data.size()};
 }
 
-/// The first place in `text` where `matches` holds for the rest of it, double-quoted parts left out.
-template <typename Matches>
-std::size_t findIfOutsideQuotes(std::string_view text, Matches matches) {
-    for (std::size_t position = 0; position < text.size(); ++position) {
-        if (text[position] == '"') {
-            position = text.find('"', position + 1);
-            if (position == std::string_view::npos) break;
-        } else if (matches(text.substr(position))) {
-            return position;
-        }
-    }
-    return std::string_view::npos;
+/// Whether XML has a way to write it.
+bool isCharacterOfXML(std::uint64_t unit) {
+    const bool isControl = unit < 0x20 && unit != '\t' && unit != '\n' && unit != '\r';
+    return !isControl && (unit | 1U) != 0xFFFF;
 }
-
-std::size_t findOutsideQuotes(std::string_view text, std::string_view wanted) {
-    return findIfOutsideQuotes(text, [wanted](std::string_view rest) { return rest.starts_with(wanted); });
-}
-
-std::size_t findEitherOutsideQuotes(std::string_view text, char one, char other) {
-    return findIfOutsideQuotes(
-        text, [one, other](std::string_view rest) { return rest.front() == one || rest.front() == other; });
-}
-
-constexpr std::uint64_t bitOf(char c) { return std::uint64_t{1} << static_cast<unsigned char>(c); }
-
-/// Whether a tag's name ends before `c`. Asked of nearly every byte, so it looks at one set instead of six characters.
-bool endsName(char c) {
-    constexpr std::uint64_t kEnds = bitOf(' ') | bitOf('\r') | bitOf('\n') | bitOf('\t') | bitOf('<') | bitOf('>');
-    const auto code = static_cast<unsigned char>(c);
-    return code < 64 && ((kEnds >> code) & 1U) != 0;
-}
-
-/// Walks the tags of an XML text and counts the open containers. Where a text could be taken in two ways it goes the
-/// library's way: a quote counts behind a tag's name, an apostrophe never.
-class NestingOfTags {
-public:
-    explicit NestingOfTags(std::string_view text) : rest_(text) {}
-
-    [[nodiscard]] std::optional<std::size_t> measure() {
-        for (std::size_t start = rest_.find('<'); start != std::string_view::npos; start = rest_.find('<')) {
-            rest_.remove_prefix(start + 1);
-            if (!takeMarkup()) return std::nullopt;
-        }
-        return deepest_;
-    }
-
-private:
-    /// Each of these leaves `rest_` behind the markup it begins in; false when the markup does not end or has no place.
-    bool takeMarkup() {
-        if (rest_.starts_with('?')) return skip(findOutsideQuotes(rest_, "?>"), 2);
-        if (rest_.starts_with("!--")) return skip(rest_.find("-->", 3), 3);
-        if (rest_.starts_with("![CDATA[")) return skip(rest_.find("]]>", 8), 3);
-        if (rest_.starts_with('!')) return takeDocumentType();
-        return takeTag();
-    }
-
-    bool takeDocumentType() {
-        const std::size_t end = findEitherOutsideQuotes(rest_, '[', '>');
-        if (!skip(end, 0)) return false;
-        return rest_.starts_with('>') ? skip(0, 1) : skip(findOutsideQuotes(rest_, "]>"), 2);
-    }
-
-    bool takeTag() {
-        const auto endOfName = std::find_if(rest_.begin(), rest_.end(), endsName);
-        std::string_view name(rest_.begin(), endOfName);
-        if (!skip(findEitherOutsideQuotes(rest_.substr(name.size()), '<', '>'), name.size())) return false;
-        if (rest_.front() != '>') return false;
-        // What stands before the ">", for a tag that is nothing but its name too.
-        const bool isEmpty = *(rest_.data() - 1) == '/';
-        if (isEmpty && name.ends_with('/')) name.remove_suffix(1);
-        if (name == "dict" || name == "array") {
-            // The library would put a second root into the first.
-            if (open_ == 0 && deepest_ > 0) return false;
-            deepest_ = std::max(deepest_, open_ + 1);
-            if (!isEmpty) ++open_;
-        } else if (name == "/dict" || name == "/array") {
-            // Another's "</dict/>" is no end for sure, and only what is an end for sure may count as one.
-            if (!isEmpty && open_ > 0) --open_;
-        }
-        return skip(0, 1);
-    }
-
-    bool skip(std::size_t position, std::size_t more) {
-        if (position == std::string_view::npos) return false;
-        rest_.remove_prefix(position + more);
-        return true;
-    }
-
-    std::string_view rest_;
-    std::size_t open_ = 0;
-    std::size_t deepest_ = 0;
-};
 
 /// The objects of a binary property list, every access to which is checked.
 ///
@@ -116,9 +32,12 @@ public:
     /// What one object holds: so many bytes of its own, and references to other objects from `references` on.
     struct Contents {
         bool isContainer = false;
+        bool isText = false;
         std::uint64_t byteCount = 0;
         std::uint64_t references = 0;
         std::uint64_t referenceCount = 0;
+        /// How many of the first references are to keys.
+        std::uint64_t keyCount = 0;
     };
 
     static std::optional<BinaryObjects> fromTrailer(std::span<const std::uint8_t> data) {
@@ -154,25 +73,22 @@ public:
         switch (type) {
         case 0x0: // false and true; a null belongs into no property list
             return *size == 8 || *size == 9 ? Contents() : std::optional<Contents>();
-        case 0x1: // integer of 1, 2, 4, 8 or 16 bytes
-            return *size <= 4 ? within(position, std::uint64_t{1} << *size) : std::nullopt;
+        case 0x1: // integer of 1, 2, 4, 8 or 16 bytes, those of 8 being signed
+            return *size <= 4 ? integerWithin(position, std::uint64_t{1} << *size) : std::nullopt;
         case 0x2: // real of 4 or 8 bytes
             return *size == 2 || *size == 3 ? within(position, std::uint64_t{1} << *size) : std::nullopt;
         case 0x3: // date
-            return *size == 3 ? within(position, 8) : std::nullopt;
+            return *size == 3 ? dateWithin(position) : std::nullopt;
         case 0x4: // data
             return within(position, *size);
         case 0x5: // ASCII text
             return textWithin(position, *size, 1);
         case 0x6: // UTF-16 text
             return textWithin(position, *size, 2);
-        case 0x8: // unique identifier of size + 1 bytes
-            return *size < 8 ? within(position, *size + 1) : std::nullopt;
         case 0xA: // array
-        case 0xC: // set
-            return container(position, *size);
+            return container(position, *size, 0);
         case 0xD: // dictionary: all keys, then all values
-            return *size <= end_ ? container(position, 2 * *size) : std::nullopt;
+            return *size <= end_ ? container(position, 2 * *size, *size) : std::nullopt;
         default:
             return std::nullopt;
         }
@@ -213,19 +129,38 @@ private:
         return Contents{.byteCount = byteCount};
     }
 
-    /// The library gives the process up over a NUL in a text.
+    [[nodiscard]] std::optional<Contents> integerWithin(std::uint64_t position, std::uint64_t byteCount) const {
+        std::optional<Contents> contents = within(position, byteCount);
+        const bool fitsInEight = byteCount <= 8 || (contents && integerAt(position, 8) == 0);
+        return fitsInEight ? contents : std::nullopt;
+    }
+
+    [[nodiscard]] std::optional<Contents> dateWithin(std::uint64_t position) const {
+        std::optional<Contents> contents = within(position, 8);
+        const bool hasText = contents && plisttexts::hasText({std::bit_cast<double>(integerAt(position, 8))});
+        return hasText ? contents : std::nullopt;
+    }
+
+    /// ASCII in units of one byte, UTF-16 in units of two.
     [[nodiscard]] std::optional<Contents> textWithin(std::uint64_t position, std::uint64_t count,
                                                      std::uint64_t unitSize) const {
         if (count > (end_ - position) / unitSize) return std::nullopt;
+        bool isLeadOpen = false;
         for (std::uint64_t i = 0; i < count; ++i) {
-            if (integerAt(position + i * unitSize, unitSize) == 0) return std::nullopt;
+            const std::uint64_t unit = integerAt(position + i * unitSize, unitSize);
+            const bool isTrail = unit >> 10U == 0xDC00U >> 10U;
+            if (!isCharacterOfXML(unit) || (unitSize == 1 && unit > 0x7F) || isTrail != isLeadOpen) return std::nullopt;
+            isLeadOpen = unit >> 10U == 0xD800U >> 10U;
         }
-        return within(position, count * unitSize);
+        if (isLeadOpen) return std::nullopt;
+        return Contents{.isText = true, .byteCount = count * unitSize};
     }
 
-    [[nodiscard]] std::optional<Contents> container(std::uint64_t position, std::uint64_t referenceCount) const {
+    [[nodiscard]] std::optional<Contents> container(std::uint64_t position, std::uint64_t referenceCount,
+                                                    std::uint64_t keyCount) const {
         if (referenceCount > (end_ - position) / referenceSize_) return std::nullopt;
-        return Contents{.isContainer = true, .references = position, .referenceCount = referenceCount};
+        return Contents{
+            .isContainer = true, .references = position, .referenceCount = referenceCount, .keyCount = keyCount};
     }
 
     std::span<const std::uint8_t> data_;
@@ -250,11 +185,13 @@ public:
                 if (!leave()) return std::nullopt;
                 continue;
             }
+            const bool isKey = visit.next < visit.contents.keyCount;
             const std::optional<std::uint64_t> child = objects_.reference(visit.contents, visit.next++);
             if (!child || ++referencesSeen_ * kBytesOfValue > kLargestSize) return std::nullopt;
             const Extent& extent = extents_[*child];
             if (extent.state == Extent::State::Open) return std::nullopt;
             if (extent.state == Extent::State::Measured ? !addToParent(extent) : !enter(*child)) return std::nullopt;
+            if (isKey && !extent.isText) return std::nullopt;
         }
         return extents_[objects_.root()].nesting;
     }
@@ -267,6 +204,7 @@ private:
     struct Extent {
         enum class State : std::uint8_t { Unseen, Open, Measured };
         State state = State::Unseen;
+        bool isText = false;
         std::size_t nesting = 0;
         std::uint64_t size = kBytesOfValue;
     };
@@ -282,6 +220,7 @@ private:
         if (!contents) return false;
         Extent& extent = extents_[object];
         extent.state = Extent::State::Open;
+        extent.isText = contents->isText;
         extent.nesting = contents->isContainer ? 1 : 0;
         extent.size += contents->byteCount;
         path_.push_back({.object = object, .contents = *contents});
@@ -311,12 +250,6 @@ private:
 } // namespace
 
 bool isBinaryPropertyList(std::span<const std::uint8_t> data) { return asText(data).starts_with(kBinaryMagic); }
-
-std::optional<std::size_t> nestingOfXML(std::span<const std::uint8_t> text) {
-    // The library takes a NUL for the end of a tag's name, and then loses count of where the tag ends.
-    if (asText(text).find('\0') != std::string_view::npos) return std::nullopt;
-    return NestingOfTags(asText(text)).measure();
-}
 
 std::optional<std::size_t> nestingOfBinary(std::span<const std::uint8_t> data) {
     if (!isBinaryPropertyList(data)) return std::nullopt;
