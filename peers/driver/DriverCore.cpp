@@ -83,8 +83,9 @@ bool DriverCore::start() {
 
     makeSystemGestureFiles();
     const NSMutableDictionary utilities = readUtilitiesDictionary();
+    // What has no text form is of no kind that a boolean is read from, and so as good as missing.
     const Value enabled = utilities.objectForKey(keys::driverEnable);
-    isDriverEnabled_ = !enabled || enabled.boolValue();
+    isDriverEnabled_ = !enabled.stringValue() || enabled.boolValue();
     displays_.setDriverEnabled(isDriverEnabled_);
     if (utilities.objectForKey(keys::currentDeviceType).array().count() > 0) {
         tellOfDisconnection();

@@ -306,7 +306,7 @@ Shown shownWithin(const Bounds& bounds, const Value& value) {
 
 Shown shownSwitch(const NSMutableDictionary& stored) {
     const Value isOn = rightClickIn(stored).objectForKey(keys::rightClickIsEnable);
-    if (!isOn) return {};
+    if (!isOn.stringValue()) return {};
     return {Shown::State::Fit, isOn.boolValue() ? "on" : "off"};
 }
 

@@ -229,10 +229,10 @@ void TDSettingViewCtl::awakeFromNib() {
     const auto settings = NSMutableDictionary::dictionaryWithContentsOfFile(getSettingsFilePath(gModelType));
     const platform::Value rate = settings.objectForKey(keys::doubleClickRate);
     // Read in single precision here, in double precision by every later reload.
-    setRate(rate ? static_cast<double>(rate.floatValue()) : kNormalRate);
+    setRate(rate.hasNumber() ? static_cast<double>(rate.floatValue()) : kNormalRate);
 
     rangeSlider_.setDoubleValue(kNormalRange);
-    if (const platform::Value range = settings.objectForKey(keys::doubleClickRange)) {
+    if (const platform::Value range = settings.objectForKey(keys::doubleClickRange); range.hasNumber()) {
         doubleClickRange_ = range.intValue();
         rangeSlider_.setDoubleValue(doubleClickRange_);
     }

@@ -442,6 +442,8 @@ bool Value::isNumber() const {
            kind() == Kind::Real;
 }
 
+bool Value::hasNumber() const { return isNumber() || (text() && !numberAtStart(*text()).digits.empty()); }
+
 bool Value::boolValue() const {
     if (const auto* text = std::get_if<std::string>(&content_)) return readsAsTrue(*text);
     if (const auto* real = std::get_if<double>(&content_)) return *real != 0.0;

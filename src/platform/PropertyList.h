@@ -126,6 +126,9 @@ public:
     /// Whether there is a value at all.
     explicit operator bool() const { return kind() != Kind::None; }
 
+    /// Whether there is a number to read: any number or boolean, or a text that begins with a number. What has none
+    /// reads as a missing value.
+    [[nodiscard]] bool hasNumber() const;
     /// Numbers are true unless zero; a text is true when it begins with Y, y, T, t or a digit other than 0, after
     /// blanks, a sign and zeros.
     [[nodiscard]] bool boolValue() const;

@@ -315,6 +315,30 @@ TEST_F(AwakeFromNib, WithoutAStoredRangeShowsThirtyTwoThoughTheTabHasNone) {
     EXPECT_EQ(rengeText().stringValue(), "0");
 }
 
+TEST_F(AwakeFromNib, TakesStoredValuesThatAreNoNumbersForMissingOnes) {
+    for (const Value& unfit : {Value(arrayOf({1})), Value(dictionaryOf({})), Value(platform::NSData{1}),
+                               Value(platform::NSDate{1.0}), Value("fast"), Value("")}) {
+        platform.setPlist(kSettingsPath, dictionaryOf({{unfit, "DoubleClickRate"}, {unfit, "DoubleClickRange"}}));
+
+        tab.awakeFromNib();
+
+        expectRate(0.5);
+        expectRange(32.0, "32");
+    }
+}
+
+TEST_F(AwakeFromNib, ConvertsStoredTextsAndBooleans) {
+    platform.setPlist(kSettingsPath, dictionaryOf({{" 0.25 s", "DoubleClickRate"}, {"48", "DoubleClickRange"}}));
+    tab.awakeFromNib();
+    expectRate(0.25);
+    expectRange(48.0, "48");
+
+    platform.setPlist(kSettingsPath, dictionaryOf({{true, "DoubleClickRate"}, {9.9, "DoubleClickRange"}}));
+    tab.awakeFromNib();
+    expectRate(1.0);
+    expectRange(9.0, "9");
+}
+
 TEST_F(AwakeFromNib, GivesTheAreasTheirTypes) {
     tab.awakeFromNib();
     int rates = 0;

@@ -284,6 +284,14 @@ class DriverSimulator(unittest.TestCase):
             simulator.command("show-tab", "2")
             self.assertEqual([message_id for message_id, _ in pane.received], [7, 8])
 
+    def test_takes_a_driver_switch_of_an_unfit_kind_for_a_missing_one(self):
+        for unfit in ([True], {"on": True}, b"1"):
+            self.world.set_plist("Utilities.plist", {"DriverEnable": unfit})
+            simulator = Simulator(self.world)
+            self.assertEqual(json.loads(simulator.output.lines[0]), {"devices": [], "enabled": True})
+            simulator.process.terminate()
+            simulator.process.wait()
+
     def test_says_what_is_wrong_and_how_to_mend_it(self):
         simulator = Simulator(self.world, "--connect", "Desk")
         for words, hint in (

@@ -126,6 +126,19 @@ TEST(ReadingAReal, ConvertsAndNarrowsWithoutOverflow) {
     EXPECT_TRUE(std::isnan(Value(std::nan("")).floatValue()));
 }
 
+TEST(HasNumber, TellsWhatConvertsFromWhatReadsAsMissing) {
+    for (const Value& value :
+         {Value(0), Value(false), Value(0.5), Value(~std::uint64_t{0}), Value("2"), Value(" -.5e3 s"), Value("0x10")}) {
+        EXPECT_TRUE(value.hasNumber()) << value.description();
+    }
+    for (const Value& value :
+         {Value(), Value("x"), Value(""), Value("-"), Value("."), Value("inf"), Value("nan"),
+          Value(platform::NSData{'1'}), Value(platform::NSDate{1.0}),
+          Value(platform::NSMutableArray::arrayWithObjects({1})), Value(platform::NSMutableDictionary::dictionary())}) {
+        EXPECT_FALSE(value.hasNumber()) << value.description();
+    }
+}
+
 TEST(TheTextForm, OfANumberIsTheShortestThatReadsBack) {
     EXPECT_EQ(Value(1024.0).stringValue(), "1024");
     EXPECT_EQ(Value(1024.5).stringValue(), "1024.5");
