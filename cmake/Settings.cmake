@@ -1,8 +1,10 @@
 # What every target is built with.
 
 find_program(CCACHE ccache)
+find_program(KELVO_ENV env REQUIRED)
 if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  # What it needs to be told to take precompiled headers for the same.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${KELVO_ENV} CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
 endif()
 
 add_library(kelvo-settings INTERFACE)
