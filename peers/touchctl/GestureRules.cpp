@@ -94,7 +94,7 @@ std::vector<std::string> odditiesOf(const NSMutableArray& list, const NSMutableA
         }
         std::set<std::string> actions;
         for (const std::string& action : actionsOf(element.dictionary())) {
-            const std::string title = "the action \"" + action + "\" of " + name;
+            const std::string title = std::string("the action \"").append(action).append("\" of ").append(name);
             if (!actions.insert(action).second) oddities.push_back(title + " is there twice");
             if (!gesture->second.contains(action)) oddities.push_back(title + " is none here");
         }
