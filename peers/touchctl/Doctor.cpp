@@ -217,7 +217,7 @@ void reportUtilities(Report& report, const NSMutableDictionary& utilities, const
     }
     if (report.problems() == before) report.fine(file.title);
     if (utilities.objectForKey(keys::driverEnable).boolValue()) return;
-    report.problem("the driver is switched off", "switch the driver on");
+    report.problem("the driver is switched off", "kelvo-touchctl driver on");
 }
 
 void reportDisplay(Report& report, const Display& display, std::size_t number) {
