@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/PropertyList.h"
+#include "touch/Settings.h"
 
 #include <string>
 
@@ -15,7 +15,7 @@ public:
     virtual ~Displays() = default;
 
     /// What the display is to do from its next finger on. Called first when it connects.
-    virtual void setSettings(const std::string& name, const platform::NSMutableDictionary& settings) = 0;
+    virtual void setSettings(const std::string& name, const touch::Settings& settings) = 0;
     /// The driver has let go of the display.
     virtual void forget(const std::string& name) = 0;
     /// A driver that is switched off gives nothing out and holds no display.

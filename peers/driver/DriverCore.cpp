@@ -5,7 +5,9 @@
 #include "linux/BusMessagePorts.h"
 #include "peers/JsonLine.h"
 #include "peers/MessageNames.h"
+#include "peers/driver/DisplayNames.h"
 #include "peers/driver/SystemGestures.h"
+#include "peers/driver/TouchSettings.h"
 #include "platform/Log.h"
 
 #include <algorithm>
@@ -22,17 +24,6 @@ using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 using platform::Value;
 using Words = ControlCommand::Words;
-
-/// With the names that the settings files add, a file name on Linux ends at 255 bytes.
-constexpr std::size_t kLongestName = 200;
-
-/// A display's name becomes part of a file's name, and of lines that are shown.
-void checkName(const std::string& name) {
-    const auto isUnfit = [](char c) { return c == '/' || static_cast<unsigned char>(c) < 0x20; };
-    if (name.empty() || name.size() > kLongestName || std::any_of(name.begin(), name.end(), isUnfit)) {
-        throw std::runtime_error("a display's name has 1 to 200 bytes, none of them \"/\" or a control character");
-    }
-}
 
 NSMutableDictionary withoutDeviceName(const NSMutableDictionary& payload) {
     auto items = NSMutableDictionary::dictionary();
@@ -106,7 +97,7 @@ void DriverCore::stop() {
 }
 
 void DriverCore::connect(const std::string& name) {
-    checkName(name);
+    checkDisplayName(name);
     if (isConnected(name)) throw std::runtime_error("\"" + name + "\" is connected already; see \"status\"");
     const NSMutableDictionary settings = readSettingItemsFromPlist(getSettingsFilePath(name));
     if (!settings) {
@@ -114,7 +105,7 @@ void DriverCore::connect(const std::string& name) {
                                  " cannot be read or made; repair or remove it");
     }
     connected_.push_back({name, settings});
-    displays_.setSettings(name, settings);
+    apply(connected_.back());
     tellPane(kMessageIDForDeviceIsConnected, connection(true));
 }
 
@@ -154,7 +145,7 @@ std::string DriverCore::status() const {
 void DriverCore::sendFrame(const std::string& name, const ContactFrame& frame) { channel_->sendFrame(name, frame); }
 
 void DriverCore::applySettingsAnew() {
-    for (const Display& display : connected_) displays_.setSettings(display.name, display.settings);
+    for (const Display& display : connected_) apply(display);
 }
 
 // The control channel
@@ -245,11 +236,15 @@ bool DriverCore::takeSettings(const NSMutableDictionary& payload) {
 /// The display does as it was told whether or not that can be stored.
 void DriverCore::change(Display& display, const NSMutableDictionary& items) {
     for (const std::string& key : items.allKeys()) display.settings.setObjectForKey(items.objectForKey(key), key);
-    displays_.setSettings(display.name, display.settings);
+    apply(display);
     const std::string path = getSettingsFilePath(display.name);
     if (!saveSettingItemsToPlist(items, path)) {
         platform::NSLog("%@ cannot be read or written; repair or remove it", path);
     }
+}
+
+void DriverCore::apply(const Display& display) {
+    displays_.setSettings(display.name, touchSettingsOf(display.settings, currentSettingsContext()));
 }
 
 /// An open pane would undo with its next message what another program sent: it holds the list of gestures as it read

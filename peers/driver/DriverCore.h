@@ -76,6 +76,7 @@ private:
 
     void receive(std::int32_t messageId, std::span<const std::uint8_t> data, const std::string& sender);
     [[nodiscard]] bool takeSettings(const platform::NSMutableDictionary& payload);
+    void apply(const Display& display);
     void change(Display& display, const platform::NSMutableDictionary& items);
     void tellPaneUnlessItKnows(const std::string& sender);
     void tellPaneOfSettings();

@@ -9,6 +9,7 @@
 #include <optional>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace kelvo {
 
@@ -44,16 +45,6 @@ std::string hang(const std::string& secondsText) {
     return "hanging for " + secondsText + " s";
 }
 
-std::uint64_t monotonicMicroseconds() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000U + static_cast<std::uint64_t>(now.tv_nsec) / 1'000U;
-}
-
-/// The glass of every simulated display, in millimetres: 24 inches across, 16 to 9.
-constexpr double kGlassWidth = 531.0;
-constexpr double kGlassHeight = 299.0;
-
 /// The finger that a word "X,Y" puts on the glass.
 ContactFrame::Contact contactAt(const std::string& place, std::int32_t id) {
     const std::size_t comma = place.find(',');
@@ -69,7 +60,7 @@ ContactFrame::Contact contactAt(const std::string& place, std::int32_t id) {
 } // namespace
 
 DriverSimulator::DriverSimulator(std::function<void(const std::string&)> printLine)
-    : core_(*this, std::move(printLine), ownCommands()) {}
+    : printLine_(std::move(printLine)), core_(*this, printLine_, ownCommands()) {}
 
 std::vector<ControlCommand> DriverSimulator::ownCommands() {
     return {
@@ -108,22 +99,36 @@ std::vector<ControlCommand> DriverSimulator::ownCommands() {
 /// One frame with a finger at each place, the first of which is contact 1.
 void DriverSimulator::layFingers(const std::string& name, const Words& places) {
     if (!core_.isConnected(name)) throw std::runtime_error("\"" + name + "\" is not connected; see \"status\"");
-    ContactFrame frame{monotonicMicroseconds(), kGlassWidth, kGlassHeight, {}};
+    std::vector<ContactFrame::Contact> contacts;
     for (const std::string& place : places) {
-        frame.contacts.push_back(contactAt(place, static_cast<std::int32_t>(frame.contacts.size()) + 1));
+        contacts.push_back(contactAt(place, static_cast<std::int32_t>(contacts.size()) + 1));
     }
+    SimulatedDisplay& display = *displays_.at(name);
+    const ContactFrame frame = display.frameOf(std::move(contacts));
     core_.sendFrame(name, frame);
+    display.see(frame);
 }
 
-// Nobody's finger is on a display that is a name, so there is nothing to apply.
+void DriverSimulator::setSettings(const std::string& name, const touch::Settings& settings) {
+    auto& display = displays_[name];
+    if (!display) {
+        display = std::make_unique<SimulatedDisplay>(name, printLine_);
+        display->setGiving(isDriverEnabled_);
+    }
+    display->setSettings(settings);
+}
 
-void DriverSimulator::setSettings(const std::string& /*name*/, const platform::NSMutableDictionary& /*settings*/) {}
+void DriverSimulator::forget(const std::string& name) { displays_.erase(name); }
 
-void DriverSimulator::forget(const std::string& /*name*/) {}
+void DriverSimulator::setDriverEnabled(bool isEnabled) {
+    isDriverEnabled_ = isEnabled;
+    for (const auto& [name, display] : displays_) display->setGiving(isEnabled);
+}
 
-void DriverSimulator::setDriverEnabled(bool /*isEnabled*/) {}
-
-void DriverSimulator::setWatched(const std::string& /*name*/, bool /*isWatched*/) {}
+/// Only while the driver is on can a display be watched.
+void DriverSimulator::setWatched(const std::string& name, bool isWatched) {
+    displays_.at(name)->setGiving(!isWatched && isDriverEnabled_);
+}
 
 void DriverSimulator::beginRecording(const std::string& /*name*/, const std::string& /*path*/) {
     throw std::runtime_error("a simulated display has no fingers to record");

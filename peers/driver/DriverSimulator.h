@@ -1,22 +1,26 @@
 #pragma once
 
 #include "peers/driver/DriverCore.h"
+#include "peers/driver/SimulatedDisplay.h"
 
 #include <functional>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace kelvo {
 
-/// A driver whose displays are names: they come and go by command, and nobody touches them.
+/// A driver whose displays are names: they come and go by command, and so do the fingers on them. What these come to is
+/// printed, for want of devices to give it to.
 class DriverSimulator : public Displays {
 public:
-    /// `printLine` gets each message received as one line of JSON.
+    /// `printLine` gets each message received, and each step that would be given out, as one line of JSON.
     explicit DriverSimulator(std::function<void(const std::string&)> printLine);
 
     [[nodiscard]] DriverCore& core() { return core_; }
 
-    void setSettings(const std::string& name, const platform::NSMutableDictionary& settings) override;
+    void setSettings(const std::string& name, const touch::Settings& settings) override;
     void forget(const std::string& name) override;
     void setDriverEnabled(bool isEnabled) override;
     void setWatched(const std::string& name, bool isWatched) override;
@@ -27,6 +31,9 @@ private:
     [[nodiscard]] std::vector<ControlCommand> ownCommands();
     void layFingers(const std::string& name, const std::vector<std::string>& places);
 
+    std::function<void(const std::string&)> printLine_;
+    bool isDriverEnabled_ = true;
+    std::map<std::string, std::unique_ptr<SimulatedDisplay>> displays_;
     DriverCore core_;
 };
 

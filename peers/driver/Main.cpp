@@ -3,6 +3,7 @@
 #include "peers/DriverCommand.h"
 #include "peers/PeerPlatform.h"
 #include "peers/driver/DriverSimulator.h"
+#include "peers/driver/RecordingPlayer.h"
 
 #include <algorithm>
 #include <exception>
@@ -18,10 +19,13 @@ using Words = std::vector<std::string>;
 constexpr char kProgram[] = "kelvo-touch-driver-sim";
 
 constexpr char kUsage[] = R"(Usage: kelvo-touch-driver-sim [run] [--connect NAME]...
+       kelvo-touch-driver-sim touch FILE [--display NAME] [--pointer] [--keep-touches]
        kelvo-touch-driver-sim COMMAND
 
 Stands in for the driver of a touch display. "run" starts it in the foreground; it prints each message that the
-settings pane sends as one line of JSON, and ends with Ctrl-C. The commands are for the one that runs:
+settings pane sends as one line of JSON, and ends with Ctrl-C. "touch" plays recorded fingers (a FILE in evemu's text
+form) through what a driver makes of them and prints what it would give out, each step as one line of JSON; nothing has
+to run for that. The commands are for the one that runs:
 
   connect NAME      connect a display
   disconnect NAME   disconnect it
@@ -32,7 +36,7 @@ settings pane sends as one line of JSON, and ends with Ctrl-C. The commands are 
                     record what the fingers do into a file, or end that; a simulated display has none
   contacts NAME [X,Y]...
                     lay fingers at these places of the glass, each from 0 to 1, and lift all others; whoever watches
-                    the display sees them
+                    the display sees them, else what the driver makes of them is printed
   show-tab N        have the pane show a tab (0 calibration, 1 touch, 2 hardware, 3 version)
   system-gesture NAME on|off
                     switch one of the system's own gestures in the home's preference files, which the pane follows when
@@ -41,6 +45,9 @@ settings pane sends as one line of JSON, and ends with Ctrl-C. The commands are 
   status            print what is connected
 
   --connect NAME    with "run": begin with this display connected
+  --display NAME    with "touch": by the settings of this display, not of the one that was recorded
+  --pointer         with "touch": one finger is the pointer, whatever the settings say
+  --keep-touches    with "touch": as for desktops that cannot take touches back
   --help, --version print this, or the version
 )";
 
@@ -98,6 +105,14 @@ std::string textOf(const kelvo::DriverAnswer& answer) {
         "it goes on");
 }
 
+int play(const Words& words) {
+    kelvo::PollRunLoop runLoop;
+    const kelvo::PeerPlatform services(kProgram, runLoop);
+    kelvo::playRecording(kelvo::recordingChoiceIn(words), [](const std::string& line) { std::cout << line << '\n'; });
+    if (!std::cout.flush()) throw std::runtime_error("the output cannot be written; see where it goes");
+    return 0;
+}
+
 int perform(const Words& words) {
     kelvo::PollRunLoop runLoop;
     printLine(textOf(kelvo::performAndWait(runLoop, words)));
@@ -119,6 +134,7 @@ int main(int argc, char* argv[]) {
         }
         if (words.empty() || words[0].starts_with("--")) return run(words);
         if (words[0] == "run") return run(Words(words.begin() + 1, words.end()));
+        if (words[0] == "touch") return play(Words(words.begin() + 1, words.end()));
         return perform(words);
     } catch (const std::exception& error) {
         std::cerr << "kelvo-touch-driver-sim: " << error.what() << '\n';

@@ -60,6 +60,14 @@ void save(const NSMutableDictionary& items, const std::string& path) {
     }
 }
 
+NSMutableDictionary allSwitchesOnIn(const std::string& path) {
+    auto items = NSMutableDictionary::dictionary();
+    for (const Switch& each : kSwitches) {
+        if (each.path() == path) items.setObjectForKey(true, each.key);
+    }
+    return items;
+}
+
 } // namespace
 
 std::string systemGestureStates() {
@@ -76,14 +84,13 @@ void setSystemGesture(const std::string& name, const std::string& state) {
     save(NSMutableDictionary::dictionaryWithObjectsAndKeys({{isOn(state), chosen.key}}), chosen.path());
 }
 
+NSMutableDictionary newDockPreferences() { return allSwitchesOnIn(getDockPreferenceFilePath()); }
+
+NSMutableDictionary newGlobalPreferences() { return allSwitchesOnIn(getGlobalPreferenceFilePath()); }
+
 void createSystemGestureFiles() {
     for (const std::string& path : {getDockPreferenceFilePath(), getGlobalPreferenceFilePath()}) {
-        if (NSFileManager::defaultManager().fileExistsAtPath(path)) continue;
-        auto items = NSMutableDictionary::dictionary();
-        for (const Switch& each : kSwitches) {
-            if (each.path() == path) items.setObjectForKey(true, each.key);
-        }
-        save(items, path);
+        if (!NSFileManager::defaultManager().fileExistsAtPath(path)) save(allSwitchesOnIn(path), path);
     }
 }
 

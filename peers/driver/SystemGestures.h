@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/PropertyList.h"
+
 #include <string>
 
 namespace kelvo {
@@ -12,6 +14,10 @@ namespace kelvo {
 /// have and `state` is "on" or "off"; anything else, or a file that cannot be written, is a std::runtime_error that
 /// names the fix.
 void setSystemGesture(const std::string& name, const std::string& state);
+
+/// What a new file of the system's preferences holds: all its switches, on.
+[[nodiscard]] platform::NSMutableDictionary newDockPreferences();
+[[nodiscard]] platform::NSMutableDictionary newGlobalPreferences();
 
 /// Makes those of the system's preference files that do not exist, with all their switches on. A file that cannot be
 /// written is a std::runtime_error that names the fix.

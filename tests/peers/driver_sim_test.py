@@ -1,6 +1,7 @@
 """The driver simulator as a process: its files, its messages to the pane, its command line."""
 
 import json
+import pathlib
 import plistlib
 import shutil
 import sys
@@ -11,7 +12,8 @@ import dbus
 
 from peers import NAME_PREFIX, Lines, Peer, World, wait_until
 
-SIMULATOR = sys.argv.pop(1)
+SIMULATOR, RECORDINGS = sys.argv[1], pathlib.Path(sys.argv[2])
+del sys.argv[1:3]
 
 DRIVER = "TouchDisplayDriverMessagePort"
 PANE = "PreferenceMessagePort"
@@ -443,6 +445,219 @@ class DriverSimulator(unittest.TestCase):
         for word in ("run", "connect", "disconnect", "enable", "disable", "show-tab", "system-gesture", "hang", "status",
                      "finger", "record", "contacts", "--connect"):
             self.assertIn(word, output)
+
+
+class Fingers(unittest.TestCase):
+    """What the running simulator makes of fingers, by the settings that it was sent last."""
+
+    def setUp(self):
+        self.world = self.enterContext(World())
+        self.simulator = Simulator(self.world, "--connect", "Desk")
+        self.looked_at = 1
+
+    def lay(self, *places, on="Desk"):
+        self.assertEqual(self.simulator.command("contacts", on, *places)[0], 0)
+
+    def steps(self, count):
+        """The next steps that are given out, each as its device, the step and a button, once there are so many."""
+        def given():
+            lines = map(json.loads, self.simulator.output.read()[self.looked_at:])
+            return [line for line in lines if "device" in line]
+        wait_until(lambda: len(given()) >= count, f"{count} steps")
+        steps = given()
+        self.looked_at = len(self.simulator.output.lines)
+        return [(step["device"], step["step"], *([step["button"]] if "button" in step else [])) for step in steps]
+
+    def send(self, message_id, **items):
+        self.world.send(DRIVER, message_id, {**items, "DeviceName": "Desk"})
+
+    def test_one_finger_is_a_touch_where_it_is(self):
+        self.lay("0.25,0.5")
+        self.lay()
+        self.assertEqual(self.steps(2), [("touch screen", "down"), ("touch screen", "up")])
+        down = json.loads(self.simulator.output.lines[1])
+        self.assertEqual((down["display"], down["x"], down["y"]), ("Desk", 0.25, 0.5))
+
+    def test_one_finger_is_the_pointer_as_soon_as_that_was_said(self):
+        self.assertEqual(self.simulator.command("finger", "Desk", "pointer")[0], 0)
+        self.lay("0.25,0.5")
+        self.lay()
+        self.assertEqual(self.steps(3), [("pointer", "move"), ("pointer", "down", "left"), ("pointer", "up", "left")])
+
+    def test_a_long_press_is_a_right_click_as_soon_as_the_pane_said_so_and_comes_by_itself(self):
+        self.send(5, RightClick={"RightClickIsEnable": True, "RightClickTimeIntelval": 0.3})
+        self.simulator.messages(1)
+        self.looked_at = 2
+        self.lay("0.25,0.5")
+        steps = self.steps(4)
+        self.assertEqual(steps, [("touch screen", "down"), ("touch screen", "cancel"), ("pointer", "move"),
+                                 ("pointer", "down", "right")])
+        self.lay()
+        self.assertEqual(self.steps(1), [("pointer", "up", "right")])
+
+    def test_what_the_file_holds_counts_when_the_display_connects(self):
+        self.world.set_plist("Settings_Wall.plist", {"FingerMode": "pointer"})
+        self.simulator.command("connect", "Wall")
+        self.lay("0.5,0.5", on="Wall")
+        self.lay(on="Wall")
+        self.assertEqual(self.steps(3)[1:], [("pointer", "down", "left"), ("pointer", "up", "left")])
+
+    def test_a_display_that_is_watched_gives_nothing_out_and_lifts_what_is_down(self):
+        with Watcher(self.world) as watcher:
+            self.lay("0.5,0.5")
+            watcher.driver.Watch("Desk")
+            self.assertEqual([step for _, step in self.steps(2)], ["down", "cancel"])
+            self.lay("0.6,0.6")
+            self.lay()
+            wait_until(lambda: len(watcher.frames) == 2, "the frames")
+            watcher.driver.Unwatch()
+            self.lay("0.7,0.7")
+            self.lay()
+            self.assertEqual(self.steps(2), [("touch screen", "down"), ("touch screen", "up")])
+
+    def test_a_watcher_that_leaves_gives_the_display_back(self):
+        with Watcher(self.world) as watcher:
+            watcher.driver.Watch("Desk")
+
+        def gives():
+            self.lay("0.5,0.5")
+            self.lay()
+            return [line for line in self.simulator.output.read()[1:] if '"touch screen"' in line]
+        wait_until(gives, "the display to give out again")
+
+    def test_nothing_stays_down_when_the_driver_is_switched_off_or_the_display_goes(self):
+        for words in (("disable",), ("disconnect", "Desk")):
+            self.lay("0.5,0.5")
+            self.simulator.command(*words)
+            self.assertEqual([step for _, step in self.steps(2)], ["down", "cancel"], words)
+            self.simulator.command("enable")
+            self.simulator.command("contacts", "Desk")
+
+    def test_a_driver_that_is_off_gives_nothing_out(self):
+        self.simulator.command("disable")
+        self.lay("0.5,0.5")
+        self.lay()
+        self.simulator.command("enable")
+        self.lay("0.5,0.5")
+        self.lay()
+        self.assertEqual(self.steps(2), [("touch screen", "down"), ("touch screen", "up")])
+
+
+class Recorded(unittest.TestCase):
+    """Recordings that are played without bus and running simulator."""
+
+    PANEL = "EP0430M09"
+    # Of this one the recording itself does not describe the panel.
+    UNDESCRIBED, DRAG_UNDESCRIBED = "ELAN CANDO Windows7", "ELAN CANDO Windows7.1-finger-drag-up-down.events"
+    SCROLL, DRAG, FOUR = (f"EP0430M09.{fingers}.events" for fingers in (
+        "2-finger-scroll-down", "1-finger-drag-up-down", "4-finger-drag-down"))
+    MISSION_CONTROL_WITH_FOUR = {"GestureArray": [
+        {"Name": "MissionControl", "Descriptor": ["SwipeUpWithThreeFingers", "SwipeUpWithFourFingers"],
+         "SelectedIndex": 1, "IsEnable": True, "MoreGesture": True}]}
+
+    def setUp(self):
+        self.world = self.enterContext(World())
+        self.world.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.world.folder}/nowhere"
+
+    def play(self, recording, *options):
+        status, output, errors = self.world.run(SIMULATOR, "touch", RECORDINGS / recording, *options)
+        self.assertEqual((status, errors), (0, ""))
+        return [json.loads(line) for line in output.splitlines()]
+
+    def gestures(self, *words):
+        return [(step["gesture"], step["step"]) for step in self.play(*words) if step["device"] == "gesture"]
+
+    def refuse(self, path, hint, *options):
+        status, output, errors = self.world.run(SIMULATOR, "touch", path, *options)
+        self.assertEqual((status, output, errors.count("\n")), (1, "", 1), errors)
+        self.assertIn(hint, errors)
+
+    def copy(self, recording, name, change=lambda text: text):
+        """A recording, or another file of them, in a folder of its own."""
+        path = self.world.folder / name
+        path.write_text(change((RECORDINGS / recording).read_text(encoding="utf-8")), encoding="utf-8")
+        return path
+
+    def test_prints_what_would_be_given_out(self):
+        steps = self.play(self.SCROLL)
+        self.assertEqual(self.gestures(self.SCROLL), [("Scroll", "begin"), ("Scroll", "end")])
+        self.assertEqual({step["device"] for step in steps}, {"touch screen", "gesture", "touchpad", "pointer"})
+        self.assertEqual([step["ms"] for step in steps], sorted(step["ms"] for step in steps))
+        for step in steps:
+            if step["device"] in ("touch screen", "pointer") and "x" in step:
+                self.assertTrue(0.0 <= step["x"] <= 1.0 and 0.0 <= step["y"] <= 1.0, step)
+        for device in ("touch screen", "touchpad"):
+            counts = [sum(step["step"] in ends for step in steps if step["device"] == device)
+                      for ends in (("down",), ("up", "cancel"))]
+            self.assertEqual(counts[0], counts[1], device)
+
+    def test_writes_no_file(self):
+        self.play(self.SCROLL)
+        self.assertEqual([path for path in self.world.home.rglob("*") if path.is_file()], [])
+
+    def test_goes_by_the_settings_of_the_display_that_was_recorded(self):
+        self.assertEqual(self.gestures(self.FOUR), [])
+        self.world.set_plist(f"Settings_{self.PANEL}.plist", self.MISSION_CONTROL_WITH_FOUR)
+        self.assertEqual(self.gestures(self.FOUR), [("MissionControl", "begin"), ("MissionControl", "end")])
+        self.world.set_plist(DOCK, {**ALL_DOCK_GESTURES_ON, "showMissionControlGestureEnabled": False})
+        self.assertEqual(self.gestures(self.FOUR), [])
+
+    def test_goes_by_the_settings_of_the_display_that_is_named(self):
+        self.world.set_plist(f"Settings_{self.PANEL}.plist", self.MISSION_CONTROL_WITH_FOUR)
+        self.world.set_plist("Settings_Desk.plist", {"FingerMode": "pointer"})
+        self.assertEqual(self.gestures(self.FOUR, "--display", "Desk"), [])
+        self.assertEqual({step["device"] for step in self.play(self.DRAG, "--display", "Desk")}, {"pointer"})
+
+    def test_takes_one_finger_for_the_pointer_when_told(self):
+        self.assertEqual({step["device"] for step in self.play(self.DRAG)}, {"touch screen"})
+        steps = self.play(self.DRAG, "--pointer")
+        self.assertEqual({step["device"] for step in steps}, {"pointer"})
+        self.assertEqual([step["step"] for step in steps if "button" in step], ["down", "up"])
+
+    def test_takes_no_touch_back_when_told(self):
+        self.assertIn("cancel", {step["step"] for step in self.play(self.SCROLL)})
+        self.assertNotIn("cancel", {step["step"] for step in self.play(self.SCROLL, "--keep-touches")})
+
+    def test_the_panels_description_may_be_in_the_file(self):
+        description = (RECORDINGS / f"{self.UNDESCRIBED}.desc").read_text(encoding="utf-8")
+        whole = self.copy(self.DRAG_UNDESCRIBED, "whole", lambda text: description + text)
+        self.assertEqual(self.play(whole), self.play(self.DRAG_UNDESCRIBED))
+
+    def test_the_description_beside_it_is_that_of_the_longest_name(self):
+        self.copy(f"{self.UNDESCRIBED}.desc", f"{self.UNDESCRIBED}.desc")
+        for name in ("ELAN.desc", f"{self.UNDESCRIBED}.3.desc", "ELAN CANDO Windows7.2-fingers.desc.old"):
+            (self.world.folder / name).write_text("A: zz\n", encoding="utf-8")
+        moved = self.copy(self.DRAG_UNDESCRIBED, f"{self.UNDESCRIBED}.2-fingers.events")
+        expected = self.play(self.DRAG_UNDESCRIBED)
+        self.assertEqual(self.play(moved), expected)
+        status, output, _ = self.world.run("env", f"--chdir={self.world.folder}", pathlib.Path(SIMULATOR).resolve(),
+                                           "touch", moved.name)
+        self.assertEqual((status, len(output.splitlines())), (0, len(expected)))
+
+    def test_says_what_is_wrong_with_a_recording(self):
+        damaged = self.copy(f"{self.PANEL}.desc", "damaged", lambda text: text + "E: 0.000001 0003 0039 1\nE: 0.1 0 0\n")
+        lines = damaged.read_text(encoding="utf-8").count("\n")
+        self.refuse(damaged, f"damaged: line {lines}: ")
+        alone = self.copy(self.DRAG_UNDESCRIBED, "alone.events")
+        self.refuse(alone, "does not describe its panel")
+        (self.world.folder / "alone.desc").write_text("N: x\nA: zz 0 1 0 0\n", encoding="utf-8")
+        self.refuse(alone, "alone.desc: line 2: ")
+        pad = self.copy(f"{self.PANEL}.desc", "pad", lambda text: text.replace("P: 02", "P: 01"))
+        self.refuse(pad, "no recording of a touch screen")
+        self.refuse(RECORDINGS / f"{self.PANEL}.desc", "has no events")
+        self.refuse(self.world.folder / "nowhere", "cannot be read")
+        self.refuse(self.world.folder, "cannot be read")
+
+    def test_says_what_is_wrong_with_what_was_asked(self):
+        recording = RECORDINGS / self.SCROLL
+        self.refuse(recording, 'no settings of "Desk"', "--display", "Desk")
+        self.refuse(recording, '1 to 200 bytes', "--display", "../Desk")
+        self.refuse(recording, "see --help", "--display")
+        self.refuse(recording, "see --help", "--loud")
+        self.refuse(recording, "see --help", recording)
+        self.world.set_plist("Settings_Desk.plist", {})
+        (self.world.preferences / "Settings_Desk.plist").write_bytes(b"damaged")
+        self.refuse(recording, "repair or remove it", "--display", "Desk")
 
 
 if __name__ == "__main__":

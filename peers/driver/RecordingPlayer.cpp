@@ -1,0 +1,141 @@
+#include "peers/driver/RecordingPlayer.h"
+
+#include "TDUtilities.h"
+#include "peers/driver/DisplayNames.h"
+#include "peers/driver/OutputPrinter.h"
+#include "peers/driver/SystemGestures.h"
+#include "peers/driver/TouchSettings.h"
+#include "platform/Files.h"
+#include "platform/PropertyList.h"
+#include "touch/Recording.h"
+#include "touch/TouchDisplay.h"
+
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+using platform::NSFileManager;
+using platform::NSMutableDictionary;
+
+constexpr std::string_view kDescriptionEnding = ".desc";
+
+std::string contentsOf(const std::string& path) {
+    const auto contents = NSFileManager::defaultManager().contentsAtPath(path);
+    if (!contents)
+        throw std::runtime_error(path + " cannot be read; name a recording that exists and that you may read");
+    return {contents->begin(), contents->end()};
+}
+
+/// The file beside a recording that describes its panel: the longest name that the recording's own begins with.
+std::optional<std::string> descriptionBeside(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    const std::string name = path.substr(slash == std::string::npos ? 0 : slash + 1);
+    std::string longest;
+    const bool isRead = NSFileManager::defaultManager().visitDirectoryAtPath(folder, [&](std::string_view file) {
+        const bool isDescription = file.ends_with(kDescriptionEnding) &&
+                                   name.starts_with(file.substr(0, file.size() - kDescriptionEnding.size()));
+        if (isDescription && file.size() > longest.size()) longest = file;
+        return true;
+    });
+    if (!isRead || longest.empty()) return std::nullopt;
+    return folder + (slash == std::string::npos ? "/" : "") + longest;
+}
+
+/// What is wrong with it is said with the name of the file that it is in.
+touch::Recording readIn(const std::string& path, std::string_view events, std::string_view description) {
+    try {
+        return touch::readRecording(events, description);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(path + ": " + error.what());
+    }
+}
+
+touch::Recording recordingAt(const std::string& path) {
+    const std::string events = contentsOf(path);
+    std::string description;
+    if (!touch::hasDescription(events)) {
+        const auto beside = descriptionBeside(path);
+        if (!beside) {
+            throw std::runtime_error(path + " does not describe its panel, and there is no NAME.desc beside it whose "
+                                            "NAME the file's name begins with; put the description there");
+        }
+        description = contentsOf(*beside);
+        (void)readIn(*beside, description, {});
+    }
+    auto recording = readIn(path, events, description);
+    if (recording.events.empty()) throw std::runtime_error(path + " has no events; name a recording");
+    return recording;
+}
+
+/// The settings of the display that is meant, if it has any.
+NSMutableDictionary settingsFor(const RecordingChoice& choice, const std::string& recorded) {
+    const std::string& name = choice.display ? *choice.display : recorded;
+    if (choice.display) checkDisplayName(name);
+    if (!isFitDisplayName(name)) return {};
+    const std::string path = getSettingsFilePath(name);
+    if (!NSFileManager::defaultManager().fileExistsAtPath(path)) {
+        if (choice.display) throw std::runtime_error("there are no settings of \"" + name + "\"; connect it once");
+        return {};
+    }
+    auto settings = NSMutableDictionary::dictionaryWithContentsOfFile(path);
+    if (!settings) throw std::runtime_error("the settings file " + path + " cannot be read; repair or remove it");
+    return settings;
+}
+
+/// As a driver that starts finds them, which makes those that are missing.
+SettingsContext contextOfADriver() {
+    SettingsContext context = currentSettingsContext();
+    NSFileManager& files = NSFileManager::defaultManager();
+    if (!files.fileExistsAtPath(getDockPreferenceFilePath())) context.dockPreferences = newDockPreferences();
+    if (!files.fileExistsAtPath(getGlobalPreferenceFilePath())) context.globalPreferences = newGlobalPreferences();
+    return context;
+}
+
+void sayFault(touch::Fault fault) { throw std::logic_error("this must not happen: " + std::string(nameOf(fault))); }
+
+} // namespace
+
+RecordingChoice recordingChoiceIn(const std::vector<std::string>& words) {
+    RecordingChoice choice;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (words[i] == "--display" && i + 1 < words.size()) {
+            choice.display = words[++i];
+        } else if (words[i] == "--pointer") {
+            choice.isPointer = true;
+        } else if (words[i] == "--keep-touches") {
+            choice.keepsTouches = true;
+        } else if (choice.path.empty() && !words[i].empty() && !words[i].starts_with("--")) {
+            choice.path = words[i];
+        } else {
+            throw std::runtime_error(
+                R"("touch" takes a FILE, --display NAME, --pointer and --keep-touches; see --help)");
+        }
+    }
+    if (choice.path.empty()) throw std::runtime_error("\"touch\" takes a FILE with recorded fingers; see --help");
+    return choice;
+}
+
+void playRecording(const RecordingChoice& choice, const std::function<void(const std::string&)>& printLine) {
+    const touch::Recording recording = recordingAt(choice.path);
+    const NSMutableDictionary stored = settingsFor(choice, recording.name);
+    touch::Settings settings = touchSettingsOf(stored, contextOfADriver());
+    if (choice.isPointer) settings.fingerMode = touch::FingerMode::Pointer;
+    touch::Desktop desktop;
+    desktop.takesTouchesBack = !choice.keepsTouches;
+    desktop.nativePixels = nativePixelsOf(stored);
+
+    const touch::Glass glass(recording.x, recording.y);
+    OutputPrinter printer(printLine);
+    touch::TouchDisplay display(glass.size(), printer, sayFault);
+    display.setSettings(settings);
+    display.setDesktop(desktop);
+    recording.play(glass, [&](const touch::Frame& frame) { display.frame(frame); });
+    while (const auto deadline = display.deadline()) display.timeout(*deadline);
+}
+
+} // namespace kelvo

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "peers/driver/ContactFrame.h"
+#include "peers/driver/OutputPrinter.h"
+#include "platform/NSObject.h"
+#include "platform/RunLoop.h"
+#include "touch/TouchDisplay.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+/// A display of 24 inches without a panel: its fingers are made up, and what they come to is printed. Timeouts come
+/// when they are due.
+class SimulatedDisplay : public platform::NSObject {
+public:
+    SimulatedDisplay(const std::string& name, std::function<void(const std::string&)> printLine);
+    ~SimulatedDisplay() override;
+    SimulatedDisplay(const SimulatedDisplay&) = delete;
+    SimulatedDisplay& operator=(const SimulatedDisplay&) = delete;
+
+    void setSettings(const touch::Settings& settings) { display_.setSettings(settings); }
+    /// Whether fingers lead to anything. What is down is lifted either way.
+    void setGiving(bool isGiving);
+
+    /// These contacts, now.
+    [[nodiscard]] static ContactFrame frameOf(std::vector<ContactFrame::Contact> contacts);
+    void see(const ContactFrame& frame);
+
+private:
+    void awaitDeadline();
+
+    OutputPrinter printer_;
+    touch::TouchDisplay display_;
+    std::shared_ptr<platform::NSTimer> timer_;
+};
+
+} // namespace kelvo

@@ -1,0 +1,119 @@
+#include "peers/driver/TouchSettings.h"
+
+#include "TDGestureCatalogue.h"
+#include "TDNames.h"
+#include "TDUtilities.h"
+#include "platform/SystemVersion.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+using platform::NSMutableArray;
+using platform::NSMutableDictionary;
+using platform::Value;
+
+/// The number that a value is read as; none where there is none to read.
+std::optional<double> numberIn(const Value& value) {
+    if (!value.hasNumber() || std::isnan(value.doubleValue())) return std::nullopt;
+    return value.doubleValue();
+}
+
+/// Far more than any setting is held to, and far less than a time can hold.
+touch::Time timeOf(double seconds) {
+    constexpr double kMostSeconds = 1e6;
+    return std::chrono::duration_cast<touch::Time>(
+        std::chrono::duration<double>(std::clamp(seconds, -kMostSeconds, kMostSeconds)));
+}
+
+touch::FingerMode fingerModeIn(const NSMutableDictionary& settings) {
+    return settings.objectForKey(keys::fingerMode).isEqual("pointer") ? touch::FingerMode::Pointer
+                                                                      : touch::FingerMode::Touch;
+}
+
+/// A time that is missing is the shortest, as the pane's slider shows it.
+std::optional<touch::Time> longPressIn(const NSMutableDictionary& settings) {
+    const auto rightClick = settings.objectForKey(keys::rightClick).dictionary();
+    if (!rightClick.objectForKey(keys::rightClickIsEnable).boolValue()) return std::nullopt;
+    return timeOf(numberIn(rightClick.objectForKey(keys::rightClickTimeIntelval)).value_or(0.0));
+}
+
+std::optional<touch::Size> manualPictureIn(const NSMutableDictionary& settings) {
+    const Value isAutomatic = settings.objectForKey(keys::autoCalibration);
+    const bool isChosen = isAutomatic.text() || isAutomatic.hasNumber();
+    if (!isChosen || isAutomatic.boolValue()) return std::nullopt;
+    const auto manual = settings.objectForKey(keys::manualCalibration).dictionary();
+    return touch::Size{numberIn(manual.objectForKey(keys::OSDWidth)).value_or(0.0),
+                       numberIn(manual.objectForKey(keys::OSDHeight)).value_or(0.0)};
+}
+
+touch::GestureRecord recordOf(const NSMutableDictionary& stored) {
+    touch::GestureRecord record;
+    record.name = stored.objectForKey(keys::name).string().value_or("");
+    for (const Value& action : stored.objectForKey(keys::descriptor).array().objects()) {
+        record.descriptor.push_back(action.string().value_or(""));
+    }
+    record.selectedIndex = stored.objectForKey(keys::selectedIndex).longLongValue();
+    record.isEnabled = stored.objectForKey(keys::isEnable).boolValue();
+    return record;
+}
+
+std::vector<touch::GestureRecord> gesturesIn(const NSMutableDictionary& settings, std::int32_t systemVersion) {
+    const NSMutableArray stored = settings.objectForKey(keys::gestureArray).array();
+    const NSMutableArray list = stored ? stored : gestureCatalogueForVersion(systemVersion);
+    std::vector<touch::GestureRecord> records;
+    for (const Value& element : list.objects()) {
+        if (element.dictionary()) records.push_back(recordOf(element.dictionary()));
+    }
+    return records;
+}
+
+touch::SystemSwitches switchesIn(const SettingsContext& context) {
+    const auto isOn = [](const NSMutableDictionary& file, std::string_view key) {
+        return file.objectForKey(key).boolValue();
+    };
+    return {.appExpose = isOn(context.dockPreferences, systemKeys::appExpose),
+            .showDesktop = isOn(context.dockPreferences, systemKeys::showDesktop),
+            .missionControl = isOn(context.dockPreferences, systemKeys::missionControl),
+            .launchpad = isOn(context.dockPreferences, systemKeys::launchpad),
+            .swipeNavigateWithScrolls = isOn(context.globalPreferences, systemKeys::swipeNavigateWithScrolls),
+            .pagesNeedNoSwitch = isSnowLeopard(context.systemVersion)};
+}
+
+} // namespace
+
+SettingsContext currentSettingsContext() {
+    return {NSMutableDictionary::dictionaryWithContentsOfFile(getDockPreferenceFilePath()),
+            NSMutableDictionary::dictionaryWithContentsOfFile(getGlobalPreferenceFilePath()),
+            platform::Gestalt(platform::gestaltSystemVersion)};
+}
+
+touch::Settings touchSettingsOf(const NSMutableDictionary& settings, const SettingsContext& context) {
+    touch::Settings result;
+    result.fingerMode = fingerModeIn(settings);
+    result.longPress = longPressIn(settings);
+    if (const auto rate = numberIn(settings.objectForKey(keys::doubleClickRate)))
+        result.doubleClickRate = timeOf(*rate);
+    if (const auto range = numberIn(settings.objectForKey(keys::doubleClickRange))) result.doubleClickRange = *range;
+    result.gestures = gesturesIn(settings, context.systemVersion);
+    result.switches = switchesIn(context);
+    result.manualPicture = manualPictureIn(settings);
+    result.rotateMode = settings.objectForKey(keys::rotateMode).longLongValue();
+    return result;
+}
+
+std::optional<touch::Size> nativePixelsOf(const NSMutableDictionary& settings) {
+    const auto width = numberIn(settings.objectForKey(keys::nativeWidth));
+    const auto height = numberIn(settings.objectForKey(keys::nativeHeight));
+    if (!width || !height || *width <= 0.0 || *height <= 0.0) return std::nullopt;
+    return touch::Size{*width, *height};
+}
+
+} // namespace kelvo
