@@ -13,7 +13,7 @@ import time
 import unittest
 
 from hosts import PANE, PaneLife
-from peers import Lines, World, wait_until
+from peers import NAME_PREFIX, PATH, LatePeer, Lines, World, wait_until
 
 BUILD, BUNDLE, PRELOAD = sys.argv[1:4]
 del sys.argv[1:4]
@@ -196,8 +196,8 @@ class SystemPreferences(unittest.TestCase):
                 "DoubleClickRate": 0.7, "DoubleClickRange": 48, "RotateMode": 0, "AutoCalibration": True,
                 "DriverVersion": f"1.2.3 ({name})",
                 "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 0.7}})
-        driver = self.world.start(SIMULATOR, "run", "--connect", "Desk")
-        self.driver_lines = Lines(driver.stdout)
+        self.driver = self.world.start(SIMULATOR, "run", "--connect", "Desk")
+        self.driver_lines = Lines(self.driver.stdout)
         wait_until(self.driver_lines.read, "the driver simulator")
 
     def start(self, *arguments, **how):
@@ -276,6 +276,43 @@ class SystemPreferences(unittest.TestCase):
         # Quitting does not unselect.
         preferences.end_by("alt+q")
         preferences.life.expect("mainViewDidLoad", "willSelect", "willUnselect", "willSelect", "willUnselect")
+
+    def wait_for_late_driver(self):
+        """A driver in the simulator's place that answers when told to, with the touch page shown."""
+        self.driver.terminate()
+        self.driver.wait()
+        self.world.set_plist("Utilities.plist", {
+            "SelectedMenuItem": 1, "IsShowStatuMenu": True, "DriverEnable": True, "CurrentDeviceType": ["Desk"],
+            "VerboseLog": False})
+        driver = self.enterContext(LatePeer(self.world, "TouchDisplayDriverMessagePort"))
+        preferences = self.start()
+        preferences.select_pane()
+        return preferences, driver
+
+    def let_the_application_run(self):
+        """It is the main loop that answers this, also in the middle of a wait."""
+        port = self.world.bus.get_object(NAME_PREFIX + PANE, PATH, introspect=False)
+        for _ in range(2):
+            port.Ping(dbus_interface="org.freedesktop.DBus.Peer")
+
+    @staticmethod
+    def values(driver):
+        """The value of each message about a double click."""
+        return [plistlib.loads(data)["DoubleClickRange" if number == 1 else "DoubleClickRate"]
+                for number, data in driver.received]
+
+    def test_handles_a_click_as_soon_as_the_wait_is_over(self):
+        preferences, driver = self.wait_for_late_driver()
+        size = preferences.find("NSButton", "Normal Size")
+        for _ in range(3):
+            driver.received.clear()
+            driver.is_late = True
+            preferences.until(lambda: preferences.click("NSButton", "Normal Speed"), lambda: driver.received, "the speed")
+            preferences.display.click(size[0] + 12, size[1] + size[3] // 2)
+            self.let_the_application_run()
+            driver.answer_and_go_on()
+            wait_until(lambda: len(driver.received) >= 2, "the size")
+            self.assertEqual(self.values(driver), [0.5, 32])
 
     def test_follows_the_displays_and_the_driver(self):
         preferences = self.start()
