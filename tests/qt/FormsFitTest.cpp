@@ -7,6 +7,7 @@
 #include "qt/CanvasView.h"
 #include "qt/FormTexts.h"
 #include "qt/Forms.h"
+#include "qt/KnownFont.h"
 #include "qt/PullDown.h"
 #include "qt/QtApplication.h"
 #include "qt/QtNibs.h"
@@ -384,6 +385,8 @@ TEST_P(FormsFitTest, WindowIsLaidOutTheWayItsLanguageIsWritten) {
 }
 
 TEST(FormsInSystemSettingsTest, EnglishIsNotScrolledSidewaysWhereSystemSettingsOpens) {
+    ASSERT_TRUE(hasFont(kPlasmaFont)) << kPlasmaFont << " is not installed.";
+    const FontInUse font(kPlasmaFont);
     ShownPane pane("en_GB", 9);
     pane.window().resize(790, 600);
     pane.pickTab(kGestureTab);
