@@ -32,14 +32,15 @@ Point ClickSeries::place(Time landedAt, Point landing, Time now) {
 }
 
 bool ClickSeries::continuesSeries(Time landedAt, Point landing) const {
-    return last_ && wasTap_ && landedAt - last_->landedAt <= rate_ && distance(last_->anchor, landing) <= radius_;
+    return last_ && wasTap_ && landedAt - last_->landedAt <= rate_ &&
+           reaches(radius_, distance(last_->anchor, landing));
 }
 
 /// Desktops measure each axis by itself.
 bool ClickSeries::desktopWouldCount(Point landing, Time now) const {
     if (!last_ || gate_.opensAt(now) - last_->givenAt >= desktopInterval_ + thresholds::kDesktopMargin) return false;
     const Point way = landing - last_->anchor;
-    return std::max(std::abs(way.x), std::abs(way.y)) <= desktopDistance_;
+    return reaches(desktopDistance_, std::max(std::abs(way.x), std::abs(way.y)));
 }
 
 } // namespace touch

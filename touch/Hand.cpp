@@ -6,7 +6,7 @@
 
 namespace touch {
 
-bool Finger::isAtRest() const { return travel <= thresholds::kTapTravel; }
+bool Finger::isAtRest() const { return reaches(thresholds::kTapTravel, travel); }
 
 Finger* Hand::find(std::int64_t number) {
     auto* const found = std::find_if(fingers_.begin(), fingers_.end(), [number](const Finger& finger) {

@@ -45,8 +45,10 @@ void Player::begin(Shape shape, std::int32_t fingers, Time now) {
 
 void Player::follow(const Motion& motion, Time now) {
     if (state_ != State::Following) return;
+    const Motion next = heldToPad(motion);
+    if (farthestStep(target_, next) < thresholds::kPadNoise) return;
     const bool wasCaughtUp = target_ == shown_;
-    target_ = heldToPad(motion);
+    target_ = next;
     // A finger is followed at once; only what is too far for one step waits for the next.
     if (wasCaughtUp && now > shownAt_) stepTowards(target_, now);
 }
@@ -77,7 +79,7 @@ bool Player::run(Time now) {
 
 void Player::stepTowards(const Motion& motion, Time now) {
     const double step = farthestStep(shown_, motion);
-    if (step <= thresholds::kPadStep) {
+    if (reaches(thresholds::kPadStep, step)) {
         show(motion, now);
         return;
     }

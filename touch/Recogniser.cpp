@@ -51,11 +51,20 @@ void Recogniser::see(const Sightings& sightings) {
         }
         leaveIfEmpty();
     }
+    frames_.end(now);
     for (const Sighting& sighting : sightings.fingers) {
         if (hand_.find(sighting.finger)) continue;
         Finger* const finger = hand_.land(sighting.finger, rules_->mapping.handOf(sighting.place), now);
         if (finger) landed(*finger, now);
     }
+    passWhatNobodyWants(now);
+}
+
+/// After all that landed in one frame, so that it goes out in one.
+void Recogniser::passWhatNobodyWants(Time now) {
+    const bool isUnwanted =
+        state_ == HandState::Many && !rules_->gestures.wantsAtLeast(static_cast<std::int32_t>(hand_.countingDown()));
+    if (isUnwanted || state_ == HandState::Raw) passAll(now);
 }
 
 void Recogniser::landed(Finger& finger, Time now) {
@@ -71,10 +80,8 @@ void Recogniser::landed(Finger& finger, Time now) {
     case HandState::Many:
         state_ = HandState::Many;
         lastLanding_ = now;
-        if (!rules_->gestures.wantsAtLeast(static_cast<std::int32_t>(hand_.countingDown()))) passAll(now);
         return;
     case HandState::Raw:
-        passAll(now);
         return;
     case HandState::Dragging:
     case HandState::RightPress:
@@ -178,7 +185,7 @@ void Recogniser::mistaken(Finger& finger, Time now) {
         return;
     case HandState::Raw:
         if (canTakeBack() && finger.isGiven) {
-            frames_.giveAlone({.kind = Output::Kind::TouchCancel, .number = hand_.indexOf(finger)}, now);
+            frames_.add({.kind = Output::Kind::TouchCancel, .number = hand_.indexOf(finger)});
             finger.isGiven = false;
         } else {
             giveRelease(finger, now);
@@ -251,6 +258,7 @@ void Recogniser::decideForOne(Time now) {
 void Recogniser::liftedAlone(Finger& finger, Time now) {
     if (!finger.isGiven) giveAlone(finger, now);
     giveRelease(finger, now);
+    frames_.end(now);
     clicks_.ended(finger.isAtRest());
     state_ = HandState::Done;
 }
@@ -265,6 +273,7 @@ void Recogniser::runAlone(Time now) {
     if (!finger.isGiven && (canTakeBack() || !rules_->longPress)) {
         giveAlone(finger, now);
         if (!canTakeBack()) decideForOne(now);
+        giveMove(finger, now);
     }
     if (finger.isGiven && !finger.isAtRest()) decideForOne(now);
 }
@@ -326,7 +335,7 @@ bool Recogniser::isRestingAtEdge(const Finger& finger) const {
     const Size size = rules_->mapping.handSize();
     const double fromEdge =
         std::min({finger.landing.x, finger.landing.y, size.width - finger.landing.x, size.height - finger.landing.y});
-    return finger.counts() && finger.isAtRest() && fromEdge <= thresholds::kRestingEdge;
+    return finger.counts() && finger.isAtRest() && reaches(thresholds::kRestingEdge, fromEdge);
 }
 
 void Recogniser::ignoreRestingFingers() {
@@ -344,14 +353,15 @@ std::optional<FoundShape> Recogniser::refined(FoundShape found, std::span<const 
     const double length = std::abs(motionOf(ways).way.x);
     if (found.direction == Direction::Left && rules_->gestures.wants(Shape::LeftFromRightEdgeWithTwo) &&
         comesFromRightEdge(ways)) {
-        if (length >= thresholds::kSwipeTravel) return FoundShape{Shape::LeftFromRightEdgeWithTwo, found.direction};
+        if (reaches(length, thresholds::kSwipeTravel))
+            return FoundShape{Shape::LeftFromRightEdgeWithTwo, found.direction};
         if (!isLifting) return std::nullopt;
     }
     if (!rules_->gestures.wants(Shape::FlickSidewaysWithTwo) || now > firstLanding_ + thresholds::kLongestFlick) {
         return found;
     }
     if (!isLifting) return now < firstLanding_ + thresholds::kLongestFlick ? std::nullopt : std::optional(found);
-    if (length >= thresholds::kFlickTravel) return FoundShape{Shape::FlickSidewaysWithTwo, found.direction};
+    if (reaches(length, thresholds::kFlickTravel)) return FoundShape{Shape::FlickSidewaysWithTwo, found.direction};
     return found;
 }
 
@@ -359,8 +369,8 @@ bool Recogniser::comesFromRightEdge(std::span<const FingerWay> ways) const {
     const double edge = rules_->mapping.handSize().width;
     const auto [left, right] = std::minmax_element(
         ways.begin(), ways.end(), [](const FingerWay& a, const FingerWay& b) { return a.from.x < b.from.x; });
-    return edge - right->from.x <= thresholds::kRightEdge &&
-           edge - left->from.x <= thresholds::kRightEdge + thresholds::kRightEdgeSpread;
+    return reaches(thresholds::kRightEdge, edge - right->from.x) &&
+           reaches(thresholds::kRightEdge + thresholds::kRightEdgeSpread, edge - left->from.x);
 }
 
 void Recogniser::start(FoundShape found, const Participants& participants, Time now) {
@@ -475,7 +485,7 @@ void Recogniser::tap(Time now) {
 void Recogniser::tapOfTwo(Time now) {
     const TapOfTwo current{middleOfLandings(), firstLanding_};
     const bool isSecond = lastTapOfTwo_ && current.landedAt - lastTapOfTwo_->landedAt <= rules_->doubleClickRate &&
-                          distance(current.place, lastTapOfTwo_->place) <= thresholds::kDoubleTapOfTwoTravel;
+                          reaches(thresholds::kDoubleTapOfTwoTravel, distance(current.place, lastTapOfTwo_->place));
     if (isSecond && rules_->gestures.wants(Shape::DoubleTapWithTwo)) {
         isTapPending_ = false;
         lastTapOfTwo_.reset();
@@ -627,6 +637,7 @@ void Recogniser::passAll(Time now) {
     for (Finger& finger : hand_.fingers()) {
         if (finger.counts() && finger.liftedAt) giveRelease(finger, now);
     }
+    frames_.end(now);
     state_ = HandState::Raw;
 }
 
@@ -666,6 +677,7 @@ void Recogniser::addMove(Finger& finger) {
                  .at = rules_->mapping.touchOf(finger.givenPlace)});
 }
 
+/// A touch goes up in the frame that is being put together.
 void Recogniser::giveRelease(Finger& finger, Time now) {
     if (!finger.isGiven) return;
     finger.isGiven = false;
@@ -673,7 +685,7 @@ void Recogniser::giveRelease(Finger& finger, Time now) {
         pressButton(Button::Left, false, now);
         return;
     }
-    frames_.giveAlone({.kind = Output::Kind::TouchUp, .number = hand_.indexOf(finger)}, now);
+    frames_.add({.kind = Output::Kind::TouchUp, .number = hand_.indexOf(finger)});
 }
 
 void Recogniser::takeBackAll(Time now) {

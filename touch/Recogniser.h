@@ -70,6 +70,7 @@ private:
     void lifted(Finger& finger, Time now);
     void mistaken(Finger& finger, Time now);
     void leaveIfEmpty();
+    void passWhatNobodyWants(Time now);
 
     // One finger
     void beginHand(Finger& finger, Time now);

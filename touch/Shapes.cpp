@@ -69,14 +69,14 @@ Parts partsOf(const FingerWay& first, const FingerWay& second) {
 std::optional<FoundShape> findPivot(const FingerWay& first, const FingerWay& second, const Parts& parts) {
     const double still = std::min(lengthOf(first.way()), lengthOf(second.way()));
     const double moving = std::max(lengthOf(first.way()), lengthOf(second.way()));
-    if (still > thresholds::kStill || moving < thresholds::kPivotTravel) return std::nullopt;
-    if (parts.apart > parts.about) return FoundShape{Shape::PinchWithTwo};
-    if (parts.about > parts.apart) return FoundShape{Shape::RotateWithTwo};
+    if (!reaches(thresholds::kStill, still) || !reaches(moving, thresholds::kPivotTravel)) return std::nullopt;
+    if (!reaches(parts.about, parts.apart)) return FoundShape{Shape::PinchWithTwo};
+    if (!reaches(parts.apart, parts.about)) return FoundShape{Shape::RotateWithTwo};
     return std::nullopt;
 }
 
 bool isClear(double part, double others) {
-    return part >= thresholds::kTwoFingerTravel && part >= thresholds::kTwoFingerClearness * others;
+    return reaches(part, thresholds::kTwoFingerTravel) && reaches(part, thresholds::kTwoFingerClearness * others);
 }
 
 std::optional<FoundShape> findShapeOfTwo(const FingerWay& first, const FingerWay& second) {
@@ -126,9 +126,9 @@ std::optional<FoundShape> findSwipe(std::span<const FingerWay> fingers) {
     const Direction direction = directionOf(way);
     const Point unit = unitOf(direction);
     const double length = along(way, unit);
-    if (length < thresholds::kSwipeTravel) return std::nullopt;
+    if (!reaches(length, thresholds::kSwipeTravel)) return std::nullopt;
     const bool allTakePart = std::all_of(fingers.begin(), fingers.end(), [&](const FingerWay& finger) {
-        return along(finger.way(), unit) >= thresholds::kSwipeShare * length;
+        return reaches(along(finger.way(), unit), thresholds::kSwipeShare * length);
     });
     const auto shape = swipeOf(fingers.size(), direction);
     if (!allTakePart || !shape) return std::nullopt;
@@ -138,8 +138,8 @@ std::optional<FoundShape> findSwipe(std::span<const FingerWay> fingers) {
 std::optional<FoundShape> findShapeOfFour(std::span<const FingerWay> fingers) {
     const double spread = spreadOf(fingers);
     const double together = lengthOf(meanWay(fingers));
-    if (std::abs(spread) >= thresholds::kFourPinchTravel &&
-        std::abs(spread) >= thresholds::kFourPinchClearness * together) {
+    if (reaches(std::abs(spread), thresholds::kFourPinchTravel) &&
+        reaches(std::abs(spread), thresholds::kFourPinchClearness * together)) {
         return FoundShape{spread < 0.0 ? Shape::FourTogether : Shape::FourApart};
     }
     return findSwipe(fingers);
@@ -175,10 +175,10 @@ Point middleOfOrigins(std::span<const FingerWay> fingers) {
 Direction directionOf(Point way) {
     const double sideways = std::abs(way.x);
     const double upright = std::abs(way.y);
-    if (sideways >= thresholds::kSwipeClearness * upright && sideways > 0.0) {
+    if (reaches(sideways, thresholds::kSwipeClearness * upright) && sideways > 0.0) {
         return way.x < 0.0 ? Direction::Left : Direction::Right;
     }
-    if (upright >= thresholds::kSwipeClearness * sideways && upright > 0.0) {
+    if (reaches(upright, thresholds::kSwipeClearness * sideways) && upright > 0.0) {
         return way.y < 0.0 ? Direction::Up : Direction::Down;
     }
     return Direction::None;

@@ -21,7 +21,7 @@ constexpr Time kLongestTap = 300ms;
 /// lifts. Source: ChromiumOS allows a tap 2 mm; Android's touch slop is 8 dp = 1.3 mm, iOS's 10 pt = 1.6 mm.
 constexpr double kTapTravel = 2.0;
 /// Decides: the longest time between the first and the last finger of one hand to land or to lift. Why: fingers of one
-/// hand are not simultaneous. Source: measured, up to 80 ms.
+/// hand are not simultaneous. Source: ours, as long as it was settled that a hand may take.
 constexpr Time kOneHand = 80ms;
 /// Decides: how long a finger that could not be taken back is held while it is alone. Why: as long as another finger of
 /// the same hand may follow, giving it out could make a click that nobody made. Source: kOneHand.
@@ -68,7 +68,7 @@ constexpr Time kLongestFlick = 300ms;
 /// Decides: how far a flick goes. Source: as a swipe.
 constexpr double kFlickTravel = kSwipeTravel;
 /// Decides: a first step that is longer than this does not count. Why: panels hold a finger where it landed until it
-/// has gone some way, and then report that way at once. Source: measured, 2.5 mm on one of two panels.
+/// has gone some way, and then report that way at once. Source: measured, 2.7 mm on one of two panels.
 constexpr double kFirstStep = 1.5;
 
 // Hands that only rest
@@ -87,8 +87,8 @@ constexpr double kRightEdgeSpread = 25.0;
 /// Decides: a contact that goes farther than this, and faster than kFastest, has been mistaken for another. Source:
 /// libinput's jump on touchpads, 20 mm.
 constexpr double kJump = 20.0;
-/// Decides: see kJump; in millimetres a second. Why: the quickest flick on glass is slower. Source: twice the 2.5 m/s
-/// of Android's fling limit, 8,000 dp/s = 1.3 m/s, and some more for short frames.
+/// Decides: see kJump; in millimetres a second. Why: the quickest flick on glass is slower. Source: four times
+/// Android's fastest fling, 8,000 dp/s = 1.3 m/s.
 constexpr double kFastest = 5'000.0;
 
 // What settings are held to
@@ -120,6 +120,8 @@ constexpr double kPadLeastRadius = 8.0;
 constexpr double kPadMostRadius = 600.0;
 /// The time between two frames that nobody's finger asked for. Source: a touchpad's usual 125 Hz.
 constexpr Time kPadFrame = 8ms;
+/// Decides: the least that is a movement on the pad. Why: what rounding leaves is none. Source: far below a unit of it.
+constexpr double kPadNoise = 0.001;
 /// How far fingers go in one of those. Why: libinput drops steps of more than 20 mm as jumps.
 constexpr double kPadStep = 5.0;
 

@@ -23,6 +23,12 @@ struct Point {
 [[nodiscard]] inline double distance(Point from, Point to) { return lengthOf(to - from); }
 /// How far `way` goes in the direction of `unit`, which has the length 1.
 [[nodiscard]] constexpr double along(Point way, Point unit) { return way.x * unit.x + way.y * unit.y; }
+/// Whether a length reaches a limit. Where both are alike it does, whatever rounding made of them, so that mirrored
+/// fingers always mean the mirrored thing.
+[[nodiscard]] constexpr bool reaches(double length, double limit) {
+    constexpr double kRounding = 1e-9;
+    return length >= limit - kRounding;
+}
 /// `way`, turned a quarter clockwise as one sees it.
 [[nodiscard]] constexpr Point turnedAQuarter(Point way) { return {-way.y, way.x}; }
 

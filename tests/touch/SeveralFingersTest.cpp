@@ -100,8 +100,7 @@ TEST(SeveralFingers, TapOfTwoPassesAsTouchesWhereOnlyItsDoubleIsOn) {
     EXPECT_EQ(play(stage, "0: 1@30,40 2@50,40\n100: -"), lines(R"(
         0 touch +0 30,40
         100 touch +1 50,40
-        100 touch -0
-        100 touch -1
+        100 touch -0 -1
     )"));
     EXPECT_EQ(whatIsDone(stage, "0: 1@30,40 2@50,40\n100: -\n300: 3@30,40 4@50,40\n400: -"), "SmartZoom");
 }
@@ -151,10 +150,7 @@ TEST(SeveralFingers, TapOfFourPassesAsTouches) {
     EXPECT_EQ(only("touch", play(Stage(), "0: 1@30,40 2@50,40 3@70,40 4@90,40\n100: -")), lines(R"(
         0 touch +0 30,40
         100 touch +1 50,40 +2 70,40 +3 90,40
-        100 touch -0
-        100 touch -1
-        100 touch -2
-        100 touch -3
+        100 touch -0 -1 -2 -3
     )"));
 }
 
@@ -354,8 +350,7 @@ TEST(SeveralFingers, FingersThatNoEnabledGestureWantsPassAtOnce) {
         0 touch +0 30,40
         10 touch +1 50,40
         18 touch ~0 32,41 ~1 50,42
-        40 touch -0
-        40 touch -1
+        40 touch -0 -1
     )"));
 }
 
@@ -441,8 +436,7 @@ TEST(Rest, AFingerThatComesToStayBesideAnotherIsPassed) {
     EXPECT_EQ(play(Stage(), "0: 1@30,40\n400: 1@30,40 2@60,40\n1000: -"), lines(R"(
         0 touch +0 30,40
         700 touch +1 60,40
-        1000 touch -0
-        1000 touch -1
+        1000 touch -0 -1
     )"));
 }
 
