@@ -4,6 +4,7 @@ import json
 import pathlib
 import plistlib
 import shutil
+import signal
 import sys
 import time
 import unittest
@@ -25,6 +26,13 @@ GLOBAL = "../.GlobalPreferences.plist"
 ALL_DOCK_GESTURES_ON = {"showAppExposeGestureEnabled": True, "showDesktopGestureEnabled": True,
                         "showMissionControlGestureEnabled": True, "showLaunchpadGestureEnabled": True}
 ALL_GLOBAL_GESTURES_ON = {"AppleEnableSwipeNavigateWithScrolls": True}
+
+# A pane's port, whose process can be stopped.
+HUNG_PANE = """import sys, dbus.bus, time
+bus = dbus.bus.BusConnection(sys.argv[1])
+bus.request_name("com.kelvo.TouchDisplay.PreferenceMessagePort")
+time.sleep(600)
+"""
 
 
 class Simulator:
@@ -53,8 +61,8 @@ class Watcher:
         self.bus.set_exit_on_disconnect(False)
         self.frames = []
         self.ended = []
-        for signal, heard in (("Frame", lambda *frame: self.frames.append(frame)), ("WatchEnded", self.ended.append)):
-            self.bus.add_signal_receiver(heard, signal, NAME_PREFIX + "Driver", path=CHANNEL)
+        for name, heard in (("Frame", lambda *frame: self.frames.append(frame)), ("WatchEnded", self.ended.append)):
+            self.bus.add_signal_receiver(heard, name, NAME_PREFIX + "Driver", path=CHANNEL)
         self.driver = dbus.Interface(self.bus.get_object(NAME_PREFIX + "Driver", CHANNEL, introspect=False),
                                      NAME_PREFIX + "Driver")
 
@@ -260,6 +268,30 @@ class DriverSimulator(unittest.TestCase):
             wait_until(lambda: pane.received, "the pane to be told")
             simulator.command("show-tab", "2")
             self.assertEqual([message_id for message_id, _ in pane.received], [7, 8])
+
+    def test_tells_the_pane_again_when_a_change_of_its_own_crossed_with_the_telling(self):
+        simulator = Simulator(self.world, "--connect", "Desk")
+
+        def send_own(*_):
+            if len(pane.received) == 1:
+                self.world.send(DRIVER, 0, {"DoubleClickRate": 0.3, "DeviceName": "Desk"})
+
+        with Peer(self.world, PANE, send_own) as pane:
+            self.send_from_elsewhere(0, {"DoubleClickRate": 0.2, "DeviceName": "Desk"})
+            wait_until(lambda: len(pane.received) == 2, "the pane to be told again")
+            self.assertEqual(self.world.plist("Settings_Desk.plist")["DoubleClickRate"], 0.3)
+            simulator.command("show-tab", "2")
+            self.assertEqual([message_id for message_id, _ in pane.received], [7, 7, 8])
+
+    def test_a_pane_that_hangs_holds_up_neither_messages_nor_commands(self):
+        simulator = Simulator(self.world, "--connect", "Desk")
+        pane = self.world.start("/usr/bin/python3", "-c", HUNG_PANE, self.world.address)
+        wait_until(lambda: self.world.has_owner(PANE), "the pane's port")
+        pane.send_signal(signal.SIGSTOP)
+        for rate in (0.2, 0.3, 0.4):
+            self.send_from_elsewhere(0, {"DoubleClickRate": rate, "DeviceName": "Desk"})
+            wait_until(lambda: self.world.plist("Settings_Desk.plist")["DoubleClickRate"] == rate, "the change")
+            self.assertEqual(simulator.command("status")[0], 0)
 
     def test_tells_the_pane_nothing_of_changes_where_it_would_ask_which_display_is_meant(self):
         simulator = Simulator(self.world, "--connect", "Desk", "--connect", "Wall")

@@ -1076,6 +1076,8 @@ class Completion(TouchctlTest):
         self.assertEqual(after("show", "--json", "D"), ["Desk"])
         self.assertEqual(after("set", ""), ["Desk", "Wall\\ 2"])
         self.assertEqual(after("show", "A"), ["Attic"])
+        self.assertEqual(after("driver", ""), ["on", "off"])
+        self.assertEqual(after("set", "Desk", "finger", ""), ["touch", "pointer"])
         self.assertEqual(after("set", "\"W"), ["Wall 2"])
         self.assertEqual(after("set", "Wall\\ 2", "r"), ["right-click", "rotation"])
         self.assertEqual(after("set", "\"Wall 2\"", "rotation", "1"), ["180"])
