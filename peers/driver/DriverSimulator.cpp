@@ -2,6 +2,7 @@
 
 #include "peers/driver/SystemGestures.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <ctime>
@@ -45,16 +46,20 @@ std::string hang(const std::string& secondsText) {
     return "hanging for " + secondsText + " s";
 }
 
-/// The finger that a word "X,Y" puts on the glass.
-ContactFrame::Contact contactAt(const std::string& place, std::int32_t id) {
-    const std::size_t comma = place.find(',');
-    const auto x = wholeNumber<double>(place.substr(0, comma));
-    const auto y = comma == std::string::npos ? std::nullopt : wholeNumber<double>(place.substr(comma + 1));
-    const auto isOnGlass = [](const std::optional<double>& part) { return part && *part >= 0.0 && *part <= 1.0; };
-    if (!isOnGlass(x) || !isOnGlass(y)) {
+/// How far along a side of the glass, of which 1 is the whole.
+double partOfGlass(const std::string& text) {
+    const auto part = wholeNumber<double>(text);
+    if (!part || !(*part >= 0.0 && *part <= 1.0)) {
         throw std::runtime_error("a finger is at X,Y, two numbers from 0 to 1, such as 0.5,0.25");
     }
-    return {id, *x, *y};
+    return *part;
+}
+
+/// The finger that a word "X,Y" puts on the glass.
+ContactFrame::Contact contactAt(const std::string& place, std::int32_t id) {
+    const std::size_t comma = std::min(place.find(','), place.size());
+    const std::string afterComma = place.substr(std::min(comma + 1, place.size()));
+    return {id, partOfGlass(place.substr(0, comma)), partOfGlass(afterComma)};
 }
 
 } // namespace
