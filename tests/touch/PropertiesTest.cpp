@@ -1,4 +1,5 @@
 #include "tests/touch/Script.h"
+#include "touch/Glass.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -166,12 +167,27 @@ RC_GTEST_PROP(AnyFingers, GiveOutNoGestureThatIsOff, ()) {
     }
 }
 
+std::vector<Frame> seenBy(const touch::Glass& glass, int unitsToAMillimetre, std::vector<Frame> frames) {
+    const auto inUnits = [&](double place) {
+        return static_cast<std::int32_t>(std::lround(place * unitsToAMillimetre));
+    };
+    for (Frame& frame : frames) {
+        for (touch::Contact& contact : frame.contacts) {
+            contact.place = glass.placeOf(inUnits(contact.place.x), inUnits(contact.place.y));
+        }
+    }
+    return frames;
+}
+
 RC_GTEST_PROP(AnyFingers, MeanTheSameOnAPanelOfAnotherSizeAndResolution, ()) {
     const Stage stage = anyStage();
     Stage larger = stage;
     larger.glass = {400, 240};
+    // Seen by panels of 10 and of 40 units to a millimetre, whose units the places are multiples of.
     const auto frames = framesOf(anySteps());
-    requireAlike(outputsOf(stage, frames), outputsOf(larger, frames), [&](const Output& one, const Output& other) {
+    const auto coarse = seenBy(touch::Glass({0, 2000, 10}, {0, 1200, 10}), 10, frames);
+    const auto fine = seenBy(touch::Glass({0, 16000, 40}, {0, 9600, 40}), 40, frames);
+    requireAlike(outputsOf(stage, coarse), outputsOf(larger, fine), [&](const Output& one, const Output& other) {
         const bool isOnScreen =
             roadOf(one.kind) == touch::Road::TouchScreen || roadOf(one.kind) == touch::Road::Pointer;
         const Point first = isOnScreen ? Point{one.at.x * 200, one.at.y * 120} : one.at;
