@@ -121,7 +121,7 @@ std::optional<std::string> reasonAgainstWriting(const std::string& folder) {
 
 platform::NSData contentsOfInput(const std::string& path, std::size_t most) {
     const bool isStandard = path == "-";
-    const std::string title = isStandard ? "what came in" : "\"" + withVisibleControlCharacters(path) + "\"";
+    const std::string title = isStandard ? "what came in" : '"' + withVisibleControlCharacters(path) + '"';
     const Descriptor input(isStandard ? STDIN_FILENO : openedForReading(path));
     platform::NSData contents;
     std::array<std::uint8_t, 65536> buffer{};
