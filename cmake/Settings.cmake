@@ -15,14 +15,18 @@ if(KELVO_SANITIZE)
 endif()
 
 # The bundle and whoever loads it lie at fixed places to each other, in the build folder as in the installed tree:
-# bin/, lib/ and lib/kelvo-touch-display/KelvoTouchDisplay.prefPane.
+# bin/, the library folder (lib/ if nothing else is said) and kelvo-touch-display/KelvoTouchDisplay.prefPane in that.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/archive)
-set(KELVO_PANE_DIRECTORY lib/kelvo-touch-display/KelvoTouchDisplay.prefPane)
-set(CMAKE_INSTALL_LIBDIR lib)
+set(KELVO_OWN_DIRECTORY ${CMAKE_INSTALL_LIBDIR}/kelvo-touch-display)
+set(KELVO_PANE_DIRECTORY ${KELVO_OWN_DIRECTORY}/KelvoTouchDisplay.prefPane)
 # Nobody but this program's own parts links its library, so it lies where no loader looks by itself.
-set(KELVO_PRIVATE_LIBRARY_DIRECTORY lib/kelvo-touch-display/private)
+set(KELVO_PRIVATE_LIBRARY_DIRECTORY ${KELVO_OWN_DIRECTORY}/private)
+# The machine-wide Library is installed below the prefix like everything else; programs look for it at a whole path.
+set(KELVO_LIBRARY_DIRECTORY ${KELVO_OWN_DIRECTORY}/Library)
+set(KELVO_LOCAL_LIBRARY "${CMAKE_INSTALL_PREFIX}/${KELVO_LIBRARY_DIRECTORY}"
+  CACHE STRING "Where programs look for the machine-wide Library folder")
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../${KELVO_PRIVATE_LIBRARY_DIRECTORY}")
 # The package that what is installed belongs to, if nothing else is said.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME main)
