@@ -123,8 +123,8 @@ private:
 
 void play(fuzzing::Input input) {
     Sink sink;
-    touch::TouchDisplay display({200, 120}, sink,
-                                [](touch::Fault fault) { fuzzing::require(false, std::string(nameOf(fault)).c_str()); });
+    touch::TouchDisplay display(
+        {200, 120}, sink, [](touch::Fault fault) { fuzzing::require(false, std::string(nameOf(fault)).c_str()); });
     display.setSettings(anySettings(input));
     display.setDesktop(anyDesktop(input));
     Fingers fingers;
