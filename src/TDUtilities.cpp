@@ -5,16 +5,11 @@
 #include "platform/Clock.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
-#include "platform/MessagePorts.h"
 
 using platform::NSFileManager;
 using platform::Value;
 
 namespace {
-
-/// Each of the two waits of a send may take this long.
-constexpr double kSendTimeoutSeconds = 1.0;
-constexpr double kReceiveTimeoutSeconds = 1.0;
 
 std::string userPreferencesFolder() {
     return NSFileManager::defaultManager().homeDirectory() + "/Library/Preferences/";
@@ -162,13 +157,15 @@ bool isGlobalPreferenceFileLock() {
     return isPreferenceFileLock(".GlobalPreferences.plist", ".GlobalPreferences.plist.lockfile");
 }
 
-void sendToPort(const std::string& portName, const platform::NSMutableDictionary& dictionary, std::int32_t messageId) {
+platform::CFMessagePortStatus sendToPort(const std::string& portName, const platform::NSMutableDictionary& dictionary,
+                                         std::int32_t messageId) {
     Value object = dictionary;
     const auto data = Helpers::NSDate::dataWithContentsOfDictionary(object);
     const auto remotePort = platform::CFMessagePorts::current().createRemote(portName);
-    if (!remotePort || !data) return;
+    if (!remotePort || !data) return platform::CFMessagePortStatus::IsInvalid;
     platform::NSData unreadReply;
-    remotePort->sendRequest(messageId, *data, kSendTimeoutSeconds, kReceiveTimeoutSeconds, unreadReply);
+    return remotePort->sendRequest(messageId, *data, platform::kSendTimeoutSeconds, platform::kReceiveTimeoutSeconds,
+                                   unreadReply);
 }
 
 void resetDeviceParameter(const platform::NSMutableDictionary& dictionary, std::int32_t messageId) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/MessagePorts.h"
 #include "platform/PropertyList.h"
 
 #include <cstdint>
@@ -54,9 +55,10 @@ bool saveSettingItemsToPlist(const platform::NSMutableDictionary& items, const s
 [[nodiscard]] bool isSystemPreferenceFileLock();
 [[nodiscard]] bool isGlobalPreferenceFileLock();
 
-/// Sends a message to the port of another process and waits for its answer, for at most two seconds. Whether it arrived
-/// shows nowhere.
-void sendToPort(const std::string& portName, const platform::NSMutableDictionary& dictionary, std::int32_t messageId);
+/// Sends a message to the port of another process and waits for its answer, for at most two seconds. What became of it
+/// is only told here: the settings go out whether or not somebody is there to take them.
+platform::CFMessagePortStatus sendToPort(const std::string& portName, const platform::NSMutableDictionary& dictionary,
+                                         std::int32_t messageId);
 /// Sends a change to the driver.
 void resetDeviceParameter(const platform::NSMutableDictionary& dictionary, std::int32_t messageId);
 /// Sends to the status-bar utility.

@@ -354,6 +354,16 @@ TEST_F(Sending, ToASlowDriverWaitsForItsAnswer) {
     EXPECT_EQ(platform.ports.received.size(), 1U);
 }
 
+TEST_F(Sending, SaysWhatBecameOfTheMessage) {
+    using enum platform::CFMessagePortStatus;
+    EXPECT_EQ(sendToPort("Port", payload, 0), IsInvalid);
+    platform.ports.peers["Port"] = MemoryPorts::Peer::Answers;
+    EXPECT_EQ(sendToPort("Port", payload, 0), Success);
+    EXPECT_EQ(sendToPort("Port", {}, 0), IsInvalid);
+    platform.ports.peers["Port"] = MemoryPorts::Peer::Hung;
+    EXPECT_EQ(sendToPort("Port", payload, 0), ReceiveTimeout);
+}
+
 TEST_F(Sending, LooksThePortUpForEachMessage) {
     platform.ports.peers["TouchDisplayDriverMessagePort"] = MemoryPorts::Peer::Answers;
     resetDeviceParameter(payload, 0);

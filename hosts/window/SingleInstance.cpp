@@ -10,9 +10,6 @@ constexpr char kWindowPortName[] = "WindowMessagePort";
 /// Asks the window to come to the front; there is no payload.
 constexpr std::int32_t kMessageIDForComingToFront = 1;
 
-constexpr double kSendTimeoutSeconds = 1.0;
-constexpr double kReceiveTimeoutSeconds = 1.0;
-
 } // namespace
 
 SingleInstance::SingleInstance(platform::CFMessagePorts& ports, platform::CFRunLoop& runLoop,
@@ -37,7 +34,8 @@ SingleInstance::Outcome SingleInstance::tellOther() {
     const auto other = ports_.createRemote(kWindowPortName);
     if (!other) return Outcome::IsFirst;
     platform::NSData reply;
-    switch (other->sendRequest(kMessageIDForComingToFront, {}, kSendTimeoutSeconds, kReceiveTimeoutSeconds, reply)) {
+    switch (other->sendRequest(kMessageIDForComingToFront, {}, platform::kSendTimeoutSeconds,
+                               platform::kReceiveTimeoutSeconds, reply)) {
     case platform::CFMessagePortStatus::Success:
         return Outcome::OtherWasTold;
     case platform::CFMessagePortStatus::SendTimeout:

@@ -3,7 +3,6 @@
 #include "TDNames.h"
 #include "TDUtilities.h"
 #include "platform/Log.h"
-#include "platform/MessagePorts.h"
 
 #include <utility>
 
@@ -14,21 +13,13 @@ namespace {
 using platform::CFMessagePortStatus;
 using platform::NSMutableDictionary;
 
-constexpr double kSendTimeoutSeconds = 1.0;
-constexpr double kReceiveTimeoutSeconds = 1.0;
-
 /// A pane that was started is looked for at this interval, for ten seconds.
 constexpr double kLookIntervalSeconds = 0.2;
 constexpr int kLooks = 50;
 
 CFMessagePortStatus sendTab(std::int32_t index) {
-    platform::Value payload = NSMutableDictionary::dictionaryWithObjectsAndKeys({{index, keys::selectedMenuItem}});
-    const auto data = Helpers::NSDate::dataWithContentsOfDictionary(payload);
-    const auto pane = platform::CFMessagePorts::current().createRemote(kPreferencePortName);
-    if (!pane || !data) return CFMessagePortStatus::IsInvalid;
-    platform::NSData unreadReply;
-    return pane->sendRequest(kMessageIDForSelectedMenuItem, *data, kSendTimeoutSeconds, kReceiveTimeoutSeconds,
-                             unreadReply);
+    const auto payload = NSMutableDictionary::dictionaryWithObjectsAndKeys({{index, keys::selectedMenuItem}});
+    return sendToPort(kPreferencePortName, payload, kMessageIDForSelectedMenuItem);
 }
 
 } // namespace

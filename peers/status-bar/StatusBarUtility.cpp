@@ -12,10 +12,6 @@ namespace {
 
 using platform::CFMessagePortStatus;
 using platform::NSMutableDictionary;
-using platform::Value;
-
-constexpr double kSendTimeoutSeconds = 1.0;
-constexpr double kReceiveTimeoutSeconds = 1.0;
 
 bool isIconWanted(StatusBarUtility::Occasion occasion) {
     return occasion == StatusBarUtility::Occasion::Launch ||
@@ -57,13 +53,8 @@ bool StatusBarUtility::openPort() {
 }
 
 StatusBarUtility::Start StatusBarUtility::askOtherToShowIcon() {
-    Value payload = NSMutableDictionary::dictionaryWithObjectsAndKeys({{icon_.hasPlace(), kHasPlaceKey}});
-    const auto data = Helpers::NSDate::dataWithContentsOfDictionary(payload);
-    const auto other = platform::CFMessagePorts::current().createRemote(kStatusBarPortName);
-    if (!other || !data) return Start::NoPort;
-    platform::NSData unreadReply;
-    switch (
-        other->sendRequest(kMessageIDForShowingIcon, *data, kSendTimeoutSeconds, kReceiveTimeoutSeconds, unreadReply)) {
+    const auto payload = NSMutableDictionary::dictionaryWithObjectsAndKeys({{icon_.hasPlace(), kHasPlaceKey}});
+    switch (sendToPort(kStatusBarPortName, payload, kMessageIDForShowingIcon)) {
     case CFMessagePortStatus::Success:
         return Start::OtherRuns;
     case CFMessagePortStatus::SendTimeout:

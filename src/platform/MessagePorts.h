@@ -30,6 +30,10 @@ public:
 /// What a send came to.
 enum class CFMessagePortStatus { Success, SendTimeout, ReceiveTimeout, IsInvalid, TransportError };
 
+/// As long as each of the two waits of a send may take among the product's processes.
+inline constexpr double kSendTimeoutSeconds = 1.0;
+inline constexpr double kReceiveTimeoutSeconds = 1.0;
+
 /// The port of another process, good for one send.
 class CFRemoteMessagePort {
 public:
