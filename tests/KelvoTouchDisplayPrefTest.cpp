@@ -779,6 +779,17 @@ TEST_F(StatusMenu, WithoutAUtilitiesFileStoresTheChoiceAlone) {
     EXPECT_TRUE(platform.plist(kUtilitiesPath).isEqual(dictionaryOf({{false, keys::isShowStatuMenu}})));
 }
 
+TEST_F(StatusMenu, SwitchedOffByTheUtilityShowsWhenThePaneHearsOfItsDisplay) {
+    setUtilities({"KD-55"}, true);
+    show();
+    EXPECT_EQ(statusBarState().state(), 1);
+
+    setUtilitiesItem(false, keys::isShowStatuMenu);
+    receive(kMessageIDForDeviceIsConnected, dictionaryOf({{true, keys::isConnected}}));
+
+    EXPECT_EQ(statusBarState().state(), 0);
+}
+
 TEST_F(StatusMenu, HiddenByThePaneChangesPaneAndFileAndTellsNobody) {
     setUtilities({"A"}, true);
     show();

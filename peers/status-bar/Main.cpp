@@ -20,6 +20,7 @@
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -31,6 +32,7 @@ namespace {
 
 using Start = kelvo::StatusBarUtility::Start;
 using Occasion = kelvo::StatusBarUtility::Occasion;
+using kelvo::PortAnswer;
 
 constexpr char kProgramName[] = "KelvoTouchDisplaySettingUtility";
 
@@ -45,6 +47,8 @@ again, it shows the icon of the one that runs.
 
 constexpr int kFailure = 1;
 constexpr int kUsageError = 2;
+/// More than a probe takes to tell.
+constexpr double kProbeSeconds = 1.0;
 
 int fail(int status, const std::string& reason) {
     std::cerr << kProgramName << ": " << reason << '\n';
@@ -98,6 +102,28 @@ std::unique_ptr<kelvo::BundleDirectory> paneBundle() {
     return nullptr;
 }
 
+/// What the one that has the utility's port does.
+PortAnswer askOther(platform::CFRunLoop& runLoop) {
+    kelvo::PortProbe other(kStatusBarPortName);
+    std::optional<PortAnswer> answer;
+    other.ask([&](PortAnswer told) { answer = told; });
+    runLoop.runUntil([&] { return answer.has_value(); }, kProbeSeconds);
+    return answer.value_or(PortAnswer::NotAnswering);
+}
+
+/// The port could not be had, so another one has it, or there is no bus to have it on.
+int leaveToOther(PortAnswer other) {
+    switch (other) {
+    case PortAnswer::Answering:
+        return 0;
+    case PortAnswer::NotAnswering:
+        return fail(kFailure, "the one that runs already does not answer; end it and start again");
+    case PortAnswer::NotRunning:
+        break;
+    }
+    return fail(kFailure, "there is no session bus; set DBUS_SESSION_BUS_ADDRESS to the session's");
+}
+
 int run(Occasion occasion, int argc, char* argv[]) {
     const QApplication toolkit(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
@@ -110,9 +136,14 @@ int run(Occasion occasion, int argc, char* argv[]) {
     kelvo::DriverCommand driverSwitch(runLoop);
     kelvo::PortProbe driver(kTouchDisplayDriverPortName);
     std::function<void()> driverHasChanged;
+    std::function<void()> switchOff;
     kelvo::PortWatch driverWatch(kTouchDisplayDriverPortName, [&] { driverHasChanged(); });
     kelvo::StatusMenu menu({.openPaneAtTab = [&](std::int32_t tab) { pane.openAtTab(tab); },
-                            .quit = [] { QCoreApplication::quit(); },
+                            .quit =
+                                [&] {
+                                    switchOff();
+                                    QCoreApplication::quit();
+                                },
                             .askDriver = [&](auto tell) { driver.ask(std::move(tell)); },
                             .switchDriver =
                                 [&](bool isOn, std::function<void()> done) {
@@ -123,19 +154,20 @@ int run(Occasion occasion, int argc, char* argv[]) {
     driverHasChanged = [&] { menu.refresh(); };
     kelvo::TrayIcon icon(menu);
     kelvo::StatusBarUtility utility(icon, startAnew);
+    switchOff = [&] { utility.switchOff(); };
     switch (utility.start(occasion)) {
     case Start::IsFirst: {
         const kelvo::TerminationSignals termination(runLoop, [] { QCoreApplication::quit(); });
         return QApplication::exec();
     }
     case Start::OtherRuns:
-        return 0;
+        return utility.hasHeardFromOther() ? 0 : leaveToOther(askOther(runLoop));
     case Start::OtherIsHung:
-        return fail(kFailure, "the one that runs already does not answer; end it and start again");
+        return leaveToOther(PortAnswer::NotAnswering);
     case Start::NoPort:
         break;
     }
-    return fail(kFailure, "there is no session bus; set DBUS_SESSION_BUS_ADDRESS to the session's");
+    return leaveToOther(PortAnswer::NotRunning);
 }
 
 } // namespace

@@ -42,6 +42,20 @@ StatusBarUtility::Start StatusBarUtility::start(Occasion occasion) {
     return Start::IsFirst;
 }
 
+void StatusBarUtility::switchOff() {
+    const NSMutableDictionary utilities = readUtilitiesDictionary();
+    const auto off = NSMutableDictionary::dictionaryWithObjectsAndKeys({{false, keys::isShowStatuMenu}});
+    if (!saveSettingItemsToPlist(off, getUilitiesFilePath())) {
+        platform::NSLog("%@ cannot be read or written; repair or remove it", getUilitiesFilePath());
+    }
+    hideIcon();
+    // To a pane that shows one display this news changes nothing, and it reads its check box again. With several it
+    // would lead the user back to the choice between them.
+    if (utilities.objectForKey(keys::currentDeviceType).array().count() != 1) return;
+    const auto connected = NSMutableDictionary::dictionaryWithObjectsAndKeys({{true, keys::isConnected}});
+    sendToPort(kPreferencePortName, connected, kMessageIDForDeviceIsConnected);
+}
+
 bool StatusBarUtility::openPort() {
     port_ = platform::CFMessagePorts::current().createLocal(
         kStatusBarPortName, [this](platform::CFMessagePort&, std::int32_t messageId,
@@ -56,6 +70,7 @@ StatusBarUtility::Start StatusBarUtility::askOtherToShowIcon() {
     const auto payload = NSMutableDictionary::dictionaryWithObjectsAndKeys({{icon_.hasPlace(), kHasPlaceKey}});
     switch (sendToPort(kStatusBarPortName, payload, kMessageIDForShowingIcon)) {
     case CFMessagePortStatus::Success:
+        hasHeardFromOther_ = true;
         return Start::OtherRuns;
     case CFMessagePortStatus::SendTimeout:
     case CFMessagePortStatus::ReceiveTimeout:

@@ -25,7 +25,8 @@ public:
     enum class Occasion { Launch, SessionStart };
     enum class Start {
         IsFirst,
-        /// Another one runs, and shows its icon if this one would have.
+        /// Another one has the port, and shows its icon if this one would have. Where this one would not, it was not
+        /// asked, and may be nobody.
         OtherRuns,
         /// Another one has the port but does not answer.
         OtherIsHung,
@@ -42,6 +43,11 @@ public:
 
     /// Takes the port, or tells whoever has it. Waits 6 seconds at most, in which the loop runs.
     [[nodiscard]] Start start(Occasion occasion);
+    /// Whether another one has answered, and so is known to be there.
+    [[nodiscard]] bool hasHeardFromOther() const { return hasHeardFromOther_; }
+    /// The user has done with the menu: from now on it is off, as the pane's check box then says, and a pane that shows
+    /// the one display there is says so at once.
+    void switchOff();
 
 private:
     [[nodiscard]] bool openPort();
@@ -57,6 +63,7 @@ private:
     std::unique_ptr<platform::CFRunLoopSource> source_;
     std::string_view lastChange_;
     bool hasMissedTray_ = false;
+    bool hasHeardFromOther_ = false;
 };
 
 } // namespace kelvo

@@ -1,6 +1,7 @@
 #include "peers/status-bar/StatusBarUtility.h"
 
 #include "TDNames.h"
+#include "TDUtilities.h"
 #include "support/FakePlatform.h"
 
 #include <gmock/gmock.h>
@@ -155,6 +156,32 @@ TEST_F(StatusBarUtilityTest, StartsAnewForATrayThatOnlyANewProcessSees) {
     EXPECT_EQ(startsAnew_, 1);
 }
 
+TEST_F(StatusBarUtilityTest, SwitchedOffIsStoredHiddenAndToldToThePaneOfOneDisplay) {
+    const auto one = platform::NSMutableArray::arrayWithObjects({"Desk"});
+    saveSettingItemsToPlist(dictionaryOf({{one, "CurrentDeviceType"}, {true, "IsShowStatuMenu"}}),
+                            getUilitiesFilePath());
+    platform_.ports.peers[kPreferencePortName] = MemoryPorts::Peer::Answers;
+    EXPECT_EQ(utility_->start(Occasion::Launch), Start::IsFirst);
+
+    utility_->switchOff();
+
+    EXPECT_FALSE(icon_.isShown);
+    EXPECT_TRUE(
+        readUtilitiesDictionary().isEqual(dictionaryOf({{one, "CurrentDeviceType"}, {false, "IsShowStatuMenu"}})));
+    ASSERT_EQ(platform_.ports.received.size(), 1U);
+    EXPECT_EQ(platform_.ports.received[0].port, "PreferenceMessagePort");
+    EXPECT_EQ(platform_.ports.received[0].id, 7);
+    EXPECT_TRUE(platform_.ports.received[0].payload.isEqual(dictionaryOf({{true, "IsConnected"}})));
+}
+
+TEST_F(StatusBarUtilityTest, SwitchedOffWithoutAFileMakesOneWithTheDefaultsOfAllElse) {
+    EXPECT_EQ(utility_->start(Occasion::Launch), Start::IsFirst);
+    utility_->switchOff();
+    EXPECT_FALSE(readUtilitiesDictionary().objectForKey("IsShowStatuMenu").boolValue());
+    EXPECT_TRUE(readUtilitiesDictionary().objectForKey("DriverEnable").boolValue());
+    EXPECT_THAT(platform_.ports.received, IsEmpty());
+}
+
 class SecondStatusBarUtilityTest : public StatusBarUtilityTest {
 protected:
     SecondStatusBarUtilityTest() { platform_.ports.takenNames.insert(kStatusBarPortName); }
@@ -183,9 +210,11 @@ TEST_F(SecondStatusBarUtilityTest, SessionStartTellsTheFirstOnlyWhenTheFileWants
     setShownInFile(false);
     EXPECT_EQ(utility_->start(Occasion::SessionStart), Start::OtherRuns);
     EXPECT_THAT(platform_.ports.received, IsEmpty());
+    EXPECT_FALSE(utility_->hasHeardFromOther());
     setShownInFile(true);
     EXPECT_EQ(utility_->start(Occasion::SessionStart), Start::OtherRuns);
     EXPECT_EQ(platform_.ports.received.size(), 1U);
+    EXPECT_TRUE(utility_->hasHeardFromOther());
 }
 
 TEST_F(SecondStatusBarUtilityTest, FirstThatDoesNotAnswerIsHung) {

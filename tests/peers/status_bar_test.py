@@ -218,10 +218,12 @@ class WithoutTray(StatusBarTest):
         utility = Utility(self.world)
         utility.process.send_signal(signal.SIGSTOP)
 
-        status, _, errors = self.world.run(PROGRAM)
-
-        self.assertEqual(status, 1)
-        self.assertIn("does not answer", errors)
+        for arguments, is_shown in (((), True), (("--session-start",), True), (("--session-start",), False)):
+            with self.subTest(arguments=arguments, is_shown=is_shown):
+                self.set_utilities(IsShowStatuMenu=is_shown)
+                status, _, errors = self.world.run(PROGRAM, *arguments)
+                self.assertEqual(status, 1)
+                self.assertIn("does not answer", errors)
 
     def test_killed_and_started_anew_has_its_port_back(self):
         utility = Utility(self.world)
@@ -248,10 +250,15 @@ class WithoutTray(StatusBarTest):
         status, _, errors = self.world.run(PROGRAM, "--dance")
         self.assertEqual(status, 2)
         self.assertIn("--help", errors)
+
+    def test_without_a_bus_fails_whoever_starts_it_and_whatever_the_file_says(self):
         self.world.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.world.folder}/nowhere"
-        status, _, errors = self.world.run(PROGRAM)
-        self.assertEqual(status, 1)
-        self.assertIn("DBUS_SESSION_BUS_ADDRESS", errors)
+        for arguments, is_shown in (((), True), (("--session-start",), True), (("--session-start",), False)):
+            with self.subTest(arguments=arguments, is_shown=is_shown):
+                self.set_utilities(IsShowStatuMenu=is_shown)
+                status, _, errors = self.world.run(PROGRAM, *arguments)
+                self.assertEqual(status, 1)
+                self.assertIn("DBUS_SESSION_BUS_ADDRESS", errors)
 
     def test_prints_its_help_and_version(self):
         self.assertIn("--session-start", self.world.run(PROGRAM, "--help")[1])
@@ -415,15 +422,46 @@ class InATray(StatusBarTest):
         os.kill(pane, signal.SIGTERM)
         wait_until(lambda: not os.path.exists(f"/proc/{pane}"), "the pane's end")
 
-    def test_quit_ends_the_utility_and_says_nothing_to_the_others(self):
+    def test_quit_switches_the_menu_off_until_somebody_asks_for_it(self):
+        self.set_utilities(SelectDeviceName="Desk")
+        before = self.world.plist("Utilities.plist")
+        utility = Utility(self.world)
+        Menu(self.world, self.tray).choose("Quit")
+        self.assertEqual(utility.wait_for_end(), 0)
+
+        self.assertEqual(self.world.plist("Utilities.plist"), {**before, "IsShowStatuMenu": False})
+        self.assertEqual(Utility(self.world, "--session-start").log.lines, ["icon hidden"])
+
+    def test_quit_has_a_pane_with_one_display_read_its_check_box_again_and_disturbs_no_choice_of_several(self):
+        for displays, messages in (([], []), (["Desk"], [(7, {"IsConnected": True})]), (["Desk", "Wall"], [])):
+            with self.subTest(displays=displays):
+                self.set_utilities(CurrentDeviceType=displays)
+                utility = Utility(self.world)
+                menu = Menu(self.world, self.tray)
+                with Peer(self.world, PANE) as pane, Peer(self.world, DRIVER) as driver:
+                    menu.choose("Quit")
+                    self.assertEqual(utility.wait_for_end(), 0)
+                    self.assertEqual([(message_id, plistlib.loads(data)) for message_id, data in pane.received],
+                                     messages)
+                    self.assertEqual(driver.received, [])
+
+    def test_quit_leaves_a_damaged_file_and_says_so(self):
+        self.world.preferences.mkdir(parents=True)
+        file = self.world.preferences / "Utilities.plist"
+        file.write_bytes(b"damaged")
+        utility = Utility(self.world)
+        Menu(self.world, self.tray).choose("Quit")
+        self.assertEqual(utility.wait_for_end(), 0)
+
+        self.assertEqual(file.read_bytes(), b"damaged")
+        self.assertIn(f"{file} cannot be read or written; repair or remove it", utility.log.lines)
+
+    def test_ended_by_the_session_leaves_the_menu_on(self):
         self.set_utilities()
         utility = Utility(self.world)
-        menu = Menu(self.world, self.tray)
+        utility.process.terminate()
+        self.assertEqual(utility.wait_for_end(), 0)
 
-        with Peer(self.world, PANE) as pane, Peer(self.world, DRIVER) as driver:
-            menu.choose("Quit")
-            self.assertEqual(utility.wait_for_end(), 0)
-            self.assertEqual(pane.received + driver.received, [])
         self.assertIs(self.world.plist("Utilities.plist")["IsShowStatuMenu"], True)
 
 
