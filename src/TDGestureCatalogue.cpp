@@ -37,8 +37,8 @@ NSMutableArray gesturesSinceLion(bool hasNotificationCenter) {
 
 } // namespace
 
-NSMutableDictionary newGestureDictionary(std::string_view name, std::initializer_list<platform::Value> descriptor,
-                                         bool moreGesture) {
+GestureRecord newGestureDictionary(std::string_view name, std::initializer_list<platform::Value> descriptor,
+                                   bool moreGesture) {
     return NSMutableDictionary::dictionaryWithObjectsAndKeys(
         {{name, keys::name},
          {NSMutableArray::arrayWithObjects(descriptor), keys::descriptor},

@@ -6,11 +6,14 @@
 #include <initializer_list>
 #include <string_view>
 
-/// A new gesture record, switched on and at the first of its actions. A record holds "Name", "Descriptor" (the actions
-/// that the gesture can be bound to, in menu order), "SelectedIndex" (the chosen one), "IsEnable" and "MoreGesture" (in
-/// the second group of the list). Names and actions are identifiers, and keys of the texts shown.
-[[nodiscard]] platform::NSMutableDictionary
-newGestureDictionary(std::string_view name, std::initializer_list<platform::Value> descriptor, bool moreGesture);
+/// One gesture of the list: "Name", "Descriptor" (the actions that the gesture can be bound to, in menu order),
+/// "SelectedIndex" (the chosen one), "IsEnable" and "MoreGesture" (in the second group of the list). Names and actions
+/// are identifiers, and keys of the texts shown.
+using GestureRecord = platform::NSMutableDictionary;
+
+/// A new record, switched on and at the first of its actions.
+[[nodiscard]] GestureRecord newGestureDictionary(std::string_view name,
+                                                 std::initializer_list<platform::Value> descriptor, bool moreGesture);
 
 // Each gives a new list of new records, which the caller may change freely.
 

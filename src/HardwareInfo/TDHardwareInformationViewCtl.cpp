@@ -4,7 +4,6 @@
 #include "TDMessages.h"
 #include "TDNames.h"
 #include "TDUtilities.h"
-#include "platform/Application.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
 #include "platform/PropertyList.h"
@@ -12,6 +11,7 @@
 
 #include <string>
 
+using platform::NSAlertSheet;
 using platform::NSControl;
 using platform::NSLog;
 using platform::NSMatrix;
@@ -68,15 +68,18 @@ void TDHardwareInformationViewCtl::changeRotateState(NSControl& sender) {
     const auto& matrix = dynamic_cast<const NSMatrix&>(sender);
     if (matrix.selectedRow() == storedRotateMode()) return;
     // The title is that of another alert of the product; its text suits this one.
+    const NSAlertSheet sheet{.title = alertText("Alert.HotKey.Title"),
+                             .message = textOfFormat(alertText("Alert.Rotate")),
+                             .defaultButton = alertText("Alert.Button.YES"),
+                             .alternateButton = alertText("Alert.Button.NO")};
     platform::NSApplication::sharedApplication().beginInformationalAlertSheet(
-        {.title = alertText("Alert.HotKey.Title"),
-         .message = textOfFormat(alertText("Alert.Rotate")),
-         .defaultButton = alertText("Alert.Button.YES"),
-         .alternateButton = alertText("Alert.Button.NO")},
-        *this, [this, &matrix](std::int32_t returnCode) { sheetDidEndReturnCodeContextInfo(returnCode, matrix); });
+        sheet, *this, [this, sheet, &matrix](std::int32_t returnCode) {
+            sheetDidEndReturnCodeContextInfo(sheet, returnCode, matrix);
+        });
 }
 
-void TDHardwareInformationViewCtl::sheetDidEndReturnCodeContextInfo(std::int32_t returnCode,
+void TDHardwareInformationViewCtl::sheetDidEndReturnCodeContextInfo(const NSAlertSheet& /*sheet*/,
+                                                                    std::int32_t returnCode,
                                                                     const NSMatrix& contextInfo) {
     if (returnCode == platform::kNSAlertDefaultReturn) {
         resetDeviceParameter(payloads::rotateMode(contextInfo.selectedRow()), kMessageIDForRotateMode);
@@ -85,7 +88,8 @@ void TDHardwareInformationViewCtl::sheetDidEndReturnCodeContextInfo(std::int32_t
     }
 }
 
-void TDHardwareInformationViewCtl::sheetDidDismissReturnCodeContextInfo(std::int32_t returnCode,
+void TDHardwareInformationViewCtl::sheetDidDismissReturnCodeContextInfo(const NSAlertSheet& /*sheet*/,
+                                                                        std::int32_t returnCode,
                                                                         const NSMatrix& /*contextInfo*/) {
     NSLog("sheetDidDismiss = %d", returnCode);
 }

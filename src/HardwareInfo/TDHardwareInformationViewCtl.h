@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TDTabController.h"
+#include "platform/Application.h"
 #include "platform/Controls.h"
 
 #include <cstdint>
@@ -36,12 +37,12 @@ public:
     /// The user picked a row of `rotateMode_`. The rotation that is stored already is not asked about.
     void changeRotateState(platform::NSControl& sender);
 
-    // Of the three arguments of each, the sheet itself is left out: nothing here needs it.
-
     /// The sheet has ended: what `contextInfo` shows by then is sent, or soon shows the stored rotation again.
-    void sheetDidEndReturnCodeContextInfo(std::int32_t returnCode, const platform::NSMatrix& contextInfo);
+    void sheetDidEndReturnCodeContextInfo(const platform::NSAlertSheet& sheet, std::int32_t returnCode,
+                                          const platform::NSMatrix& contextInfo);
     /// For a sheet that tells of its dismissal too, which that of `changeRotateState` does not.
-    [[maybe_unused]] void sheetDidDismissReturnCodeContextInfo(std::int32_t returnCode,
+    [[maybe_unused]] void sheetDidDismissReturnCodeContextInfo(const platform::NSAlertSheet& sheet,
+                                                               std::int32_t returnCode,
                                                                const platform::NSMatrix& contextInfo);
 
 private:

@@ -11,7 +11,6 @@
 #include <optional>
 
 using platform::NSLog;
-using platform::NSMutableDictionary;
 
 namespace {
 
@@ -23,16 +22,16 @@ constexpr std::size_t kItemsOfSingleAction = 2;
 constexpr double kPopUpMargin = 25.0;
 constexpr double kBorderlessShift = 2.0;
 
-std::string nameOf(const NSMutableDictionary& record) { return record.objectForKey(keys::name).string().value_or(""); }
+std::string nameOf(const GestureRecord& record) { return record.objectForKey(keys::name).string().value_or(""); }
 
 /// The place of the chosen action in the menu. 0, which is no action, for an index that no menu can have.
-std::int64_t menuIndexOf(const NSMutableDictionary& record) {
+std::int64_t menuIndexOf(const GestureRecord& record) {
     const std::int64_t index = record.objectForKey(keys::selectedIndex).intValue();
     return index < 0 ? 0 : index + kFirstActionItem;
 }
 
 /// The chosen action; empty when the index is outside of the record's actions.
-std::string actionOf(const NSMutableDictionary& record) {
+std::string actionOf(const GestureRecord& record) {
     const std::int64_t index = menuIndexOf(record) - kFirstActionItem;
     if (index < 0) return "";
     return record.objectForKey(keys::descriptor)
@@ -52,7 +51,7 @@ bool isMissionControlOrExpose(std::string_view name) {
 
 bool canCollide(std::string_view name) { return isPagesOrFullScreen(name) || isMissionControlOrExpose(name); }
 
-std::string titleKeyOf(const NSMutableDictionary& record) {
+std::string titleKeyOf(const GestureRecord& record) {
     const std::string name = nameOf(record);
     const bool isOlder =
         name == gestures::fullScreenApps && isSnowLeopard(platform::Gestalt(platform::gestaltSystemVersion));
@@ -74,7 +73,7 @@ std::vector<platform::NSNibAction> TDGesturesCellView::actions() {
     return {{"changeAction:", [this](platform::NSControl& sender) { changeAction(sender); }}};
 }
 
-void TDGesturesCellView::initCurrentStateWithActionInformation(const NSMutableDictionary& record) {
+void TDGesturesCellView::initCurrentStateWithActionInformation(const GestureRecord& record) {
     actionInfo_ = record;
     itemsString_.clear();
     const std::string titleKey = titleKeyOf(record);
@@ -136,7 +135,7 @@ void TDGesturesCellView::changeAction(platform::NSControl& sender) {
 
 void TDGesturesCellView::checkGesture(const platform::NSNotification& notification) {
     const auto self = shared_from_this();
-    const NSMutableDictionary& sender = notification.userInfo;
+    const GestureRecord& sender = notification.userInfo;
     if (sender.isEqual(actionInfo_)) return;
 
     const std::string senderName = nameOf(sender);
@@ -162,7 +161,7 @@ void TDGesturesCellView::checkGesture(const platform::NSNotification& notificati
 }
 
 /// Pages take three fingers: full screen goes to four.
-TDGesturesCellView::Adjustment TDGesturesCellView::makeWayForPages(const NSMutableDictionary& sender) {
+TDGesturesCellView::Adjustment TDGesturesCellView::makeWayForPages(const GestureRecord& sender) {
     constexpr std::int64_t fourFingers = 2;
     const std::string action = actionOf(sender);
     const bool takesThree = action == gestures::swipeWithThreeFingers || action == gestures::swipeWithTwoOrThreeFingers;
@@ -171,7 +170,7 @@ TDGesturesCellView::Adjustment TDGesturesCellView::makeWayForPages(const NSMutab
 }
 
 /// Full screen takes three fingers: pages go to two, and are switched off where three were all they had.
-TDGesturesCellView::Adjustment TDGesturesCellView::makeWayForFullScreen(const NSMutableDictionary& sender) {
+TDGesturesCellView::Adjustment TDGesturesCellView::makeWayForFullScreen(const GestureRecord& sender) {
     constexpr std::int64_t twoFingers = 1;
     if (actionOf(sender) != gestures::swipeLeftOrRightWithThreeFingers) return Adjustment::None;
     const std::string mine = actionOf(actionInfo_);
@@ -181,7 +180,7 @@ TDGesturesCellView::Adjustment TDGesturesCellView::makeWayForFullScreen(const NS
 }
 
 /// These two always take the same number of fingers.
-TDGesturesCellView::Adjustment TDGesturesCellView::followFingers(const NSMutableDictionary& sender) {
+TDGesturesCellView::Adjustment TDGesturesCellView::followFingers(const GestureRecord& sender) {
     return point(menuIndexOf(sender));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Properties/TDCustemorPopUpButton.h"
+#include "TDGestureCatalogue.h"
 #include "platform/Nib.h"
 #include "platform/Notifications.h"
 #include "platform/PropertyList.h"
@@ -24,7 +25,7 @@ public:
     [[nodiscard]] std::vector<platform::NSNibAction> actions() override;
 
     /// Binds the row to a record and sets up its controls. Called once, on a row that is shared already.
-    void initCurrentStateWithActionInformation(const platform::NSMutableDictionary& record);
+    void initCurrentStateWithActionInformation(const GestureRecord& record);
     /// The user changed the check box or the menu.
     void changeAction(platform::NSControl& sender);
     /// Another row's record has changed: resolves what collides with it.
@@ -34,15 +35,15 @@ public:
     void setTargetView(std::shared_ptr<platform::NSObject> view) { targetView_ = std::move(view); }
     [[nodiscard]] const std::vector<std::string>& itemsString() const { return itemsString_; }
     void setItemsString(std::vector<std::string> titles) { itemsString_ = std::move(titles); }
-    [[nodiscard]] const platform::NSMutableDictionary& actionInfo() const { return actionInfo_; }
-    void setActionInfo(platform::NSMutableDictionary record) { actionInfo_ = std::move(record); }
+    [[nodiscard]] const GestureRecord& actionInfo() const { return actionInfo_; }
+    void setActionInfo(GestureRecord record) { actionInfo_ = std::move(record); }
 
 private:
     enum class Adjustment { None, Pointed, SwitchedOff };
 
-    [[nodiscard]] Adjustment makeWayForPages(const platform::NSMutableDictionary& sender);
-    [[nodiscard]] Adjustment makeWayForFullScreen(const platform::NSMutableDictionary& sender);
-    [[nodiscard]] Adjustment followFingers(const platform::NSMutableDictionary& sender);
+    [[nodiscard]] Adjustment makeWayForPages(const GestureRecord& sender);
+    [[nodiscard]] Adjustment makeWayForFullScreen(const GestureRecord& sender);
+    [[nodiscard]] Adjustment followFingers(const GestureRecord& sender);
     [[nodiscard]] Adjustment point(std::int64_t menuIndex);
     void storeSelection();
     void showSelectedTitle();
@@ -55,5 +56,5 @@ private:
     TDCustemorPopUpButton m_gestures;
     platform::NSPopUpButtonCell& PopUpBtnCell = m_gestures.cell();
     std::vector<std::string> itemsString_;
-    platform::NSMutableDictionary actionInfo_;
+    GestureRecord actionInfo_;
 };

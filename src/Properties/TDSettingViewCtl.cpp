@@ -8,7 +8,6 @@
 #include "platform/Clock.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
-#include "platform/Notifications.h"
 #include "platform/SystemVersion.h"
 
 #include <utility>
@@ -16,6 +15,7 @@
 using platform::NSControl;
 using platform::NSLog;
 using platform::NSMutableDictionary;
+using platform::NSNotification;
 
 namespace {
 
@@ -45,7 +45,7 @@ std::string_view dockKeyOf(std::string_view gesture) {
 }
 
 /// Whether the action of a page swipe scrolls with two fingers, which the system has a switch for.
-bool scrollsWithTwoFingers(const NSMutableDictionary& record) {
+bool scrollsWithTwoFingers(const GestureRecord& record) {
     const std::int32_t index = record.objectForKey(keys::selectedIndex).intValue();
     return index == 0 || index == 2;
 }
@@ -122,7 +122,7 @@ void TDSettingViewCtl::systemPreferenceFileCheck() {
     const auto global = NSMutableDictionary::dictionaryWithContentsOfFile(getGlobalPreferenceFilePath());
 
     for (std::size_t i = 0; i < actionArr.count(); ++i) {
-        NSMutableDictionary record = actionArr.objectAtIndex(i).dictionary();
+        GestureRecord record = actionArr.objectAtIndex(i).dictionary();
         const std::string name = record.objectForKey(keys::name).string().value_or("");
         const bool isEnabled = record.objectForKey(keys::isEnable).boolValue();
         if (const std::string_view dockKey = dockKeyOf(name); !dockKey.empty()) {
@@ -211,12 +211,12 @@ void TDSettingViewCtl::setRenge() {
     rengeText_.setTitleWithMnemonic(std::to_string(doubleClickRange_));
 }
 
-void TDSettingViewCtl::doubleClickOnTestView() {
+void TDSettingViewCtl::doubleClickOnTestView(const NSNotification& /*notification*/) {
     testView_.changeDrawType();
     testView_.setNeedsDisplay(true);
 }
 
-void TDSettingViewCtl::doubleClickOnRateView() {
+void TDSettingViewCtl::doubleClickOnRateView(const NSNotification& /*notification*/) {
     setRate(rateView_.timeInterval());
     sendRate();
 }
@@ -244,8 +244,10 @@ void TDSettingViewCtl::awakeFromNib() {
     rengeText_.setTitleWithMnemonic(std::to_string(platform::truncatedToInt32(shownRange)));
 
     auto& center = platform::NSNotificationCenter::defaultCenter();
-    center.addObserver(*this, kDoubleClickHappenOnRateView, [this](const auto&) { doubleClickOnRateView(); });
-    center.addObserver(*this, kDoubleClickHappenOnTestView, [this](const auto&) { doubleClickOnTestView(); });
+    center.addObserver(*this, kDoubleClickHappenOnRateView,
+                       [this](const NSNotification& notification) { doubleClickOnRateView(notification); });
+    center.addObserver(*this, kDoubleClickHappenOnTestView,
+                       [this](const NSNotification& notification) { doubleClickOnTestView(notification); });
 }
 
 void TDSettingViewCtl::resetTabView() { settingTabView_.selectTabViewItemAtIndex(0); }
@@ -287,7 +289,7 @@ void TDSettingViewCtl::buildRows() {
     int n = 0;
     int column = 0;
     for (std::size_t i = 0; i < actionArr.count(); ++i) {
-        const NSMutableDictionary record = actionArr.objectAtIndex(i).dictionary();
+        const GestureRecord record = actionArr.objectAtIndex(i).dictionary();
         // Whatever a damaged list holds beside records has nothing to show.
         if (!record) continue;
         const auto row = std::make_shared<TDGesturesCellView>();

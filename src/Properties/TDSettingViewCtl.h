@@ -4,6 +4,7 @@
 #include "Properties/TDTestView.h"
 #include "TDTabController.h"
 #include "platform/Controls.h"
+#include "platform/Notifications.h"
 #include "platform/PropertyList.h"
 
 #include <cstdint>
@@ -45,8 +46,8 @@ public:
 
     /// Shows the range in every control that does.
     void setRenge();
-    void doubleClickOnTestView();
-    void doubleClickOnRateView();
+    void doubleClickOnTestView(const platform::NSNotification& notification);
+    void doubleClickOnRateView(const platform::NSNotification& notification);
     void awakeFromNib() override;
     void resetTabView() override;
 

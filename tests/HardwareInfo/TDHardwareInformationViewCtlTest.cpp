@@ -354,7 +354,7 @@ TEST_F(SheetDidEnd, AnyReturnCodeButTheTwoOfTheButtonsDoesNothing) {
     show(1);
     for (const std::int32_t code :
          {-1, 2, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()}) {
-        tab->sheetDidEndReturnCodeContextInfo(code, rotateMode());
+        tab->sheetDidEndReturnCodeContextInfo({}, code, rotateMode());
     }
 
     EXPECT_EQ(platform.runLoop.pendingTimers(), 0U);
@@ -467,7 +467,7 @@ TEST_F(HardwareInformationTab, SheetDidDismissOnlyLogsAndIsNotConnected) {
     platform.runLoop.advance(0.02);
     EXPECT_THAT(platform.log.lines, IsEmpty());
 
-    tab->sheetDidDismissReturnCodeContextInfo(-3, rotateMode());
+    tab->sheetDidDismissReturnCodeContextInfo({}, -3, rotateMode());
 
     EXPECT_THAT(platform.log.lines, ElementsAre("sheetDidDismiss = -3"));
     EXPECT_EQ(platform.runLoop.pendingTimers(), 0U);
