@@ -11,8 +11,12 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <memory>
 #include <optional>
+#include <string>
 #include <typeinfo>
+#include <utility>
+#include <vector>
 
 namespace kelvo {
 
@@ -33,20 +37,28 @@ void tellActs(NSControl* control, FormBinding& binding, const std::function<void
     [control setAction:@selector(act:)];
 }
 
-void showItems(NSPopUpButton* popUp, const std::vector<std::string>& titles) {
-    NSMenu* const menu = [popUp menu];
-    bool isSame = [popUp numberOfItems] == static_cast<NSInteger>(titles.size());
-    for (std::size_t i = 0; isSame && i < titles.size(); ++i) {
-        isSame = textOf([popUp itemTitleAtIndex:static_cast<NSInteger>(i)]) == titles[i];
+/// Shows the items of a pop-up. What it shows already stands until the model is emptied, so each item is looked at
+/// once, however many changes there are.
+class ShownItems {
+public:
+    void show(NSPopUpButton* popUp, const platform::NSPopUpButton& model) {
+        const auto& titles = model.itemTitles();
+        const auto shown = [popUp] { return static_cast<std::size_t>([popUp numberOfItems]); };
+        if (timesEmptied_ != model.timesEmptied() || shown() > titles.size()) [popUp removeAllItems];
+        timesEmptied_ = model.timesEmptied();
+        for (std::size_t i = shown(); i < titles.size(); ++i) {
+            // The pop-up itself would drop the first of two items of the same title.
+            [[popUp menu] addItemWithTitle:platformText(titles[i]) action:NULL keyEquivalent:@""];
+        }
     }
-    if (isSame) return;
-    [popUp removeAllItems];
-    // The pop-up itself would drop the first of two items of the same title.
-    for (const std::string& title : titles) [menu addItemWithTitle:platformText(title) action:NULL keyEquivalent:@""];
-}
 
-void showPopUp(NSPopUpButton* popUp, const platform::NSPopUpButton& model) {
-    showItems(popUp, model.itemTitles());
+private:
+    /// None before the first time, when the form's own items may stand there.
+    std::optional<std::size_t> timesEmptied_;
+};
+
+void showPopUp(NSPopUpButton* popUp, const platform::NSPopUpButton& model, ShownItems& items) {
+    items.show(popUp, model);
     [popUp selectItemAtIndex:model.indexOfSelectedItem()];
     [popUp synchronizeTitleAndSelectedItem];
 }
@@ -55,9 +67,12 @@ void pairPopUp(NSView* view, platform::NSView& anyModel, FormBinding& binding) {
     auto* const popUp = static_cast<NSPopUpButton*>(view);
     auto& model = dynamic_cast<platform::NSPopUpButton&>(anyModel);
     if (model.itemTitles().empty()) {
-        for (NSString* title : elementsOf<NSString>([popUp itemTitles])) model.addItemWithTitle(textOf(title));
+        std::vector<std::string> titles;
+        for (NSString* title : elementsOf<NSString>([popUp itemTitles])) titles.push_back(textOf(title));
+        model.addItemsWithTitles(std::move(titles));
     }
-    const auto show = binding.mirror(model, [popUp, &model] { showPopUp(popUp, model); });
+    const auto items = std::make_shared<ShownItems>();
+    const auto show = binding.mirror(model, [popUp, &model, items] { showPopUp(popUp, model, *items); });
     tellActs(
         popUp, binding,
         [popUp, &model] { model.performSelectItemAtIndex(static_cast<int>([popUp indexOfSelectedItem])); }, show);
@@ -65,10 +80,9 @@ void pairPopUp(NSView* view, platform::NSView& anyModel, FormBinding& binding) {
 
 // The first item of a pull-down carries its title, here and there.
 
-void showPullDown(KelvoPullDown* pullDown, const platform::NSPopUpButton& model) {
-    std::vector<std::string> titles = model.itemTitles();
-    if (!titles.empty()) titles.front() = model.title();
-    showItems(pullDown, titles);
+void showPullDown(KelvoPullDown* pullDown, const platform::NSPopUpButton& model, ShownItems& items) {
+    items.show(pullDown, model);
+    if ([pullDown numberOfItems] > 0) [[pullDown itemAtIndex:0] setTitle:platformText(model.title())];
     for (NSInteger i = 1; i < [pullDown numberOfItems]; ++i) {
         [[pullDown itemAtIndex:i] setState:i == model.indexOfSelectedItem() ? NSOnState : NSOffState];
     }
@@ -106,7 +120,8 @@ void pairPullDown(NSView* view, platform::NSView& anyModel, FormBinding& binding
     model.cell().setMeasure([held](const std::string& title) { return titleWidth(held.get(), title); });
     [pullDown setOpensMenu:[&model] { return model.opensMenu(); }];
     binding.atEnd([held] { [held.get() setOpensMenu:nullptr]; });
-    const auto show = binding.mirror(model, [pullDown, &model] { showPullDown(pullDown, model); });
+    const auto items = std::make_shared<ShownItems>();
+    const auto show = binding.mirror(model, [pullDown, &model, items] { showPullDown(pullDown, model, *items); });
     tellActs(
         pullDown, binding,
         [pullDown, &model] { model.performSelectItemAtIndex(static_cast<int>([pullDown indexOfSelectedItem])); }, show);

@@ -24,8 +24,11 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <memory>
 #include <optional>
+#include <string>
 #include <typeinfo>
+#include <vector>
 
 namespace kelvo {
 
@@ -56,41 +59,54 @@ void letWheelPass(QWidget& widget, FormBinding& binding) {
     binding.keep(std::make_unique<WheelFilter>()).guard(widget);
 }
 
-QStringList itemTexts(const QComboBox& comboBox) {
-    QStringList texts;
-    for (int i = 0; i < comboBox.count(); ++i) texts.append(comboBox.itemText(i));
+std::vector<std::string> itemTexts(const QComboBox& comboBox) {
+    std::vector<std::string> texts;
+    for (int i = 0; i < comboBox.count(); ++i) texts.push_back(comboBox.itemText(i).toStdString());
     return texts;
 }
 
-void showPopUp(QComboBox& comboBox, const NSPopUpButton& popUp) {
-    QStringList titles;
-    for (const std::string& title : popUp.itemTitles()) titles.append(QString::fromStdString(title));
-    if (itemTexts(comboBox) != titles) {
-        comboBox.clear();
-        comboBox.addItems(titles);
+/// The items of a pop-up from the one at `first`, as a combo box shows them. What it shows already stands until the
+/// pop-up is emptied, so each item is looked at once, however many changes there are.
+class ShownItems {
+public:
+    explicit ShownItems(int first) : first_(first) {}
+
+    void show(QComboBox& comboBox, const NSPopUpButton& popUp) {
+        const auto& all = popUp.itemTitles();
+        const auto shown = [&] { return static_cast<std::size_t>(comboBox.count() + first_); };
+        if (timesEmptied_ != popUp.timesEmptied() || shown() > all.size()) comboBox.clear();
+        timesEmptied_ = popUp.timesEmptied();
+        QStringList titles;
+        for (std::size_t i = shown(); i < all.size(); ++i) titles.append(QString::fromStdString(all[i]));
+        if (!titles.isEmpty()) comboBox.addItems(titles);
+        comboBox.setCurrentIndex(popUp.indexOfSelectedItem() - first_);
     }
-    comboBox.setCurrentIndex(popUp.indexOfSelectedItem());
-}
+
+private:
+    int first_;
+    /// None before the first time, when the form's own items may stand there.
+    std::optional<std::size_t> timesEmptied_;
+};
 
 void pairPopUp(QComboBox& comboBox, NSPopUpButton& popUp, FormBinding& binding) {
     if (popUp.itemTitles().empty()) {
-        for (const QString& text : itemTexts(comboBox)) popUp.addItemWithTitle(text.toStdString());
+        popUp.addItemsWithTitles(itemTexts(comboBox));
     }
     offerChoicesToFingers(comboBox);
     letWheelPass(comboBox, binding);
-    const auto show = binding.mirror(comboBox, popUp, showPopUp);
+    const auto show = binding.mirror(
+        comboBox, popUp, [items = std::make_shared<ShownItems>(0)](QComboBox& shown, const NSPopUpButton& model) {
+            items->show(shown, model);
+        });
     // Of the signals only this one comes when the selected item is picked again, and never from the program.
     QObject::connect(&comboBox, qOverload<int>(&QComboBox::activated), binding.connections(),
                      [&popUp, show](int index) { userActed([&] { popUp.performSelectItemAtIndex(index); }, show); });
 }
 
-// The first item of a pull-down only carries its title, so the menu begins with the second.
+/// The first item of a pull-down only carries its title, so the menu begins with the second.
+constexpr int kFirstChoice = 1;
 
-void showPullDown(PullDown& pullDown, const NSPopUpButton& popUp) {
-    QStringList choices;
-    for (const std::string& title : popUp.itemTitles()) choices.append(QString::fromStdString(title));
-    if (!choices.isEmpty()) choices.removeFirst();
-    pullDown.setChoices(choices, popUp.indexOfSelectedItem() - 1);
+void showButton(PullDown& pullDown, const NSPopUpButton& popUp) {
     pullDown.setTitle(QString::fromStdString(popUp.title()));
     pullDown.setLook(popUp.cell().isBordered(), popUp.cell().hasArrow());
 }
@@ -107,10 +123,16 @@ void pairPullDown(PullDown& pullDown, NSPopUpButton& popUp, FormBinding& binding
     });
     pullDown.setOpensMenu(
         [&popUp, tied = QPointer<QObject>(binding.connections())] { return tied && popUp.opensMenu(); });
-    const auto show = binding.mirror(pullDown, popUp, showPullDown);
-    QObject::connect(
-        &pullDown, qOverload<int>(&QComboBox::activated), binding.connections(),
-        [&popUp, show](int choice) { userActed([&] { popUp.performSelectItemAtIndex(choice + 1); }, show); });
+    const auto show = binding.mirror(
+        pullDown, popUp,
+        [items = std::make_shared<ShownItems>(kFirstChoice)](PullDown& shown, const NSPopUpButton& model) {
+            items->show(shown, model);
+            showButton(shown, model);
+        });
+    QObject::connect(&pullDown, qOverload<int>(&QComboBox::activated), binding.connections(),
+                     [&popUp, show](int choice) {
+                         userActed([&] { popUp.performSelectItemAtIndex(choice + kFirstChoice); }, show);
+                     });
 }
 
 void showCheckBox(QCheckBox& checkBox, const NSButton& button) {

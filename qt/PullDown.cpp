@@ -24,16 +24,6 @@ void PullDown::setTitle(const QString& title) {
     QAccessible::updateAccessibility(&event);
 }
 
-void PullDown::setChoices(const QStringList& choices, int current) {
-    QStringList texts;
-    for (int i = 0; i < count(); ++i) texts.append(itemText(i));
-    if (texts != choices) {
-        clear();
-        addItems(choices);
-    }
-    setCurrentIndex(current);
-}
-
 void PullDown::setLook(bool isBordered, bool hasArrow) {
     isBordered_ = isBordered;
     hasArrow_ = hasArrow;

@@ -2,7 +2,6 @@
 
 #include <QComboBox>
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 
@@ -21,8 +20,6 @@ public:
 
     [[nodiscard]] QString title() const { return title_; }
     void setTitle(const QString& title);
-    /// The choices with the one at `current` selected; -1 for none.
-    void setChoices(const QStringList& choices, int current);
     /// Asked before the user opens the menu or steps through it.
     void setOpensMenu(std::function<bool()> opensMenu) { opensMenu_ = std::move(opensMenu); }
     /// Without border and arrow it looks like text, and then it takes no focus.

@@ -263,9 +263,7 @@ void KelvoTouchDisplayPref::showSelectDeviceView() {
     selectDeviceView_.setHidden(false);
 
     selectDeviceBtn_.removeAllItems();
-    if (gDeviceModel) {
-        for (const std::string& name : *gDeviceModel) selectDeviceBtn_.addItemWithTitle(name);
-    }
+    if (gDeviceModel) selectDeviceBtn_.addItemsWithTitles(*gDeviceModel);
 
     const auto lastChosen = readUtilitiesDictionary().objectForKey(keys::selectDeviceName).string();
     if (lastChosen) selectDeviceBtn_.selectItemAtIndex(selectDeviceBtn_.indexOfItemWithTitle(*lastChosen));

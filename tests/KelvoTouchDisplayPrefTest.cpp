@@ -537,6 +537,23 @@ TEST_F(DeviceChooser, HasOneItemPerNameHoweverOftenItIsShown) {
     EXPECT_THAT(selectDeviceBtn().itemTitles(), ElementsAre("A", "A", "B"));
 }
 
+TEST_F(DeviceChooser, ChangesAsOftenForTenThousandNamesAsForTwo) {
+    const auto changesFor = [&](int count) {
+        auto names = platform::NSMutableArray::arrayWithObjects();
+        for (int i = 0; i < count; ++i) names.addObject("Display " + std::to_string(i));
+        setUtilitiesItem(names, keys::currentDeviceType);
+        pane->mainViewDidLoad();
+        int changes = 0;
+        const platform::Subscription subscription = selectDeviceBtn().observeChanges([&] { ++changes; });
+        pane->willSelect();
+        EXPECT_EQ(selectDeviceBtn().itemTitles().size(), static_cast<std::size_t>(count));
+        return changes;
+    };
+    setUtilities({}, true);
+    const int changesForTwo = changesFor(2);
+    EXPECT_EQ(changesFor(10'000), changesForTwo);
+}
+
 TEST_F(DeviceChooser, AChoiceStoresTheNameAndShowsTheSettings) {
     setUtilities({"A", "B"}, true, 0);
     show();

@@ -89,7 +89,7 @@ void TDGesturesCellView::initCurrentStateWithActionInformation(const GestureReco
         itemsString_.push_back(localizedString(descriptor.objectAtIndex(i).string().value_or("")));
     }
     m_gestures.removeAllItems();
-    for (const std::string& title : itemsString_) m_gestures.addItemWithTitle(title);
+    m_gestures.addItemsWithTitles(itemsString_);
 
     if (itemsString_.size() != kItemsOfSingleAction) {
         m_gestures.setRespond(true);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace platform {
@@ -90,12 +91,20 @@ int NSPopUpButton::indexOfItemWithTitle(std::string_view title) const {
 void NSPopUpButton::removeAllItems() {
     if (titles_.empty()) return;
     titles_.clear();
+    ++timesEmptied_;
     selected_ = -1;
     notifyChanged();
 }
 
 void NSPopUpButton::addItemWithTitle(std::string title) {
-    titles_.push_back(std::move(title));
+    std::vector<std::string> titles;
+    titles.push_back(std::move(title));
+    addItemsWithTitles(std::move(titles));
+}
+
+void NSPopUpButton::addItemsWithTitles(std::vector<std::string> titles) {
+    if (titles.empty()) return;
+    titles_.insert(titles_.end(), std::make_move_iterator(titles.begin()), std::make_move_iterator(titles.end()));
     if (selected_ < 0) selected_ = 0;
     notifyChanged();
 }

@@ -171,6 +171,10 @@ public:
     void removeAllItems();
     /// The first item added to an empty menu becomes the selected one.
     void addItemWithTitle(std::string title);
+    /// All of them, which is one change.
+    void addItemsWithTitles(std::vector<std::string> titles);
+    /// How often the menu has lost its items. While this stays, items only come behind those that there are.
+    [[nodiscard]] std::size_t timesEmptied() const { return timesEmptied_; }
     /// An index without an item changes nothing.
     void selectItemAtIndex(int index);
 
@@ -193,6 +197,7 @@ private:
 
     bool pullsDown_;
     std::vector<std::string> titles_;
+    std::size_t timesEmptied_ = 0;
     int selected_ = -1;
     std::string title_;
     NSPopUpButtonCell cell_{*this};

@@ -74,6 +74,30 @@ TEST(AControl, FiresNothingWhenTheProgramSetsIt) {
     EXPECT_EQ(fired, 0);
 }
 
+TEST(APopUp, TakesManyItemsAsOneChange) {
+    NSPopUpButton popUp;
+    int changes = 0;
+    const Subscription subscription = popUp.observeChanges([&] { ++changes; });
+
+    popUp.addItemsWithTitles({"a", "b", "a"});
+    EXPECT_THAT(popUp.itemTitles(), ElementsAre("a", "b", "a"));
+    EXPECT_EQ(popUp.indexOfSelectedItem(), 0);
+    popUp.addItemsWithTitles({"c"});
+    popUp.addItemsWithTitles({});
+
+    EXPECT_EQ(popUp.itemTitles().size(), 4U);
+    EXPECT_EQ(changes, 2);
+}
+
+TEST(APopUp, CountsHowOftenItHasLostItsItems) {
+    NSPopUpButton popUp;
+    popUp.removeAllItems();
+    EXPECT_EQ(popUp.timesEmptied(), 0U);
+    popUp.addItemWithTitle("a");
+    popUp.removeAllItems();
+    EXPECT_EQ(popUp.timesEmptied(), 1U);
+}
+
 TEST(AControl, KeepsTheRunningActionAliveWhenItIsReplaced) {
     NSButton button;
     std::vector<int> fired;

@@ -1,5 +1,7 @@
 #include "qt/FormFixture.h"
+#include "qt/PullDown.h"
 
+#include <QAbstractItemModel>
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QCheckBox>
@@ -19,6 +21,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <string>
 
 namespace kelvo {
 
@@ -163,6 +166,66 @@ TEST_F(FormBinderTest, PopUpThatHasItemsKeepsThem) {
     EXPECT_THAT(popUp.itemTitles(), ElementsAre("own"));
     EXPECT_EQ(comboBox.count(), 1);
     EXPECT_EQ(comboBox.itemText(0), "own");
+}
+
+/// A pop-up of either kind, bound to a widget of the form, and how often an item was put into the widget.
+template <typename Widget>
+class BoundPopUp {
+public:
+    BoundPopUp(NSPopUpButton& model, Widget& widget) : model_(model) {
+        QObject::connect(widget.model(), &QAbstractItemModel::rowsInserted, &context_,
+                         [this](const QModelIndex&, int first, int last) { inserted += last - first + 1; });
+    }
+
+    /// Adds items one at a time, and changes everything else meanwhile.
+    void fill(const std::string& prefix, int count) {
+        for (int i = 0; i < count; ++i) {
+            model_.addItemWithTitle(prefix + std::to_string(i));
+            model_.setHidden(i % 2 == 0);
+            model_.setEnabled(i % 3 == 0);
+            model_.selectItemAtIndex(i);
+            model_.setTitle(std::to_string(i));
+        }
+    }
+
+    int inserted = 0;
+
+private:
+    NSPopUpButton& model_;
+    QObject context_;
+};
+
+TEST_F(FormBinderTest, EachItemOfAPopUpIsPutIntoItsWidgetOnceHoweverMuchChanges) {
+    NSPopUpButton model;
+    auto& widget = add<QComboBox>("choice_");
+    owner_.published = {{"choice_", &model}};
+    bind();
+    BoundPopUp bound(model, widget);
+
+    bound.fill("a", 300);
+    EXPECT_EQ(bound.inserted, 300);
+    EXPECT_EQ(widget.currentText(), "a299");
+
+    model.removeAllItems();
+    EXPECT_EQ(widget.count(), 0);
+    bound.fill("b", 300);
+    EXPECT_EQ(bound.inserted, 600);
+    EXPECT_EQ(widget.itemText(0), "b0");
+    EXPECT_EQ(widget.itemText(299), "b299");
+}
+
+TEST_F(FormBinderTest, EachChoiceOfAPullDownIsPutIntoItsWidgetOnceHoweverMuchChanges) {
+    NSPopUpButton model(true);
+    auto& widget = add<PullDown>("choice_");
+    owner_.published = {{"choice_", &model}};
+    bind();
+    BoundPopUp bound(model, widget);
+
+    bound.fill("a", 300);
+
+    EXPECT_EQ(bound.inserted, 299);
+    EXPECT_EQ(widget.itemText(0), "a1");
+    EXPECT_EQ(widget.currentText(), "a299");
 }
 
 TEST_F(FormBinderTest, TextOfTheFormGoesIntoAnEmptyTextField) {
