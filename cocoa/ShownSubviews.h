@@ -20,8 +20,9 @@ public:
 
 private:
     struct Subview {
-        const platform::NSView* model = nullptr;
-        Retained<NSView> view;
+        const platform::NSView* view = nullptr;
+        /// Nil where nothing shows the view.
+        Retained<NSView> shown;
         platform::Subscription changes;
     };
 

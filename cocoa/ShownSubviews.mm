@@ -1,8 +1,10 @@
 #include "cocoa/ShownSubviews.h"
 
 #include "cocoa/Frames.h"
+#include "platform/Subviews.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace kelvo {
@@ -15,24 +17,22 @@ ShownSubviews::ShownSubviews(KelvoContainer* container, platform::NSView& model,
 
 void ShownSubviews::show() {
     const auto& models = model_.subviews();
-    std::erase_if(shown_, [&](const Subview& each) {
-        const bool isGone =
-            std::none_of(models.begin(), models.end(), [&](const auto& model) { return model.get() == each.model; });
-        if (isGone) [each.view.get() removeFromSuperview];
-        return isGone;
-    });
-    for (const auto& model : models) {
-        const bool isShown =
-            std::any_of(shown_.begin(), shown_.end(), [&](const Subview& each) { return each.model == model.get(); });
-        if (!isShown) putIn(*model);
-    }
+    const auto [first, last] = platform::goneSubviews(shown_, models);
+    const auto begin = shown_.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto end = shown_.begin() + static_cast<std::ptrdiff_t>(last);
+    std::for_each(begin, end, [](const Subview& gone) { [gone.shown.get() removeFromSuperview]; });
+    shown_.erase(begin, end);
+    while (shown_.size() < models.size()) putIn(*models[shown_.size()]);
     [container_.get() growToHoldAll];
     [container_.get() setNeedsDisplay:YES];
 }
 
 void ShownSubviews::putIn(platform::NSView& model) {
     NSView* const view = shownView_(model);
-    if (!view) return;
+    if (!view) {
+        shown_.push_back({&model, {}, {}});
+        return;
+    }
     [container_.get() addSubview:view];
     place(view, model);
     const auto held = Retained<NSView>::sharing(view);

@@ -1,5 +1,6 @@
 #include "qt/ShownSubviews.h"
 
+#include "platform/Subviews.h"
 #include "qt/Frames.h"
 #include "qt/TabOrder.h"
 
@@ -45,15 +46,8 @@ void ShownSubviews::show() {
     if (!container_) return;
     const auto& views = view_.subviews();
 
-    // Views go from anywhere, but come only to the front; all others are left as they are.
-    std::size_t before = 0;
-    while (before < shown_.size() && before < views.size() && shown_[before].view == views[before].get()) ++before;
-    std::size_t behind = 0;
-    while (before + behind < shown_.size() && before + behind < views.size() &&
-           shown_[shown_.size() - behind - 1].view == views[views.size() - behind - 1].get()) {
-        ++behind;
-    }
-    takeOut(before, shown_.size() - behind);
+    const auto [first, last] = platform::goneSubviews(shown_, views);
+    takeOut(first, last);
     while (shown_.size() < views.size()) putIn(*views[shown_.size()]);
 
     if (height_ != view_.frame().height) {

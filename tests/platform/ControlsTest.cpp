@@ -1,4 +1,5 @@
 #include "platform/Controls.h"
+#include "platform/Subviews.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -72,6 +73,48 @@ TEST(AControl, FiresNothingWhenTheProgramSetsIt) {
     popUp.selectItemAtIndex(0);
 
     EXPECT_EQ(fired, 0);
+}
+
+/// A view that is shown, which tells how often it was looked at.
+struct ShownOnce {
+    struct Looked {
+        NSView* view;
+        int* looks;
+        bool operator==(const NSView* other) const {
+            ++*looks;
+            return view == other;
+        }
+    };
+    Looked view;
+};
+
+TEST(ShownSubviews, OneMoreInFrontCostsTheSameHoweverManyThereAre) {
+    std::vector<std::shared_ptr<NSView>> views;
+    std::vector<ShownOnce> shown;
+    int looks = 0;
+    for (int i = 0; i < 1000; ++i) {
+        views.push_back(std::make_shared<NSView>());
+        const auto gone = platform::goneSubviews(shown, views);
+        EXPECT_EQ(gone.first, gone.last);
+        shown.push_back({{views.back().get(), &looks}});
+    }
+    EXPECT_LE(looks, 1000);
+}
+
+TEST(ShownSubviews, OnlyTheOneThatIsNoLongerThereHasGone) {
+    for (std::size_t taken = 0; taken < 4; ++taken) {
+        std::vector<std::shared_ptr<NSView>> views;
+        std::vector<ShownOnce> shown;
+        int looks = 0;
+        for (int i = 0; i < 4; ++i) {
+            views.push_back(std::make_shared<NSView>());
+            shown.push_back({{views.back().get(), &looks}});
+        }
+        views.erase(views.begin() + static_cast<std::ptrdiff_t>(taken));
+        const auto gone = platform::goneSubviews(shown, views);
+        EXPECT_EQ(gone.first, taken);
+        EXPECT_EQ(gone.last, taken + 1);
+    }
 }
 
 TEST(APopUp, TakesManyItemsAsOneChange) {
