@@ -9,10 +9,12 @@
 #include "qt/UserAct.h"
 #include "qt/WheelFilter.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
@@ -179,6 +181,12 @@ std::optional<platform::NSNumberFormatter> formatterOf(const QLineEdit& lineEdit
     return platform::NSNumberFormatter{*minimum, *maximum};
 }
 
+/// Whether editing in `lineEdit` ends when the focus goes to `focused`. From another window the user comes back to the
+/// field and has not left it, but what was typed is not to wait for that.
+bool endsEditing(const QLineEdit& lineEdit, const QWidget* focused) {
+    return lineEdit.isModified() || (focused && focused->window() == lineEdit.window());
+}
+
 void endEditing(QLineEdit& lineEdit, NSTextField& textField) {
     lineEdit.setModified(false);
     if (textField.performEndEditing(lineEdit.text().toStdString())) return;
@@ -193,10 +201,19 @@ void pairEditable(QLineEdit& lineEdit, NSTextField& textField, FormBinding& bind
     const auto show = binding.mirror(lineEdit, textField, showEditable);
     const auto end = [&lineEdit, &textField, show] { userActed([&] { endEditing(lineEdit, textField); }, show); };
     QObject::connect(&lineEdit, &QLineEdit::returnPressed, binding.connections(), end);
-    // This one comes with every loss of the focus, and behind the Return key.
-    QObject::connect(&lineEdit, &QLineEdit::editingFinished, binding.connections(), [&lineEdit, end] {
-        if (lineEdit.isModified()) end();
-    });
+    QObject::connect(qApp, &QApplication::focusChanged, binding.connections(),
+                     [&lineEdit, end, context = binding.connections()](QWidget* left, QWidget* focused) {
+                         // A field that is being destroyed is none any more.
+                         if (qobject_cast<QLineEdit*>(left) != &lineEdit || !endsEditing(lineEdit, focused)) return;
+                         if (lineEdit.isVisible()) return end();
+                         // It is the program that hides the field, in the middle of something else.
+                         QMetaObject::invokeMethod(
+                             context,
+                             [shown = QPointer<QLineEdit>(&lineEdit), end] {
+                                 if (shown) end();
+                             },
+                             Qt::QueuedConnection);
+                     });
     // A button's shortcut fires while the user is still in the field.
     QObject::connect(&lineEdit, &QLineEdit::textEdited, binding.connections(), [&textField](const QString& text) {
         platform::guarded([&] { textField.performEdit(text.toStdString()); });

@@ -1,6 +1,7 @@
 #include "qt/FormFixture.h"
 
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 
 #include <gmock/gmock.h>
@@ -83,8 +84,95 @@ TEST_F(TextEditingTest, LeavingTheFieldEndsEditing) {
     EXPECT_THAT(story_, ElementsAre("end with 40"));
 }
 
-TEST_F(TextEditingTest, LeavingAnUnchangedFieldIsNoEnd) {
+TEST_F(TextEditingTest, LeavingAnUnchangedFieldEndsEditingToo) {
     elsewhere_.setFocus();
+    EXPECT_THAT(story_, ElementsAre("end with 32"));
+}
+
+TEST_F(TextEditingTest, KeysAndPointerLeaveTheFieldOnceEachTime) {
+    QTest::keyClick(&widget_, Qt::Key_Tab);
+    EXPECT_THAT(story_, ElementsAre("end with 32"));
+    QTest::keyClick(&elsewhere_, Qt::Key_Backtab);
+    ASSERT_TRUE(widget_.hasFocus());
+    QTest::mouseClick(&elsewhere_, Qt::LeftButton);
+    EXPECT_THAT(story_, ElementsAre("end with 32", "end with 32"));
+}
+
+TEST_F(TextEditingTest, LeavingAfterReturnIsAnEndOfItsOwn) {
+    type("40");
+    QTest::keyClick(&widget_, Qt::Key_Return);
+    elsewhere_.setFocus();
+    EXPECT_THAT(story_, ElementsAre("end with 40", "end with 40"));
+}
+
+TEST_F(TextEditingTest, AnotherWindowOrAMenuIsNoEndOfWhatWasNotTouched) {
+    QLineEdit other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    form_.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form_));
+    ASSERT_TRUE(widget_.hasFocus());
+    EXPECT_THAT(story_, IsEmpty());
+
+    QMenu menu;
+    menu.addAction("item");
+    menu.popup({0, 0});
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&menu));
+    menu.close();
+    ASSERT_TRUE(widget_.hasFocus());
+    EXPECT_THAT(story_, IsEmpty());
+}
+
+TEST_F(TextEditingTest, WhatWasTypedDoesNotWaitUntilTheUserComesBackFromAnotherWindow) {
+    type("40");
+    QLineEdit other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    EXPECT_THAT(story_, ElementsAre("end with 40"));
+}
+
+TEST_F(TextEditingTest, FieldThatTheProgramHidesIsLeftWhenThatIsDone) {
+    model_.setHidden(true);
+    EXPECT_THAT(story_, IsEmpty());
+    QCoreApplication::processEvents();
+    EXPECT_THAT(story_, ElementsAre("end with 32"));
+}
+
+TEST_F(TextEditingTest, FieldThatTheProgramHidesAndGivesAnotherTextIsLeftWithThat) {
+    type("40");
+    model_.setHidden(true);
+    model_.setStringValue("64");
+    QCoreApplication::processEvents();
+    EXPECT_THAT(story_, ElementsAre("end with 64"));
+}
+
+TEST_F(TextEditingTest, DisabledFieldIsNotLeft) {
+    type("40");
+    model_.setEnabled(false);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(story_, IsEmpty());
+}
+
+TEST_F(TextEditingTest, WindowThatClosesIsNoEndOfWhatWasNotTouched) {
+    form_.close();
+    QCoreApplication::processEvents();
+    EXPECT_THAT(story_, IsEmpty());
+}
+
+TEST_F(TextEditingTest, UntiedFieldIsNotLeft) {
+    type("40");
+    binding_.reset();
+    elsewhere_.setFocus();
+    QCoreApplication::processEvents();
+    EXPECT_THAT(story_, IsEmpty());
+}
+
+TEST_F(TextEditingTest, FieldThatIsDestroyedWithTheFocusInItIsNotLeft) {
+    type("40");
+    { const std::unique_ptr<QWidget> gone(&widget_); }
+    QCoreApplication::processEvents();
     EXPECT_THAT(story_, IsEmpty());
 }
 
