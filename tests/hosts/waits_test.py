@@ -164,10 +164,11 @@ class Waits(unittest.TestCase):
             self.user(*self.click(RIGHT_CLICK), "click", 1, *self.click(NUMBER), "key", "ctrl+a", "6", "4", "Return",
                       *self.click(NORMAL_SPEED), "key", "space", *self.click(RIGHT_CLICK))
         self.driver.answer_and_go_on()
-        self.wait_for_messages(7)
+        self.wait_for_messages(8)
+        # The number ends with Return, and once more when the focus leaves it.
         self.assertEqual(self.received(), [
-            (RATE, 0.5), (RIGHT_CLICK_MESSAGE, True), (RIGHT_CLICK_MESSAGE, False), (RANGE, 64.0), (RATE, 0.5),
-            (RATE, 0.5), (RIGHT_CLICK_MESSAGE, True)])
+            (RATE, 0.5), (RIGHT_CLICK_MESSAGE, True), (RIGHT_CLICK_MESSAGE, False), (RANGE, 64.0), (RANGE, 64.0),
+            (RATE, 0.5), (RATE, 0.5), (RIGHT_CLICK_MESSAGE, True)])
 
     def test_what_comes_in_the_second_of_two_waits_is_handled_after_it(self):
         with self.wait_begun_by(*self.click(NORMAL_SPEED)):

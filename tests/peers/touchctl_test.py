@@ -281,12 +281,17 @@ class Showing(TouchctlTest):
 
     def test_control_characters_of_names_and_values_move_no_cursor(self):
         self.connect_in_file()
-        # Only the binary format can hold such texts.
-        for name, contents in (("Utilities", {"CurrentDeviceType": ["a\x1b[31m\nb"]}),
-                               ("Settings_a\x1b[31m\nb", {"DriverVersion": "\x07"})):
-            (self.world.preferences / f"{name}.plist").write_bytes(plistlib.dumps(contents, fmt=plistlib.FMT_BINARY))
-        self.assertEqual(self.succeed("list"), "a\\x1b[31m\\nb\tconnected\n")
-        self.assertIn("driver-version \\x07\n", self.succeed("show", "a\x1b[31m\nb"))
+        for name, contents in (("Utilities", {"CurrentDeviceType": ["a\t\x7f[31m\nb"]}),
+                               ("Settings_a\t\x7f[31m\nb", {"DriverVersion": "1\n2"})):
+            (self.world.preferences / f"{name}.plist").write_bytes(plistlib.dumps(contents))
+        self.assertEqual(self.succeed("list"), "a\\x09\\x7f[31m\\nb\tconnected\n")
+        self.assertIn("driver-version 1\\n2\n", self.succeed("show", "a\t\x7f[31m\nb"))
+
+    def test_names_that_could_never_be_saved_again_are_not_shown(self):
+        self.connect_in_file()
+        contents = plistlib.dumps({"CurrentDeviceType": ["a\x1b[31m"]}, fmt=plistlib.FMT_BINARY)
+        (self.world.preferences / "Utilities.plist").write_bytes(contents)
+        self.expect(FAILURE, "is damaged", "list")
 
 
 class Changing(TouchctlTest):
