@@ -297,7 +297,7 @@ void Recogniser::decide(Time now, bool isLifting) {
     const Participants taking = participants();
     if (taking.ways.empty()) return;
     if (taking.ways.size() == 1) {
-        ignoreRestingFingers();
+        ignoreAllBut(taking);
         passAll(now);
         return;
     }
@@ -338,10 +338,14 @@ bool Recogniser::isRestingAtEdge(const Finger& finger) const {
     return finger.counts() && finger.isAtRest() && reaches(thresholds::kRestingEdge, fromEdge);
 }
 
-void Recogniser::ignoreRestingFingers() {
+void Recogniser::ignoreAllBut(const Participants& participants) {
+    const auto& taking = participants.indices;
     for (Finger& finger : hand_.fingers()) {
+        const auto index = static_cast<std::size_t>(hand_.indexOf(finger));
         // Whoever has been given out is to be lifted in its time.
-        if (!finger.isGiven && isRestingAtEdge(finger)) finger.isIgnored = true;
+        if (finger.counts() && !finger.isGiven && std::find(taking.begin(), taking.end(), index) == taking.end()) {
+            finger.isIgnored = true;
+        }
     }
 }
 
@@ -377,7 +381,7 @@ void Recogniser::start(FoundShape found, const Participants& participants, Time 
     settlePendingTap(now);
     takeBackAll(now);
     clicks_.interrupt();
-    ignoreRestingFingers();
+    ignoreAllBut(participants);
     shape_ = found;
     gesture_ = *rules_->gestures.gestureOf(found.shape);
     players_ = participants.indices;

@@ -88,7 +88,7 @@ private:
     void decide(Time now, bool isLifting);
     [[nodiscard]] Participants participants() const;
     [[nodiscard]] bool isRestingAtEdge(const Finger& finger) const;
-    void ignoreRestingFingers();
+    void ignoreAllBut(const Participants& participants);
     [[nodiscard]] std::optional<FoundShape> refined(FoundShape found, std::span<const FingerWay> ways, Time now,
                                                     bool isLifting) const;
     [[nodiscard]] bool comesFromRightEdge(std::span<const FingerWay> ways) const;

@@ -189,6 +189,13 @@ TEST(NothingStuck, AJumpEndsAGestureAndWhatTheHandDoesThen) {
     EXPECT_TRUE(output.ends_with("ends\n")) << output;
 }
 
+TEST(NothingStuck, TwoAtAnEdgeThatComeBackToWhereTheyLandedEndTheirGesture) {
+    // The first step is the panel's; from where it led they go far enough, and yet stay near to where they landed.
+    const std::string output = play(Stage(), "0: 1@2,50 2@2,80\n110: 1@2,52 2@2,82\n120: 1@2,49 2@2,79\n200: -");
+    EXPECT_EQ(gesturesIn(output), "Scroll up");
+    EXPECT_TRUE(output.ends_with("pad -0 -1\n200 gesture Scroll up ends\n")) << output;
+}
+
 TEST(NothingStuck, SettingsThatChangeInAGestureCountFromTheNextFingerOn) {
     Stage stage;
     touching::Transcript transcript(stage.glass);
