@@ -135,7 +135,6 @@ TEST(NothingStuck, SixteenFingersComeAndGo) {
 TEST(NothingStuck, MoreFingersThanAreFollowedAreNotThere) {
     touching::Transcript transcript({200, 120});
     touch::TouchDisplay display({200, 120}, transcript, [&](touch::Fault fault) { transcript.fault(fault); });
-    touch::ContactFilter filter;
     touch::Frame first{.time = 0ms, .contacts = {}};
     for (std::int32_t i = 0; i < 16; ++i) first.contacts.add({i, {10.0 * i, 60}, false});
     EXPECT_FALSE(first.contacts.add({16, {1, 1}, false}));
