@@ -311,8 +311,10 @@ class SystemPreferences(unittest.TestCase):
             preferences.display.click(size[0] + 12, size[1] + size[3] // 2)
             self.let_the_application_run()
             driver.answer_and_go_on()
-            wait_until(lambda: len(driver.received) >= 2, "the size")
-            self.assertEqual(self.values(driver), [0.5, 32])
+            wait_until(lambda: 32 in self.values(driver), "the size")
+            # A click that the machine was too slow for is made again, and then both count.
+            self.assertEqual(set(self.values(driver)[:-1]), {0.5})
+            self.assertEqual(self.values(driver)[-1], 32)
 
     def test_follows_the_displays_and_the_driver(self):
         preferences = self.start()
