@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace touch {
 
@@ -225,6 +226,8 @@ void Recogniser::beginHand(Finger& finger, Time now) {
 /// is yet to be done.
 bool Recogniser::isHeldBack() const { return !canTakeBack() || isTapPending_; }
 
+bool Recogniser::hasBeenAlone(const Finger& finger, Time now) { return now > finger.landedAt + thresholds::kAlone; }
+
 Finger& Recogniser::onlyFinger() {
     auto& fingers = hand_.fingers();
     auto* const found = std::find_if(fingers.begin(), fingers.end(),
@@ -242,13 +245,13 @@ void Recogniser::movedAlone(Time now) {
         decideForOne(now);
     }
     giveMove(finger, now);
-    if (!finger.isAtRest() && now >= finger.landedAt + thresholds::kAlone) decideForOne(now);
+    if (!finger.isAtRest() && hasBeenAlone(finger, now)) decideForOne(now);
 }
 
 /// The finger that has been given out stays what it is: no other joins it for a gesture.
 void Recogniser::decideForOne(Time now) {
     if (isTouchMode()) {
-        if (!canTakeBack() || now >= onlyFinger().landedAt + thresholds::kAlone) state_ = HandState::Raw;
+        if (!canTakeBack() || hasBeenAlone(onlyFinger(), now)) state_ = HandState::Raw;
         return;
     }
     presser_ = static_cast<std::size_t>(hand_.indexOf(onlyFinger()));
@@ -260,6 +263,7 @@ void Recogniser::liftedAlone(Finger& finger, Time now) {
     giveRelease(finger, now);
     frames_.end(now);
     clicks_.ended(finger.isAtRest());
+    lastTapOfTwo_.reset();
     state_ = HandState::Done;
 }
 
@@ -269,7 +273,7 @@ void Recogniser::runAlone(Time now) {
         pressRight(finger, now);
         return;
     }
-    if (now < finger.landedAt + thresholds::kAlone) return;
+    if (!hasBeenAlone(finger, now)) return;
     if (!finger.isGiven && (canTakeBack() || !rules_->longPress)) {
         giveAlone(finger, now);
         if (!canTakeBack()) decideForOne(now);
@@ -294,7 +298,7 @@ void Recogniser::pressRight(Finger& finger, Time now) {
 
 /// `isLifting`: the first of them has just been lifted, so it is now or never.
 void Recogniser::decide(Time now, bool isLifting) {
-    const Participants taking = participants();
+    const Participants taking = participants(isLifting);
     if (taking.ways.empty()) return;
     if (taking.ways.size() == 1) {
         ignoreAllBut(taking);
@@ -318,24 +322,31 @@ void Recogniser::decide(Time now, bool isLifting) {
 }
 
 /// Without those that only rest at an edge while others move.
-Recogniser::Participants Recogniser::participants() const {
+Recogniser::Participants Recogniser::participants(bool isLifting) const {
     const auto& fingers = hand_.fingers();
-    const bool hasMovers = std::any_of(fingers.begin(), fingers.end(),
-                                       [](const Finger& each) { return each.counts() && !each.isAtRest(); });
     Participants found;
     for (std::size_t i = 0; i < fingers.size(); ++i) {
-        if (!fingers[i].counts() || (hasMovers && isRestingAtEdge(fingers[i]))) continue;
+        if (!fingers[i].counts() || onlyRests(fingers[i], isLifting)) continue;
         found.ways.add(fingers[i].way());
         found.indices.add(i);
     }
     return found;
 }
 
-bool Recogniser::isRestingAtEdge(const Finger& finger) const {
+/// It stays at an edge while another moves. One that may be of the other's hand may also start late, unless it is now
+/// or never.
+bool Recogniser::onlyRests(const Finger& finger, bool isLifting) const {
     const Size size = rules_->mapping.handSize();
     const double fromEdge =
         std::min({finger.landing.x, finger.landing.y, size.width - finger.landing.x, size.height - finger.landing.y});
-    return finger.counts() && finger.isAtRest() && reaches(thresholds::kRestingEdge, fromEdge);
+    if (!finger.isAtRest() || !reaches(thresholds::kRestingEdge, fromEdge)) return false;
+    const auto& fingers = hand_.fingers();
+    return std::any_of(fingers.begin(), fingers.end(), [&](const Finger& other) {
+        const bool mayStartLate =
+            !isLifting && std::chrono::abs(other.landedAt - finger.landedAt) <= thresholds::kOneHand;
+        return other.counts() &&
+               !reaches(mayStartLate ? thresholds::kPivotTravel : thresholds::kTapTravel, other.travel);
+    });
 }
 
 void Recogniser::ignoreAllBut(const Participants& participants) {
@@ -426,19 +437,26 @@ bool Recogniser::canBeTap(Time now) const {
     });
 }
 
+bool Recogniser::areAllAtRest() const {
+    const auto& fingers = hand_.fingers();
+    return std::all_of(fingers.begin(), fingers.end(),
+                       [](const Finger& each) { return !each.counts() || each.isAtRest(); });
+}
+
 /// Whoever was lifted has tapped, while the others only rest.
 bool Recogniser::areTapsBesideRest() const {
     const auto& fingers = hand_.fingers();
-    const bool areAllAtRest = std::all_of(fingers.begin(), fingers.end(),
-                                          [](const Finger& each) { return !each.counts() || each.isAtRest(); });
     const bool areLiftedTaps = std::all_of(fingers.begin(), fingers.end(), [](const Finger& each) {
         return !each.counts() || !each.liftedAt || *each.liftedAt - each.landedAt <= thresholds::kLongestTap;
     });
-    return areAllAtRest && areLiftedTaps;
+    return areAllAtRest() && areLiftedTaps;
 }
 
+/// Fingers that came one by one and stay where they are belong to keys or a game on the screen.
+bool Recogniser::areKeys() const { return areAllAtRest() && lastLanding_ - firstLanding_ > thresholds::kOneHand; }
+
 void Recogniser::giveUpOrPass(Time now) {
-    if (areTapsBesideRest()) {
+    if (areTapsBesideRest() || areKeys()) {
         passAll(now);
         return;
     }
@@ -457,14 +475,7 @@ void Recogniser::runMany(Time now) {
         leaveIfEmpty();
         return;
     }
-    // Fingers that came one by one and stay where they are belong to keys or a game on the screen.
-    const auto& fingers = hand_.fingers();
-    const bool areAllAtRest = std::all_of(fingers.begin(), fingers.end(),
-                                          [](const Finger& each) { return !each.counts() || each.isAtRest(); });
-    if (areAllAtRest && lastLanding_ - firstLanding_ > thresholds::kOneHand &&
-        now >= lastLanding_ + thresholds::kLongestTap) {
-        passAll(now);
-    }
+    if (areKeys() && now >= lastLanding_ + thresholds::kLongestTap) passAll(now);
 }
 
 // Taps of several
@@ -497,7 +508,6 @@ void Recogniser::tapOfTwo(Time now) {
         return;
     }
     settlePendingTap(now);
-    lastTapOfTwo_ = current;
     if (!rules_->gestures.wants(Shape::TapWithTwo)) {
         passAll(now);
     } else if (rules_->gestures.wants(Shape::DoubleTapWithTwo)) {
@@ -507,13 +517,14 @@ void Recogniser::tapOfTwo(Time now) {
     } else {
         doAtOnce(Shape::TapWithTwo, current.place, now);
     }
+    lastTapOfTwo_ = current;
 }
 
-/// No second tap of two followed, so the first means what it means alone.
+/// No second tap of two followed, so the first means what it means alone, and nothing that comes later is its second.
 void Recogniser::settlePendingTap(Time now) {
-    if (!isTapPending_) return;
-    isTapPending_ = false;
-    doAtOnce(Shape::TapWithTwo, lastTapOfTwo_->place, now);
+    if (!std::exchange(isTapPending_, false)) return;
+    const TapOfTwo first = *std::exchange(lastTapOfTwo_, std::nullopt);
+    doAtOnce(Shape::TapWithTwo, first.place, now);
 }
 
 Point Recogniser::middleOfLandings() const {
@@ -725,7 +736,8 @@ std::optional<Time> Recogniser::deadline() const {
         if (isTapPending_) return std::max(lastTapOfTwo_->landedAt + rules_->doubleClickRate, ranUntil_);
         break;
     case HandState::One:
-        consider(firstLanding_ + thresholds::kAlone);
+        // Another finger may still follow at the very end of that.
+        consider(firstLanding_ + thresholds::kAlone + Time(1));
         if (rules_->longPress) consider(firstLanding_ + *rules_->longPress);
         break;
     case HandState::Many:

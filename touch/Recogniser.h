@@ -50,6 +50,8 @@ public:
     [[nodiscard]] std::optional<Time> deadline() const;
     void run(Time now);
 
+    /// A tap of two that waits for its double gets none.
+    void settlePendingTap(Time now);
     /// Forgets every finger; whoever owns what is down lifts it.
     void clear();
 
@@ -76,6 +78,7 @@ private:
     void beginHand(Finger& finger, Time now);
     [[nodiscard]] Finger& onlyFinger();
     [[nodiscard]] bool isHeldBack() const;
+    [[nodiscard]] static bool hasBeenAlone(const Finger& finger, Time now);
     [[nodiscard]] bool isTouchMode() const { return rules_->fingerMode == FingerMode::Touch; }
     [[nodiscard]] bool canTakeBack() const { return isTouchMode() && rules_->takesTouchesBack; }
     void movedAlone(Time now);
@@ -86,8 +89,8 @@ private:
 
     // Several fingers
     void decide(Time now, bool isLifting);
-    [[nodiscard]] Participants participants() const;
-    [[nodiscard]] bool isRestingAtEdge(const Finger& finger) const;
+    [[nodiscard]] Participants participants(bool isLifting) const;
+    [[nodiscard]] bool onlyRests(const Finger& finger, bool isLifting) const;
     void ignoreAllBut(const Participants& participants);
     [[nodiscard]] std::optional<FoundShape> refined(FoundShape found, std::span<const FingerWay> ways, Time now,
                                                     bool isLifting) const;
@@ -95,14 +98,15 @@ private:
     void start(FoundShape found, const Participants& participants, Time now);
     void liftedOfMany(Time now);
     [[nodiscard]] bool canBeTap(Time now) const;
+    [[nodiscard]] bool areAllAtRest() const;
     [[nodiscard]] bool areTapsBesideRest() const;
+    [[nodiscard]] bool areKeys() const;
     void giveUpOrPass(Time now);
     void runMany(Time now);
 
     // Taps of several
     void tap(Time now);
     void tapOfTwo(Time now);
-    void settlePendingTap(Time now);
     [[nodiscard]] Point middleOfLandings() const;
 
     // Gestures

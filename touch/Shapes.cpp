@@ -79,8 +79,15 @@ bool isClear(double part, double others) {
     return reaches(part, thresholds::kTwoFingerTravel) && reaches(part, thresholds::kTwoFingerClearness * others);
 }
 
+/// They do not go together then, however much farther one of them goes.
+bool goAgainstEachOther(const FingerWay& first, const FingerWay& second) {
+    const double farther = std::max(lengthOf(first.way()), lengthOf(second.way()));
+    return reaches(farther, thresholds::kPivotTravel) && !reaches(along(first.way(), second.way()), 0.0);
+}
+
 std::optional<FoundShape> findShapeOfTwo(const FingerWay& first, const FingerWay& second) {
-    const Parts parts = partsOf(first, second);
+    Parts parts = partsOf(first, second);
+    if (goAgainstEachOther(first, second)) parts.together = 0.0;
     if (isClear(parts.together, std::max(parts.apart, parts.about))) {
         return FoundShape{Shape::ScrollWithTwo, directionOf((first.way() + second.way()) * 0.5)};
     }
@@ -135,11 +142,18 @@ std::optional<FoundShape> findSwipe(std::span<const FingerWay> fingers) {
     return FoundShape{*shape, direction};
 }
 
+/// A swipe takes every finger along: where one stays or goes against the others, they come together or go apart.
+bool staysOrGoesAgainst(const FingerWay& finger, Point way) {
+    return reaches(thresholds::kStill * lengthOf(way), along(finger.way(), way));
+}
+
 std::optional<FoundShape> findShapeOfFour(std::span<const FingerWay> fingers) {
     const double spread = spreadOf(fingers);
-    const double together = lengthOf(meanWay(fingers));
-    if (reaches(std::abs(spread), thresholds::kFourPinchTravel) &&
-        reaches(std::abs(spread), thresholds::kFourPinchClearness * together)) {
+    const Point way = meanWay(fingers);
+    const bool isClear = reaches(std::abs(spread), thresholds::kFourPinchClearness * lengthOf(way)) ||
+                         std::any_of(fingers.begin(), fingers.end(),
+                                     [&](const FingerWay& finger) { return staysOrGoesAgainst(finger, way); });
+    if (isClear && reaches(std::abs(spread), thresholds::kFourPinchTravel)) {
         return FoundShape{spread < 0.0 ? Shape::FourTogether : Shape::FourApart};
     }
     return findSwipe(fingers);

@@ -42,8 +42,9 @@ constexpr double kTwoFingerTravel = 2.5;
 /// Decides: how much clearer one meaning of two fingers must be than the next best. Why: fingers that start one after
 /// the other look like a rotation at first. Source: 2 is where the other part stays below 27 degrees.
 constexpr double kTwoFingerClearness = 2.0;
-/// Decides: how far one finger goes about another that is still, until that is a pinch or a rotation. Why: of two that
-/// scroll one often starts late. Source: three times ChromiumOS's 4 mm for a first guess.
+/// Decides: how far one finger goes while another is still or comes to meet it, until that is a pinch or a rotation, or
+/// while another stays at an edge, until that one only rests. Why: of two that move together one often starts late.
+/// Source: three times ChromiumOS's 4 mm for a first guess.
 constexpr double kPivotTravel = 12.0;
 /// Decides: how far a finger may go and still count as still. Source: libinput's first guess, 1 mm.
 constexpr double kStill = 1.0;
@@ -59,8 +60,8 @@ constexpr double kSwipeShare = 0.25;
 /// Decides: how far thumb and three fingers come together or apart in the mean. Source: ChromiumOS fixes a pinch at
 /// 8 mm.
 constexpr double kFourPinchTravel = 8.0;
-/// Decides: how much more four fingers come together or apart than they go together. Source: ours, halfway between
-/// alike and twice.
+/// Decides: how much more four fingers come together or apart than they go together, where none of them stays or goes
+/// against the others. Source: ours, halfway between alike and twice.
 constexpr double kFourPinchClearness = 1.5;
 /// Decides: the longest sideways movement of two fingers, from landing to lifting, that is a flick. Why: until then it
 /// may be one, so scrolling sideways waits where flicks are wanted. Source: kLongestTap, a tap with a way to go.

@@ -40,7 +40,9 @@ void TouchDisplay::changeRules() { pending_.emplace(glass_, matrix_, settings_, 
 
 /// What waits at the gate has been decided by the rules of before, and so the next ones wait for it.
 void TouchDisplay::adoptRules() {
-    if (!pending_ || !recogniser_.isIdle() || gate_.deadline()) return;
+    if (!pending_ || !recogniser_.isIdle()) return;
+    recogniser_.settlePendingTap(lastTime_);
+    if (gate_.deadline()) return;
     rules_ = *std::exchange(pending_, std::nullopt);
     clicks_.setRules(settings_, desktop_);
     judge_.setGestures(rules_.gestures);
@@ -52,7 +54,7 @@ void TouchDisplay::frame(const Frame& frame) {
     timeout(sightings.time);
     // A timer may have run late, after the frame was stamped.
     lastTime_ = sightings.time = std::max(sightings.time, lastTime_);
-    adoptRules();
+    if (!sightings.fingers.empty()) adoptRules();
     recogniser_.see(sightings);
     if (sightings.fingers.empty() && !deadline()) judge_.expectNothingDown();
 }

@@ -223,6 +223,36 @@ TEST(NothingStuck, SettingsThatChangeInAGestureCountFromTheNextFingerOn) {
     EXPECT_EQ(gesturesIn(transcript.text()), "AppExpos\u00e9 down");
 }
 
+TEST(NothingStuck, ATapOfTwoThatWaitsIsStillGivenWhereItIsSwitchedOffMeanwhile) {
+    Stage stage;
+    touching::Transcript transcript(stage.glass);
+    touch::TouchDisplay display(stage.glass, transcript, [&](touch::Fault fault) { transcript.fault(fault); });
+    display.setSettings(stage.settings);
+    const auto tap = [&](touch::Time at) {
+        touch::Frame fingers{.time = at, .contacts = {}};
+        fingers.contacts.add({1, {30, 40}, false});
+        fingers.contacts.add({2, {50, 40}, false});
+        display.frame(fingers);
+        display.frame({.time = at + 50ms, .contacts = {}});
+    };
+    tap(0ms);
+    stage.switchOff("SecondaryClick");
+    display.setSettings(stage.settings);
+    display.frame({.time = 100ms, .contacts = {}});
+    EXPECT_EQ(gesturesIn(transcript.text()), "");
+    tap(2s);
+    while (display.deadline()) display.timeout(*display.deadline());
+    EXPECT_EQ(gesturesIn(transcript.text()), "SecondaryClick");
+    stage.record("SecondaryClick").isEnabled = true;
+    display.setSettings(stage.settings);
+    tap(4s);
+    stage.switchOff("SecondaryClick");
+    display.setSettings(stage.settings);
+    tap(4s + 200ms);
+    while (display.deadline()) display.timeout(*display.deadline());
+    EXPECT_EQ(gesturesIn(transcript.text()), "SecondaryClick, SecondaryClick");
+}
+
 TEST(NothingStuck, AListOfGesturesThatIsDamagedWantsNothingOfWhatIsDamaged) {
     Stage stage;
     stage.settings.gestures = {

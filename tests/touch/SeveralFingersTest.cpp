@@ -77,6 +77,14 @@ TEST(SeveralFingers, DoubleTapOfTwoIsSmartZoomAlone) {
     )"));
 }
 
+TEST(SeveralFingers, ATapOfOneBetweenTwoTapsOfTwoMakesThemTwoClicks) {
+    const char* const fingers = "0: 1@30,40 2@50,40\n50: -\n120: 3@100,100\n160: -\n300: 4@30,40 5@50,40\n350: -";
+    EXPECT_EQ(whatIsDone(Stage(), fingers), "SecondaryClick, SecondaryClick");
+    Stage stage;
+    stage.switchOff("SecondaryClick");
+    EXPECT_EQ(whatIsDone(stage, fingers), "");
+}
+
 TEST(SeveralFingers, DoubleTapOfTwoElsewhereIsTwoClicks) {
     EXPECT_EQ(whatIsDone(Stage(), "0: 1@30,40 2@50,40\n100: -\n300: 3@60,40 4@80,40\n400: -"),
               "SecondaryClick, SecondaryClick");
@@ -125,6 +133,15 @@ TEST(SeveralFingers, OfOneHandLandAndLiftUpToEightyMillisecondsApart) {
     EXPECT_EQ(whatIsDone(stage, "0: 1@30,40\n80: 1@30,40 2@50,40\n120: 2@50,40\n200: -"), "SecondaryClick");
     EXPECT_EQ(whatIsDone(stage, "0: 1@30,40\n81: 1@30,40 2@50,40\n120: 2@50,40\n200: -"), "");
     EXPECT_EQ(whatIsDone(stage, "0: 1@30,40\n80: 1@30,40 2@50,40\n120: 2@50,40\n201: -"), "");
+}
+
+TEST(SeveralFingers, ThatMoveAsTheyLandMayLandEightyMillisecondsApart) {
+    const auto scroll = [](double landing) {
+        return strokes({{.from = {80, 80}, .to = {80, 40}, .landsAt = 0, .liftsAt = 400},
+                        {.from = {100, 80}, .to = {100, 48}, .landsAt = landing, .liftsAt = 400}});
+    };
+    EXPECT_EQ(whatIsDone(Stage(), scroll(80)), "Scroll up");
+    EXPECT_EQ(whatIsDone(Stage(), scroll(81)), "");
 }
 
 TEST(SeveralFingers, ThatRestForLongerDoNothing) {
@@ -238,6 +255,19 @@ TEST(SeveralFingers, OneGoingAboutAnotherRotatesAndOneGoingAwayFromAnotherZooms)
         "ZoomInOrOut");
 }
 
+TEST(SeveralFingers, AThumbThatComesAFewMillimetresToMeetAFingerZoomsOrRotatesWithIt) {
+    for (const double thumb : {1.5, 2.0, 4.0, 6.0}) {
+        const auto both = [thumb](touch::Point from, touch::Point thumbsWay, touch::Point way) {
+            return strokes(
+                {{.from = {80, 80}, .to = touch::Point{80, 80} + thumbsWay * thumb, .landsAt = 0, .liftsAt = kEnd},
+                 {.from = from, .to = from + way, .landsAt = 20, .liftsAt = kEnd}});
+        };
+        EXPECT_EQ(whatIsDone(Stage(), both({130, 80}, {1, 0}, {-20, 0})), "ZoomInOrOut") << thumb;
+        EXPECT_EQ(whatIsDone(Stage(), both({110, 80}, {-1, 0}, {20, 0})), "ZoomInOrOut") << thumb;
+        EXPECT_EQ(whatIsDone(Stage(), both({120, 80}, {0, 1}, {-2, -25})), "Rotate") << thumb;
+    }
+}
+
 TEST(SeveralFingers, OneOfTwoThatStartsLateStillScrolls) {
     EXPECT_EQ(
         whatIsDone(
@@ -324,12 +354,58 @@ TEST(SeveralFingers, ThumbAndThreeTogetherAndApart) {
     EXPECT_EQ(whatIsDone(Stage(), fromMiddle(kAround, 1.6)), "ShowDesktop");
 }
 
+/// A thumb and, `gap` millimetres farther from it than they are when a hand is closed, three fingers. Each goes so far
+/// along the line from the one to the others.
+std::string thumbAndThree(double gap, double thumb, double three, double end) {
+    const touch::Point way{0.79, -0.61};
+    std::vector<Stroke> fingers{{.from = {85, 75}, .to = touch::Point{85, 75} + way * thumb, .liftsAt = end}};
+    for (const touch::Point from : {touch::Point{95, 44}, {107, 48}, {115, 58}}) {
+        fingers.push_back({.from = from + way * gap, .to = from + way * (gap + three), .landsAt = 15, .liftsAt = end});
+    }
+    return strokes(fingers);
+}
+
+TEST(SeveralFingers, AThumbGoesLessFarThanTheThreeThatComeToItOrLeaveIt) {
+    for (const double thumb : {0.0, 4.0, 8.0, 12.0, 20.0}) {
+        for (const double end : {150.0, kEnd}) {
+            EXPECT_EQ(whatIsDone(Stage(), thumbAndThree(35, thumb, -25, end)), "Launchpad") << thumb << " " << end;
+            EXPECT_EQ(whatIsDone(Stage(), thumbAndThree(0, -thumb, 35, end)), "ShowDesktop") << thumb << " " << end;
+        }
+    }
+}
+
 TEST(SeveralFingers, TwoFromTheRightEdgeShowNotifications) {
     EXPECT_EQ(whatIsDone(Stage(), together({{195, 50}, {180, 70}}, {-40, 0})), "NotificationCenter left");
     EXPECT_EQ(whatIsDone(Stage(), together({{189, 50}, {180, 70}}, {-40, 0})), "Scroll left");
     Stage stage;
     stage.switchOff("NotificationCenter");
     EXPECT_EQ(whatIsDone(stage, together({{195, 50}, {180, 70}}, {-40, 0})), "Scroll left");
+}
+
+TEST(SeveralFingers, AtAnEdgeMayStartOneAfterAnother) {
+    for (const double late : {8.0, 16.0, 40.0}) {
+        const auto fingers = [late](std::vector<touch::Point> from, touch::Point way, double starts) {
+            std::vector<Stroke> found;
+            for (const touch::Point place : from) {
+                found.push_back({.from = place,
+                                 .to = place + way,
+                                 .landsAt = found.empty() ? 0.0 : 10.0,
+                                 .liftsAt = 600,
+                                 .movesFrom = found.empty() ? starts + late : starts});
+            }
+            return strokes(found);
+        };
+        for (const double starts : {20.0, 130.0}) {
+            EXPECT_EQ(whatIsDone(Stage(), fingers({{196, 50}, {180, 62}}, {-40, 0}, starts)), "NotificationCenter left")
+                << late;
+            EXPECT_EQ(whatIsDone(Stage(), fingers({{196, 50}, {195, 68}}, {-40, 0}, starts)), "NotificationCenter left")
+                << late;
+            EXPECT_EQ(whatIsDone(Stage(), fingers({{90, 116}, {110, 110}}, {0, -36}, starts)), "Scroll up") << late;
+            EXPECT_EQ(whatIsDone(Stage(), fingers({{90, 116}, {110, 110}, {130, 112}}, {0, -36}, starts)),
+                      "MissionControl up")
+                << late;
+        }
+    }
 }
 
 TEST(SeveralFingers, AGestureThatIsOffIsNeverPlayedAndItsFingersPass) {
@@ -432,6 +508,15 @@ TEST(Rest, AFingerThatRestsWhileAnotherTapsLeavesTheTapATap) {
     )"));
 }
 
+TEST(Rest, FingersThatTypeSlowlyOneBeforeTheOtherLiftsAreTwoTouches) {
+    EXPECT_EQ(play(Stage(), "0: 1@30,90\n200: 1@30,90 2@150,90\n350: 2@150,90\n420: -"), lines(R"(
+        0 touch +0 30,90
+        350 touch +1 150,90
+        350 touch -0
+        420 touch -1
+    )"));
+}
+
 TEST(Rest, AFingerThatComesToStayBesideAnotherIsPassed) {
     EXPECT_EQ(play(Stage(), "0: 1@30,40\n400: 1@30,40 2@60,40\n1000: -"), lines(R"(
         0 touch +0 30,40
@@ -480,7 +565,7 @@ TEST(TakingBack, NothingIsGivenThatWouldHaveToBeWhereItCannotBe) {
         stage.settings.fingerMode = mode;
         stage.switchOff("SmartZoom");
         EXPECT_EQ(only("touch", play(stage, together(kThree, {0, -30}))), "");
-        EXPECT_EQ(play(stage, "0: 1@30,40\n79: 1@30,40 2@50,40\n150: -"), lines(R"(
+        EXPECT_EQ(play(stage, "0: 1@30,40\n80: 1@30,40 2@50,40\n150: -"), lines(R"(
             150 gesture SecondaryClick begins
             150 pointer 40,40
             150 pointer +right
