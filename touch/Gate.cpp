@@ -9,15 +9,22 @@ void Gate::give(const Output& output, Time now) {
         next_.give(output, now);
         return;
     }
-    // Of moves that nobody has seen yet the newest is enough.
-    const bool isMove = output.kind == Output::Kind::TouchMove || output.kind == Output::Kind::PointerMove;
-    if (isMove && output.endsFrame && !waiting_.empty() && waiting_.back().kind == output.kind &&
-        waiting_.back().number == output.number && (waiting_.size() == 1 || waiting_[waiting_.size() - 2].endsFrame)) {
-        waiting_.back() = output;
+    if (replacesLast(output)) {
+        waiting_.back().output = output;
         return;
     }
-    if (waiting_.isFull()) letGo(now);
-    waiting_.add(output);
+    if (waiting_.isFull()) letGo(Time::max(), now);
+    waiting_.add({output, closedUntil_});
+}
+
+/// Of moves that nobody has seen yet the newest is enough.
+bool Gate::replacesLast(const Output& output) const {
+    const bool isMove = output.kind == Output::Kind::TouchMove || output.kind == Output::Kind::PointerMove;
+    if (!isMove || !output.endsFrame || waiting_.empty()) return false;
+    const Waiting& last = waiting_.end()[-1];
+    const bool isAlone = waiting_.size() == 1 || waiting_.end()[-2].output.endsFrame;
+    return isAlone && last.output.kind == output.kind && last.output.number == output.number &&
+           last.opensAt == closedUntil_;
 }
 
 void Gate::closeUntil(Time moment) { closedUntil_ = std::max(closedUntil_, moment); }
@@ -26,21 +33,22 @@ Time Gate::opensAt(Time now) const { return std::max(now, closedUntil_); }
 
 std::optional<Time> Gate::deadline() const {
     if (waiting_.empty()) return std::nullopt;
-    return closedUntil_;
+    return waiting_.begin()->opensAt;
 }
 
-void Gate::run(Time now) {
-    if (!waiting_.empty() && now >= closedUntil_) letGo(now);
-}
+void Gate::run(Time now) { letGo(now, now); }
 
 void Gate::clear() {
     waiting_.clear();
     closedUntil_ = Time::min();
 }
 
-void Gate::letGo(Time now) {
-    for (const Output& output : waiting_) next_.give(output, now);
-    waiting_.clear();
+void Gate::letGo(Time until, Time now) {
+    std::size_t count = 0;
+    for (; count < waiting_.size() && waiting_[count].opensAt <= until; ++count) {
+        next_.give(waiting_[count].output, now);
+    }
+    waiting_.removeFirst(count);
 }
 
 } // namespace touch

@@ -30,10 +30,18 @@ private:
     /// double click too many harms less than a touch that is lost.
     static constexpr std::size_t kCapacity = 256;
 
-    void letGo(Time now);
+    /// It waits for its own moment: of two taps that must not count together each is let out by itself.
+    struct Waiting {
+        Output output;
+        Time opensAt{0};
+    };
+
+    [[nodiscard]] bool replacesLast(const Output& output) const;
+    /// Lets out what was to wait until then at the longest.
+    void letGo(Time until, Time now);
 
     Outputs& next_;
-    FixedList<Output, kCapacity> waiting_;
+    FixedList<Waiting, kCapacity> waiting_;
     Time closedUntil_ = Time::min();
 };
 

@@ -104,6 +104,22 @@ TEST(DoubleClick, WhatComesAfterATapThatWaitsQueuesBehindIt) {
     )"));
 }
 
+TEST(DoubleClick, ThatIsTooLateAgainAndAgainIsNeverGivenAsOne) {
+    Stage stage;
+    stage.settings.doubleClickRate = 150ms;
+    EXPECT_EQ(play(stage, "0: 1@30,40\n40: -\n200: 2@30,40\n240: -\n400: 3@30,40\n440: -\n600: 4@30,40\n640: -"),
+              lines(R"(
+        0 touch +0 30,40
+        40 touch -0
+        410 touch +0 30,40
+        410 touch -0
+        820 touch +0 30,40
+        820 touch -0
+        1230 touch +0 30,40
+        1230 touch -0
+    )"));
+}
+
 TEST(DoubleClick, SlowerThanTheDesktopsIsLeftToTheDesktop) {
     Stage stage = stageWith(900ms, 32);
     EXPECT_EQ(play(stage, "0: 1@30,40\n60: -\n800: 2@31,40\n860: -"), lines(R"(
