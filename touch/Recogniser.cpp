@@ -83,7 +83,6 @@ void Recogniser::landed(Finger& finger, Time now) {
         lastLanding_ = now;
         return;
     case HandState::Raw:
-        return;
     case HandState::Dragging:
     case HandState::RightPress:
     case HandState::Playing:
