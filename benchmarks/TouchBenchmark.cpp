@@ -62,7 +62,7 @@ void judgeFrames(benchmark::State& state) {
     touch::TouchDisplay display(kGlass, sink, [](touch::Fault /*fault*/) {});
     display.setSettings(allGestures());
     std::int64_t number = 0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         display.frame(frameOf(number++, state.range(0)));
         benchmark::DoNotOptimize(display.deadline());
     }
