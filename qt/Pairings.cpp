@@ -63,6 +63,7 @@ void letWheelPass(QWidget& widget, FormBinding& binding) {
 
 std::vector<std::string> itemTexts(const QComboBox& comboBox) {
     std::vector<std::string> texts;
+    texts.reserve(static_cast<std::size_t>(comboBox.count()));
     for (int i = 0; i < comboBox.count(); ++i) texts.push_back(comboBox.itemText(i).toStdString());
     return texts;
 }
@@ -71,21 +72,21 @@ std::vector<std::string> itemTexts(const QComboBox& comboBox) {
 /// pop-up is emptied, so each item is looked at once, however many changes there are.
 class ShownItems {
 public:
-    explicit ShownItems(int first) : first_(first) {}
+    explicit ShownItems(std::size_t first) : first_(first) {}
 
     void show(QComboBox& comboBox, const NSPopUpButton& popUp) {
         const auto& all = popUp.itemTitles();
-        const auto shown = [&] { return static_cast<std::size_t>(comboBox.count() + first_); };
+        const auto shown = [&] { return static_cast<std::size_t>(comboBox.count()) + first_; };
         if (timesEmptied_ != popUp.timesEmptied() || shown() > all.size()) comboBox.clear();
         timesEmptied_ = popUp.timesEmptied();
         QStringList titles;
         for (std::size_t i = shown(); i < all.size(); ++i) titles.append(QString::fromStdString(all[i]));
         if (!titles.isEmpty()) comboBox.addItems(titles);
-        comboBox.setCurrentIndex(popUp.indexOfSelectedItem() - first_);
+        comboBox.setCurrentIndex(popUp.indexOfSelectedItem() - static_cast<int>(first_));
     }
 
 private:
-    int first_;
+    std::size_t first_;
     /// None before the first time, when the form's own items may stand there.
     std::optional<std::size_t> timesEmptied_;
 };
