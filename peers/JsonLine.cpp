@@ -1,5 +1,7 @@
 #include "peers/JsonLine.h"
 
+#include "peers/Utf8.h"
+
 #include <cmath>
 #include <cstddef>
 #include <string_view>
@@ -10,40 +12,12 @@ namespace {
 
 constexpr std::string_view kHexadecimal = "0123456789abcdef";
 
-/// How many bytes the character that `text` begins with has in UTF-8; 0 when it begins with none.
-std::size_t lengthOfCharacter(std::string_view text) {
-    struct Form {
-        unsigned char first;
-        unsigned char last;
-        unsigned char secondFrom;
-        unsigned char secondTo;
-        std::size_t length;
-    };
-    // What may follow the first byte, which leaves out overlong forms, half pairs and what lies beyond the last plane.
-    constexpr Form kForms[] = {
-        {0x00, 0x7F, 0x00, 0xFF, 1}, {0xC2, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
-        {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3}, {0xEE, 0xEF, 0x80, 0xBF, 3},
-        {0xF0, 0xF0, 0x90, 0xBF, 4}, {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4},
-    };
-    const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    for (const Form& form : kForms) {
-        if (byteAt(0) < form.first || byteAt(0) > form.last) continue;
-        if (text.size() < form.length) return 0;
-        if (form.length > 1 && (byteAt(1) < form.secondFrom || byteAt(1) > form.secondTo)) return 0;
-        for (std::size_t i = 2; i < form.length; ++i) {
-            if ((byteAt(i) & 0xC0U) != 0x80U) return 0;
-        }
-        return form.length;
-    }
-    return 0;
-}
-
 std::string jsonText(std::string_view text) {
     constexpr std::string_view kReplacementCharacter = "\uFFFD";
     std::string json = "\"";
     while (!text.empty()) {
         const auto byte = static_cast<unsigned char>(text.front());
-        const std::size_t length = lengthOfCharacter(text);
+        const std::size_t length = lengthOfFirstCharacter(text);
         if (length == 0) {
             json += kReplacementCharacter;
         } else if (byte == '"' || byte == '\\') {
