@@ -108,7 +108,7 @@ private:
             readName(text.substr(2));
             return;
         case 'I':
-            static_cast<void>(line.word("the bus"));
+            recording_.bus = line.number<std::uint16_t>("the bus", 16);
             recording_.vendor = line.number<std::uint16_t>("the vendor", 16);
             recording_.product = line.number<std::uint16_t>("the product", 16);
             return;

@@ -1,25 +1,17 @@
 #pragma once
 
 #include "touch/Glass.h"
+#include "touch/Panel.h"
 #include "touch/SlotTable.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <functional>
-#include <string>
 #include <string_view>
 #include <vector>
 
 namespace touch {
 
 /// What a panel says of itself, and the events it sent.
-struct Recording {
-    std::string name;
-    std::uint16_t vendor = 0;
-    std::uint16_t product = 0;
-    Axis x;
-    Axis y;
-    std::size_t slots = 0;
+struct Recording : PanelDescription {
     std::vector<KernelEvent> events;
 
     /// Hands each report's frame to `see`, in its order.
