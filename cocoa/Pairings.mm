@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -159,11 +160,16 @@ void showEditable(NSTextField* field, const platform::NSTextField& model) {
     }
 }
 
+/// A bound of a field's numbers, or else the furthest there is.
+double boundOr(double furthest, NSNumber* bound) { return bound ? [bound doubleValue] : furthest; }
+
 /// The numbers that the form lets into a field; none when every text may be in it. It is the model that refuses others.
 std::optional<platform::NSNumberFormatter> takeFormatter(NSTextField* field) {
     auto* const formatter = static_cast<NSNumberFormatter*>([[field cell] formatter]);
     if (!formatter) return std::nullopt;
-    const platform::NSNumberFormatter bounds{[[formatter minimum] doubleValue], [[formatter maximum] doubleValue]};
+    constexpr double kFurthest = std::numeric_limits<double>::infinity();
+    const platform::NSNumberFormatter bounds{boundOr(-kFurthest, [formatter minimum]),
+                                             boundOr(kFurthest, [formatter maximum])};
     [[field cell] setFormatter:nil];
     return bounds;
 }

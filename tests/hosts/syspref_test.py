@@ -316,6 +316,28 @@ class SystemPreferences(unittest.TestCase):
             self.assertEqual(set(self.values(driver)[:-1]), {0.5})
             self.assertEqual(self.values(driver)[-1], 32)
 
+    def test_field_for_the_size_tells_of_it_when_it_is_left(self):
+        preferences = self.start()
+        preferences.select_pane()
+        self.tell("show-tab", "1")
+        x, y, width, height = preferences.find("NSTextField", "48")
+        preferences.activate()
+
+        def leave_with(*typed):
+            middle = (x + width // 2, y + height // 2)
+            preferences.display.run("xdotool", "mousemove", *middle, "click", 1, "key", *typed, "Tab")
+
+        preferences.until(leave_with, lambda: 48 in self.sizes(), "the size")
+        clear = ["End", "BackSpace", "BackSpace", "BackSpace"]
+        for size in (64, 72):
+            # It is out of bounds.
+            leave_with(*clear, *"648")
+            preferences.until(lambda: leave_with(*clear, *str(size)), lambda: size in self.sizes(), f"size {size}")
+        self.assertEqual(sorted(set(self.sizes())), [48, 64, 72])
+
+    def sizes(self):
+        return [payload["DoubleClickRange"] for payload in self.received(1)]
+
     def test_follows_the_displays_and_the_driver(self):
         preferences = self.start()
         preferences.select_pane()
