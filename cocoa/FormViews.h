@@ -35,7 +35,8 @@
 - (void)setOpensMenu:(kelvo::Call<bool()>)opensMenu;
 @end
 
-/// A slider that the user moves in steps of one.
+/// A slider that the user moves in steps of one. It tells of each position of a drag until telling of one takes long;
+/// from then on the user sees no more than where it is dragged, and the release tells of its end.
 @interface KelvoSlider : NSSlider
 - (double)stepsPerUnit;
 @end

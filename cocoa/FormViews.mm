@@ -2,9 +2,15 @@
 
 #include "cocoa/Elements.h"
 
+#include <chrono>
 #include <utility>
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// After which a drag would visibly lag behind the pointer if each of its positions took as long.
+constexpr std::chrono::milliseconds kLong(20);
 
 /// Where a gesture's action stands as mere text, below the gesture's name.
 constexpr CGFloat kTextInset = 24.0;
@@ -100,6 +106,18 @@ constexpr CGFloat kTextInset = 24.0;
 
 - (double)stepsPerUnit {
     return 1.0;
+}
+
+- (void)mouseDown:(NSEvent*)event {
+    [self sendActionOn:NSLeftMouseUpMask | NSLeftMouseDraggedMask];
+    [super mouseDown:event];
+}
+
+- (BOOL)sendAction:(SEL)action to:(id)target {
+    const Clock::time_point begin = Clock::now();
+    const BOOL isSent = [super sendAction:action to:target];
+    if (Clock::now() - begin > kLong) [self sendActionOn:NSLeftMouseUpMask];
+    return isSent;
 }
 
 @end

@@ -192,19 +192,20 @@ void pairEditable(NSView* view, platform::NSView& anyModel, FormBinding& binding
     binding.atEnd([held] { [held.get() setDelegate:nil]; });
 }
 
-/// The step that is nearest to where the user moved it.
-double steppedValue(KelvoSlider* slider) {
-    const double steps = [slider stepsPerUnit];
-    return std::round([slider doubleValue] * steps) / steps;
-}
+/// The step that is nearest to a value, by its number.
+double stepAt(KelvoSlider* slider, double value) { return std::round(value * [slider stepsPerUnit]); }
 
 void pairSlider(NSView* view, platform::NSView& anyModel, FormBinding& binding) {
     auto* const slider = static_cast<KelvoSlider*>(view);
     auto& model = dynamic_cast<platform::NSSlider&>(anyModel);
     model.setBounds([slider minValue], [slider maxValue]);
     const auto show = binding.mirror(model, [slider, &model] { [slider setDoubleValue:model.doubleValue()]; });
-    tellActs(
-        slider, binding, [slider, &model] { model.performSetDoubleValue(steppedValue(slider)); }, show);
+    const auto acted = [slider, &model] {
+        const double step = stepAt(slider, [slider doubleValue]);
+        // A release tells of the position once more.
+        if (step != stepAt(slider, model.doubleValue())) model.performSetDoubleValue(step / [slider stepsPerUnit]);
+    };
+    tellActs(slider, binding, acted, show);
 }
 
 void pairMatrix(NSView* view, platform::NSView& anyModel, FormBinding& binding) {

@@ -316,6 +316,40 @@ class SystemPreferences(unittest.TestCase):
             self.assertEqual(set(self.values(driver)[:-1]), {0.5})
             self.assertEqual(self.values(driver)[-1], 32)
 
+    def test_drag_costs_a_driver_that_hangs_its_first_and_its_last_position(self):
+        preferences, driver = self.wait_for_late_driver()
+        x, y, width, height = preferences.find("KelvoSlider")
+        start, middle = x + width // 2, y + height // 2
+        for end, bound in ((x + width + 20, 128), (x - 20, 8)):
+            with self.subTest(bound=bound):
+                self.choose_normal_size(preferences, driver)
+                driver.received.clear()
+                driver.is_late = True
+                preferences.until(
+                    lambda: preferences.display.run("xdotool", "mousemove", start, middle, "mousedown", 1),
+                    lambda: driver.received, "the first position")
+                for n in range(1, 13):
+                    preferences.display.run("xdotool", "mousemove", start + (end - start) * n // 12, middle)
+                preferences.display.run("xdotool", "mouseup", 1)
+                wait_until(lambda: len(driver.received) >= 2, "the last position")
+                self.choose_normal_size(preferences, driver)
+                first, last, *others = self.values(driver)
+                self.assertTrue(60 <= first <= 76, first)
+                self.assertEqual(last, bound)
+                # A click that the machine was too slow for is made again.
+                self.assertEqual(set(others), {32})
+
+    def test_click_on_a_slider_tells_of_its_place_once(self):
+        preferences, driver = self.wait_for_late_driver()
+        x, y, width, height = preferences.find("KelvoSlider")
+        driver.answer_and_go_on()
+        preferences.until(lambda: preferences.display.click(x + width // 2, y + height // 2),
+                          lambda: driver.received, "the place")
+        self.choose_normal_size(preferences, driver)
+        place, *others = self.values(driver)
+        self.assertTrue(60 <= place <= 76, place)
+        self.assertEqual(set(others), {32})
+
     def test_field_for_the_size_tells_of_it_when_it_is_left(self):
         preferences = self.start()
         preferences.select_pane()
@@ -337,6 +371,12 @@ class SystemPreferences(unittest.TestCase):
 
     def sizes(self):
         return [payload["DoubleClickRange"] for payload in self.received(1)]
+
+    def choose_normal_size(self, preferences, driver):
+        """By a click, which the driver answers."""
+        driver.answer_and_go_on()
+        preferences.until(lambda: preferences.click("NSButton", "Normal Size"),
+                          lambda: self.values(driver)[-1:] == [32], "the normal size")
 
     def test_follows_the_displays_and_the_driver(self):
         preferences = self.start()
