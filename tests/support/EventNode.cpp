@@ -1,6 +1,7 @@
 #include "support/EventNode.h"
 
 #include <fcntl.h>
+#include <linux/uinput.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -162,6 +163,7 @@ int EventNode::answerIoctl(int descriptor, unsigned long request, void* argument
     if (isGone_ || revoked_.contains(descriptor)) return fail(ENODEV);
     const std::size_t room = _IOC_SIZE(request);
     const unsigned number = _IOC_NR(request);
+    if (_IOC_TYPE(request) == UINPUT_IOCTL_BASE) return answerMaking(request, argument);
     if (_IOC_TYPE(request) != 'E') return fail(ENOTTY);
 
     if (request == EVIOCGRAB) return setGrab(descriptor, argument != nullptr);
@@ -196,6 +198,33 @@ int EventNode::answerIoctl(int descriptor, unsigned long request, void* argument
     }
     // Of everything else there is nothing, and the clock is the test's.
     if (_IOC_DIR(request) == _IOC_READ) std::memset(argument, 0, room);
+    return 0;
+}
+
+int EventNode::answerMaking(unsigned long request, void* argument) {
+    const auto number = [&] { return std::to_string(reinterpret_cast<std::uintptr_t>(argument)); };
+    if (request == UI_SET_EVBIT) made += "type " + number();
+    if (request == UI_SET_KEYBIT) made += "key " + number();
+    if (request == UI_SET_PROPBIT) made += "property " + number();
+    if (request == UI_SET_PHYS) made += std::string("phys ") + static_cast<const char*>(argument);
+    if (request == UI_ABS_SETUP) {
+        const auto* axis = static_cast<const uinput_abs_setup*>(argument);
+        made += "axis " + std::to_string(axis->code) + " from " + std::to_string(axis->absinfo.minimum) + " to " +
+                std::to_string(axis->absinfo.maximum) + ", " + std::to_string(axis->absinfo.resolution) + " a unit";
+    }
+    if (request == UI_DEV_SETUP) {
+        const auto* setup = static_cast<const uinput_setup*>(argument);
+        for (const auto id : {setup->id.bustype, setup->id.vendor, setup->id.product, setup->id.version}) {
+            made += std::to_string(id) + " ";
+        }
+        made += static_cast<const char*>(setup->name);
+    }
+    if (request == UI_DEV_CREATE) made += "created";
+    if (_IOC_NR(request) == _IOC_NR(UI_GET_SYSNAME(0))) {
+        std::strncpy(static_cast<char*>(argument), "input-of-nobody", _IOC_SIZE(request));
+        return 0;
+    }
+    made += "\n";
     return 0;
 }
 

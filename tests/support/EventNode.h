@@ -61,6 +61,9 @@ public:
     /// How much of a write is taken; all of it where negative.
     int writeResult = -1;
 
+    /// Asked as the maker of virtual devices, it writes down what was asked for.
+    std::string made;
+
     // What the system calls come to; negative with errno set.
     [[nodiscard]] long answerRead(int descriptor, void* bytes, std::size_t size);
     [[nodiscard]] long answerWrite(int descriptor, const void* bytes, std::size_t size);
@@ -69,6 +72,7 @@ public:
     void forget(int descriptor);
 
 private:
+    [[nodiscard]] int answerMaking(unsigned long request, void* argument);
     [[nodiscard]] int setGrab(int descriptor, bool isOn);
     void revoke(int descriptor);
     void keep(std::uint16_t code, std::int32_t value);
