@@ -292,7 +292,7 @@ TEST(ANodeIsNoTouchDisplay, IfFingersDoNotTouchWhatTheyMean) {
 }
 
 TEST(ANodeIsNoTouchDisplay, WithoutPlaces) {
-    for (const unsigned axis : {ABS_MT_POSITION_X, ABS_MT_POSITION_Y}) {
+    for (const unsigned axis : {0U + ABS_MT_POSITION_X, 0U + ABS_MT_POSITION_Y}) {
         auto device = EventNode::panel();
         device.axes.erase(axis);
         EXPECT_FALSE(isTaken(device)) << axis;
