@@ -4,23 +4,21 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace touch {
 
-Sightings ContactFilter::filter(const Frame& frame) {
-    now_ = hasTime_ ? std::max(now_, frame.time) : frame.time;
+const Sightings& ContactFilter::filter(const Frame& frame) {
+    sightings_.time = hasTime_ ? std::max(sightings_.time, frame.time) : frame.time;
     hasTime_ = true;
-    Sightings sightings{.time = now_, .fingers = {}, .mistaken = {}};
-    for (Known& known : known_) known.isSeen = false;
+    sightings_.fingers.clear();
+    sightings_.lifted.clear();
+    sightings_.mistaken.clear();
     for (const Contact& contact : frame.contacts) {
-        if (std::isfinite(contact.place.x) && std::isfinite(contact.place.y)) see(contact, sightings);
+        if (std::isfinite(contact.place.x) && std::isfinite(contact.place.y)) see(contact);
     }
-    FixedList<Known, kMostContacts> remaining;
-    for (const Known& known : known_) {
-        if (known.isSeen) remaining.add(known);
-    }
-    known_ = remaining;
-    return sightings;
+    known_.keepIf([this](Known& known) { return staysKnown(known); });
+    return sightings_;
 }
 
 void ContactFilter::ignoreWhatIsDown() {
@@ -33,11 +31,13 @@ ContactFilter::Known* ContactFilter::knownWith(std::int32_t id) {
     return found == known_.end() ? nullptr : found;
 }
 
-void ContactFilter::see(const Contact& contact, Sightings& sightings) {
+void ContactFilter::see(const Contact& contact) {
     Known* known = knownWith(contact.id);
     if (known && known->isSeen) return;
-    if (!known) {
-        if (!known_.add({.id = contact.id, .finger = nextFinger_, .place = contact.place, .since = now_})) return;
+    bool isNew = !known;
+    if (isNew) {
+        if (!known_.add({.id = contact.id, .finger = nextFinger_, .place = contact.place, .since = sightings_.time}))
+            return;
         known = &known_.back();
         known->isIgnored = contact.isPalm;
         ++nextFinger_;
@@ -46,24 +46,32 @@ void ContactFilter::see(const Contact& contact, Sightings& sightings) {
     if (known->isIgnored) return;
     if (contact.isPalm) {
         known->isIgnored = true;
-        sightings.mistaken.add(known->finger);
+        sightings_.mistaken.add(known->finger);
         return;
     }
-    if (jumps(*known, contact.place)) {
-        sightings.mistaken.add(known->finger);
-        known->finger = nextFinger_++;
-    }
     if (contact.place != known->place) {
+        if (jumps(*known, contact.place)) {
+            sightings_.mistaken.add(known->finger);
+            known->finger = nextFinger_++;
+            isNew = true;
+        }
         known->place = contact.place;
-        known->since = now_;
+        known->since = sightings_.time;
     }
-    sightings.fingers.add({known->finger, contact.place});
+    sightings_.fingers.add({known->finger, contact.place, isNew});
+}
+
+/// The next frame has yet to show it again.
+bool ContactFilter::staysKnown(Known& known) {
+    if (std::exchange(known.isSeen, false)) return true;
+    if (!known.isIgnored) sightings_.lifted.add(known.finger);
+    return false;
 }
 
 /// By the time since the contact came where it was, so that frames without movement make no difference.
 bool ContactFilter::jumps(const Known& known, Point to) const {
     const double way = distance(known.place, to);
-    const double seconds = std::chrono::duration<double>(now_ - known.since).count();
+    const double seconds = std::chrono::duration<double>(sightings_.time - known.since).count();
     return way > thresholds::kJump && way > thresholds::kFastest * seconds;
 }
 

@@ -13,13 +13,17 @@ struct Sighting {
     /// Another one for each finger, also where the kernel's id was used again.
     std::int64_t finger = 0;
     Point place;
+    /// It was not there in the frame before.
+    bool isNew = false;
 };
 
 /// A frame without what is no finger.
 struct Sightings {
     Time time{0};
     FixedList<Sighting, kMostContacts> fingers;
-    /// Those of the last frame that turned out to be none; others that are missing were lifted.
+    /// Those of the frame before that are gone.
+    FixedList<std::int64_t, kMostContacts> lifted;
+    /// Those of the frame before that turned out to be none.
     FixedList<std::int64_t, kMostContacts> mistaken;
 };
 
@@ -27,7 +31,8 @@ struct Sightings {
 /// twice, time that goes back, and contacts that jump, which are two fingers taken for one.
 class ContactFilter {
 public:
-    [[nodiscard]] Sightings filter(const Frame& frame);
+    /// Counts until the next frame.
+    [[nodiscard]] const Sightings& filter(const Frame& frame);
     /// What touches the glass now counts for nothing until it has been lifted.
     void ignoreWhatIsDown();
 
@@ -43,12 +48,13 @@ private:
     };
 
     [[nodiscard]] Known* knownWith(std::int32_t id);
-    void see(const Contact& contact, Sightings& sightings);
+    void see(const Contact& contact);
+    [[nodiscard]] bool staysKnown(Known& known);
     [[nodiscard]] bool jumps(const Known& known, Point to) const;
 
     FixedList<Known, kMostContacts> known_;
     std::int64_t nextFinger_ = 1;
-    Time now_{0};
+    Sightings sightings_;
     bool hasTime_ = false;
 };
 

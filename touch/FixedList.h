@@ -22,6 +22,18 @@ public:
         count_ -= count;
     }
 
+    /// Takes out whatever `isKept` does not hold for.
+    template <typename Predicate>
+    constexpr void keepIf(Predicate isKept) {
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < count_; ++i) {
+            if (!isKept(elements_[i])) continue;
+            if (kept != i) elements_[kept] = elements_[i];
+            ++kept;
+        }
+        count_ = kept;
+    }
+
     constexpr void clear() { count_ = 0; }
     [[nodiscard]] constexpr std::size_t size() const { return count_; }
     [[nodiscard]] constexpr bool empty() const { return count_ == 0; }

@@ -10,7 +10,11 @@ class FrameWriter {
 public:
     explicit FrameWriter(Outputs& next) : next_(next) {}
 
-    void add(const Output& output) { frame_.add(output); }
+    /// Whether it ends a frame is said by `end`.
+    void add(const Output& output) {
+        frame_.add(output);
+        frame_.back().endsFrame = false;
+    }
     /// Gives out the steps that were added, if any.
     void end(Time now) {
         if (frame_.empty()) return;

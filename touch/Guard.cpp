@@ -25,11 +25,7 @@ bool isSet(const bool* isDown) { return isDown && *isDown; }
 } // namespace
 
 void Guard::give(const Output& output, Time now) {
-    if (passes(output)) {
-        Output step = output;
-        step.endsFrame = false;
-        frames_.add(step);
-    }
+    if (passes(output)) frames_.add(output);
     if (output.endsFrame) frames_.end(now);
 }
 

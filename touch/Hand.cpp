@@ -6,13 +6,10 @@
 
 namespace touch {
 
-bool Finger::isAtRest() const { return reaches(thresholds::kTapTravel, travel); }
-
 Finger* Hand::find(std::int64_t number) {
-    auto* const found = std::find_if(fingers_.begin(), fingers_.end(), [number](const Finger& finger) {
-        return finger.number == number && finger.isDown();
-    });
-    return found == fingers_.end() ? nullptr : found;
+    auto* const found =
+        std::find_if(fingers_.begin(), fingers_.end(), [number](const Finger& each) { return each.number == number; });
+    return found == fingers_.end() || found->liftedAt ? nullptr : found;
 }
 
 Finger* Hand::land(std::int64_t number, Point place, Time now) {
@@ -28,10 +25,11 @@ Finger* Hand::land(std::int64_t number, Point place, Time now) {
 
 bool Hand::move(Finger& finger, Point place) {
     if (place == finger.place) return false;
-    if (!finger.hasStepped && distance(finger.landing, place) > thresholds::kFirstStep) finger.origin = place;
+    const double fromLanding = distance(finger.landing, place);
+    if (!finger.hasStepped && fromLanding > thresholds::kFirstStep) finger.origin = place;
     finger.hasStepped = true;
     finger.place = place;
-    finger.travel = std::max(finger.travel, distance(finger.landing, place));
+    finger.travel = std::max(finger.travel, fromLanding);
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include "touch/FixedList.h"
 #include "touch/Frame.h"
 #include "touch/Shapes.h"
+#include "touch/Thresholds.h"
 #include "touch/Units.h"
 
 #include <array>
@@ -37,7 +38,7 @@ struct Finger {
     [[nodiscard]] bool isFree() const { return number == 0; }
     [[nodiscard]] bool isDown() const { return number != 0 && !liftedAt; }
     [[nodiscard]] bool counts() const { return number != 0 && !isIgnored; }
-    [[nodiscard]] bool isAtRest() const;
+    [[nodiscard]] bool isAtRest() const { return reaches(thresholds::kTapTravel, travel); }
     /// Where it is to be given out.
     [[nodiscard]] Point placeToGive() const { return pressPlace && isAtRest() ? *pressPlace : place; }
     [[nodiscard]] FingerWay way() const { return {origin, place}; }
@@ -54,6 +55,7 @@ public:
     [[nodiscard]] std::int32_t indexOf(const Finger& finger) const {
         return static_cast<std::int32_t>(&finger - fingers_.data());
     }
+    /// The finger of that number that is on the glass; null where there is none.
     [[nodiscard]] Finger* find(std::int64_t number);
     /// Null when there is no room.
     Finger* land(std::int64_t number, Point place, Time now);

@@ -9,9 +9,10 @@ namespace touch {
 void Judge::give(const Output& output, Time now) {
     if (now < lastTime_) onFault_(Fault::TimeWentBack);
     lastTime_ = now;
-    judgeFrame(output);
-    judgePlace(output);
-    judgeStep(output);
+    const Road road = roadOf(output.kind);
+    judgeFrame(road, output.endsFrame);
+    judgePlace(road, output.at);
+    judgeStep(road, output);
     next_.give(output, now);
 }
 
@@ -20,14 +21,12 @@ void Judge::expectNothingDown() const {
     if (openFrame_) onFault_(Fault::FrameLeftOpen);
 }
 
-void Judge::judgeFrame(const Output& output) {
-    const Road road = roadOf(output.kind);
+void Judge::judgeFrame(Road road, bool endsFrame) {
     if (openFrame_ && *openFrame_ != road) onFault_(Fault::FrameOfTwoDevices);
-    openFrame_ = output.endsFrame ? std::nullopt : std::optional(road);
+    openFrame_ = endsFrame ? std::nullopt : std::optional(road);
 }
 
-void Judge::judgeStep(const Output& output) {
-    const Road road = roadOf(output.kind);
+void Judge::judgeStep(Road road, const Output& output) {
     switch (output.kind) {
     case Output::Kind::TouchDown:
     case Output::Kind::ButtonDown:
@@ -56,12 +55,12 @@ void Judge::judgeStep(const Output& output) {
     }
 }
 
-void Judge::judgePlace(const Output& output) const {
-    const bool isOnPad = roadOf(output.kind) == Road::Touchpad;
+void Judge::judgePlace(Road road, Point at) const {
+    const bool isOnPad = road == Road::Touchpad;
     const double width = isOnPad ? thresholds::kPad.width : 1.0;
     const double height = isOnPad ? thresholds::kPad.height : 1.0;
     // Written so that no number is no place either.
-    const bool isPlace = output.at.x >= 0.0 && output.at.x <= width && output.at.y >= 0.0 && output.at.y <= height;
+    const bool isPlace = at.x >= 0.0 && at.x <= width && at.y >= 0.0 && at.y <= height;
     if (!isPlace) onFault_(Fault::NotANumber);
 }
 

@@ -26,9 +26,9 @@ public:
 private:
     static constexpr std::size_t kNumbers = 1024;
 
-    void judgeFrame(const Output& output);
-    void judgeStep(const Output& output);
-    void judgePlace(const Output& output) const;
+    void judgeFrame(Road road, bool endsFrame);
+    void judgeStep(Road road, const Output& output);
+    void judgePlace(Road road, Point at) const;
     void goDown(Road road, std::int32_t number);
     void goUp(Road road, std::int32_t number);
     void expectDown(Road road, std::int32_t number) const;

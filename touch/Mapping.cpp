@@ -1,7 +1,9 @@
 #include "touch/Mapping.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 
 namespace touch {
 
@@ -12,10 +14,45 @@ constexpr std::int64_t kFullTurn = 4;
 /// 0 to 3.
 constexpr std::int64_t withinFullTurn(std::int64_t turns) { return ((turns % kFullTurn) + kFullTurn) % kFullTurn; }
 
+/// What so many quarter turns clockwise make of a place from 0 to 1.
+constexpr Matrix turnBy(std::int64_t quarterTurns) {
+    constexpr std::array<Matrix, kFullTurn> kTurns{{
+        kIdentity,
+        {0.0, 1.0, 0.0, -1.0, 0.0, 1.0},
+        {-1.0, 0.0, 1.0, 0.0, -1.0, 1.0},
+        {0.0, -1.0, 1.0, 1.0, 0.0, 0.0},
+    }};
+    return kTurns[static_cast<std::size_t>(withinFullTurn(quarterTurns))];
+}
+
+constexpr Point mapped(const Matrix& by, Point place) {
+    return {by[0] * place.x + by[1] * place.y + by[2], by[3] * place.x + by[4] * place.y + by[5]};
+}
+
+/// `first`, and then `next`.
+constexpr Matrix chained(const Matrix& first, const Matrix& next) {
+    const Point origin = mapped(next, {first[2], first[5]});
+    return {next[0] * first[0] + next[1] * first[3], next[0] * first[1] + next[1] * first[4], origin.x,
+            next[3] * first[0] + next[4] * first[3], next[3] * first[1] + next[4] * first[4], origin.y};
+}
+
+constexpr Matrix toMillimetres(Size size) { return {size.width, 0.0, 0.0, 0.0, size.height, 0.0}; }
+constexpr Matrix toShares(Size size) { return {1.0 / size.width, 0.0, 0.0, 0.0, 1.0 / size.height, 0.0}; }
+
+/// From shares of the panel to shares of the picture in its middle.
+constexpr Matrix toPicture(Size picture) {
+    return {1.0 / picture.width, 0.0, 0.5 - 0.5 / picture.width, 0.0, 1.0 / picture.height, 0.5 - 0.5 / picture.height};
+}
+
 constexpr Size sidesSwapped(Size size) { return {size.height, size.width}; }
 
 /// A calibration that makes more of the panel's y than of its x the picture's x has turned it by a quarter.
 bool swapsSides(const Matrix& matrix) { return std::abs(matrix[1]) > std::abs(matrix[0]); }
+
+/// The glass as the user sees it after calibration and so many turns.
+Size sizeOfHand(Size glass, const Matrix& calibration, std::int64_t turns) {
+    return swapsSides(calibration) == (turns % 2 == 0) ? sidesSwapped(glass) : glass;
+}
 
 bool isUsable(const Matrix& matrix) {
     if (!std::all_of(matrix.begin(), matrix.end(), [](double each) { return std::isfinite(each); })) return false;
@@ -31,65 +68,39 @@ Size pictureShare(const Settings& settings, const Desktop& desktop) {
             shareOf(settings.manualPicture->height, desktop.nativePixels->height)};
 }
 
-Point inUnits(Point place, Size size) { return {place.x / size.width, place.y / size.height}; }
-Point inMillimetres(Point place, Size size) { return {place.x * size.width, place.y * size.height}; }
-
 /// A picture that fills the panel has nothing beside it: what a calibration puts past its edge was meant for the edge.
-bool isWithin(double place, double share) { return share >= 1.0 || (place >= 0.0 && place <= 1.0); }
+bool isWithin(double place, double share) { return share >= 1.0 || (reaches(place, 0.0) && reaches(1.0, place)); }
 
-double withinPicture(double place, double share) { return (place - 0.5) / share + 0.5; }
+Point heldToPicture(Point place) { return {std::clamp(place.x, 0.0, 1.0), std::clamp(place.y, 0.0, 1.0)}; }
 
 } // namespace
 
-Point turned(Point place, std::int64_t quarterTurns) {
-    switch (withinFullTurn(quarterTurns)) {
-    case 1:
-        return {place.y, 1.0 - place.x};
-    case 2:
-        return {1.0 - place.x, 1.0 - place.y};
-    case 3:
-        return {1.0 - place.y, place.x};
-    default:
-        return place;
-    }
-}
+Point turned(Point place, std::int64_t quarterTurns) { return mapped(turnBy(quarterTurns), place); }
 
 Mapping::Mapping(Size glass, const Matrix& matrix, const Settings& settings, const Desktop& desktop)
-    : glass_(glass),
-      matrix_(isUsable(matrix) ? matrix : kIdentity),
-      upright_(swapsSides(matrix_) ? sidesSwapped(glass) : glass),
-      picture_(pictureShare(settings, desktop)),
-      turn_(withinFullTurn(settings.rotateMode != 0 ? settings.rotateMode : desktop.turns)),
-      touchTurn_(desktop.turnsTouches ? turn_ - desktop.turns : turn_) {}
-
-Size Mapping::handSize() const { return turn_ % 2 == 0 ? upright_ : sidesSwapped(upright_); }
-
-Point Mapping::handOf(Point glass) const {
-    const Point share = inUnits(glass, glass_);
-    const Point calibrated{matrix_[0] * share.x + matrix_[1] * share.y + matrix_[2],
-                           matrix_[3] * share.x + matrix_[4] * share.y + matrix_[5]};
-    return inMillimetres(turned(calibrated, turn_), handSize());
+    : picture_(pictureShare(settings, desktop)) {
+    const Matrix& calibration = isUsable(matrix) ? matrix : kIdentity;
+    const std::int64_t turns = withinFullTurn(settings.rotateMode != 0 ? settings.rotateMode : desktop.turns);
+    handSize_ = sizeOfHand(glass, calibration, turns);
+    handFromGlass_ = chained(chained(toShares(glass), calibration), chained(turnBy(turns), toMillimetres(handSize_)));
+    pictureFromHand_ = chained(chained(toShares(handSize_), turnBy(-turns)), toPicture(picture_));
+    touchFromPicture_ = turnBy(desktop.turnsTouches ? turns - withinFullTurn(desktop.turns) : turns);
+    pointerFromPicture_ = turnBy(turns);
 }
 
+Point Mapping::handOf(Point glass) const { return mapped(handFromGlass_, glass); }
+
 bool Mapping::isOnPicture(Point hand) const {
-    const Point place = pictureOf(hand);
+    const Point place = mapped(pictureFromHand_, hand);
     return isWithin(place.x, picture_.width) && isWithin(place.y, picture_.height);
 }
 
-/// Before the turn, not clamped.
-Point Mapping::pictureOf(Point hand) const {
-    const Point calibrated = turned(inUnits(hand, handSize()), -turn_);
-    return {withinPicture(calibrated.x, picture_.width), withinPicture(calibrated.y, picture_.height)};
-}
-
 Point Mapping::touchOf(Point hand) const {
-    const Point place = pictureOf(hand);
-    return turned({std::clamp(place.x, 0.0, 1.0), std::clamp(place.y, 0.0, 1.0)}, touchTurn_);
+    return mapped(touchFromPicture_, heldToPicture(mapped(pictureFromHand_, hand)));
 }
 
 Point Mapping::pointerOf(Point hand) const {
-    const Point place = pictureOf(hand);
-    return turned({std::clamp(place.x, 0.0, 1.0), std::clamp(place.y, 0.0, 1.0)}, turn_);
+    return mapped(pointerFromPicture_, heldToPicture(mapped(pictureFromHand_, hand)));
 }
 
 } // namespace touch

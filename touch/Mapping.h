@@ -14,7 +14,7 @@ public:
     Mapping(Size glass, const Matrix& matrix, const Settings& settings, const Desktop& desktop);
 
     /// The glass as the user sees it, in millimetres.
-    [[nodiscard]] Size handSize() const;
+    [[nodiscard]] Size handSize() const { return handSize_; }
     [[nodiscard]] Point handOf(Point glass) const;
 
     /// Whether a contact that lands there touches the picture at all.
@@ -25,16 +25,14 @@ public:
     [[nodiscard]] Point pointerOf(Point hand) const;
 
 private:
-    [[nodiscard]] Point pictureOf(Point hand) const;
-
-    Size glass_;
-    Matrix matrix_;
-    /// The panel's size after calibration, which can turn it too.
-    Size upright_;
     /// The share of the panel that the picture takes up, in the middle.
-    Size picture_{1.0, 1.0};
-    std::int64_t turn_ = 0;
-    std::int64_t touchTurn_ = 0;
+    Size picture_;
+    Size handSize_;
+    Matrix handFromGlass_;
+    /// From 0 to 1 on the picture, before the turn.
+    Matrix pictureFromHand_;
+    Matrix touchFromPicture_;
+    Matrix pointerFromPicture_;
 };
 
 /// A place from 0 to 1 after so many quarter turns clockwise; any number of them, also negative.

@@ -52,7 +52,31 @@ struct Output {
     [[nodiscard]] Button button() const { return number == 0 ? Button::Left : Button::Right; }
 };
 
-[[nodiscard]] Road roadOf(Output::Kind kind);
+[[nodiscard]] constexpr Road roadOf(Output::Kind kind) {
+    switch (kind) {
+    case Output::Kind::TouchDown:
+    case Output::Kind::TouchMove:
+    case Output::Kind::TouchUp:
+    case Output::Kind::TouchCancel:
+        return Road::TouchScreen;
+    case Output::Kind::PointerMove:
+    case Output::Kind::ButtonDown:
+    case Output::Kind::ButtonUp:
+        return Road::Pointer;
+    case Output::Kind::PadDown:
+    case Output::Kind::PadMove:
+    case Output::Kind::PadUp:
+        return Road::Touchpad;
+    case Output::Kind::KeyDown:
+    case Output::Kind::KeyUp:
+        return Road::Keyboard;
+    case Output::Kind::GestureBegin:
+    case Output::Kind::GestureEnd:
+    case Output::Kind::Call:
+        return Road::Listener;
+    }
+    return Road::Listener;
+}
 
 /// Takes what is given out, in its order. The time is that of the frame or timer that led to it.
 class Outputs {

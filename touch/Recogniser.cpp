@@ -23,42 +23,35 @@ void Recogniser::clear() {
     ranUntil_ = Time::min();
 }
 
-void Recogniser::see(const Sightings& sightings) {
-    const Time now = sightings.time;
+void Recogniser::see(const Sightings& sightings, Time now) {
     ranUntil_ = std::max(ranUntil_, now);
     bool hasMoved = false;
-    FixedList<std::size_t, kMostContacts> gone;
-    for (Finger& finger : hand_.fingers()) {
-        if (!finger.isDown()) continue;
-        const auto* const seen =
-            std::find_if(sightings.fingers.begin(), sightings.fingers.end(),
-                         [&](const Sighting& sighting) { return sighting.finger == finger.number; });
-        if (seen == sightings.fingers.end()) {
-            gone.add(static_cast<std::size_t>(hand_.indexOf(finger)));
-        } else if (Hand::move(finger, rules_->mapping.handOf(seen->place)) && finger.counts()) {
-            hasMoved = true;
-        }
+    for (const Sighting& sighting : sightings.fingers) {
+        Finger* const finger = sighting.isNew ? nullptr : hand_.find(sighting.finger);
+        if (!finger) continue;
+        if (Hand::move(*finger, rules_->mapping.handOf(sighting.place)) && finger->counts()) hasMoved = true;
     }
     if (hasMoved) moved(now);
-    for (const std::size_t index : gone) {
-        Finger& finger = hand_.fingers()[index];
-        const bool isMistaken =
-            std::find(sightings.mistaken.begin(), sightings.mistaken.end(), finger.number) != sightings.mistaken.end();
-        finger.liftedAt = now;
-        if (isMistaken) {
-            mistaken(finger, now);
-        } else {
-            lifted(finger, now);
-        }
-        leaveIfEmpty();
-    }
+    for (const std::int64_t number : sightings.lifted) leave(number, now, &Recogniser::lifted);
+    for (const std::int64_t number : sightings.mistaken) leave(number, now, &Recogniser::mistaken);
     frames_.end(now);
+    bool hasLanded = false;
     for (const Sighting& sighting : sightings.fingers) {
-        if (hand_.find(sighting.finger)) continue;
+        if (!sighting.isNew) continue;
         Finger* const finger = hand_.land(sighting.finger, rules_->mapping.handOf(sighting.place), now);
-        if (finger) landed(*finger, now);
+        if (!finger) continue;
+        landed(*finger, now);
+        hasLanded = true;
     }
-    passWhatNobodyWants(now);
+    if (hasLanded) passWhatNobodyWants(now);
+}
+
+void Recogniser::leave(std::int64_t number, Time now, void (Recogniser::*happened)(Finger&, Time)) {
+    Finger* const finger = hand_.find(number);
+    if (!finger) return;
+    finger->liftedAt = now;
+    (this->*happened)(*finger, now);
+    leaveIfEmpty();
 }
 
 /// After all that landed in one frame, so that it goes out in one.
@@ -684,11 +677,12 @@ void Recogniser::giveMove(Finger& finger, Time now) {
 }
 
 void Recogniser::addMove(Finger& finger) {
-    if (!finger.isGiven || finger.placeToGive() == finger.givenPlace) return;
-    finger.givenPlace = finger.placeToGive();
-    frames_.add({.kind = Output::Kind::TouchMove,
-                 .number = hand_.indexOf(finger),
-                 .at = rules_->mapping.touchOf(finger.givenPlace)});
+    if (!finger.isGiven) return;
+    const Point place = finger.placeToGive();
+    if (place == finger.givenPlace) return;
+    finger.givenPlace = place;
+    frames_.add(
+        {.kind = Output::Kind::TouchMove, .number = hand_.indexOf(finger), .at = rules_->mapping.touchOf(place)});
 }
 
 /// A touch goes up in the frame that is being put together.

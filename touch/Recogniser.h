@@ -46,7 +46,7 @@ public:
     [[nodiscard]] bool isIdle() const { return state_ == HandState::Idle; }
 
     /// What is due by then must have been run before.
-    void see(const Sightings& sightings);
+    void see(const Sightings& sightings, Time now);
     [[nodiscard]] std::optional<Time> deadline() const;
     void run(Time now);
 
@@ -71,6 +71,7 @@ private:
     void moved(Time now);
     void lifted(Finger& finger, Time now);
     void mistaken(Finger& finger, Time now);
+    void leave(std::int64_t number, Time now, void (Recogniser::*happened)(Finger&, Time));
     void leaveIfEmpty();
     void passWhatNobodyWants(Time now);
 

@@ -49,13 +49,13 @@ void TouchDisplay::adoptRules() {
 }
 
 void TouchDisplay::frame(const Frame& frame) {
-    Sightings sightings = filter_.filter(frame);
+    const Sightings& sightings = filter_.filter(frame);
     if (!isEnabled_) return;
     timeout(sightings.time);
     // A timer may have run late, after the frame was stamped.
-    lastTime_ = sightings.time = std::max(sightings.time, lastTime_);
+    lastTime_ = std::max(sightings.time, lastTime_);
     if (!sightings.fingers.empty()) adoptRules();
-    recogniser_.see(sightings);
+    recogniser_.see(sightings, lastTime_);
     if (sightings.fingers.empty() && !deadline()) judge_.expectNothingDown();
 }
 

@@ -19,7 +19,7 @@ struct Point {
     bool operator==(const Point&) const = default;
 };
 
-[[nodiscard]] inline double lengthOf(Point way) { return std::hypot(way.x, way.y); }
+[[nodiscard]] inline double lengthOf(Point way) { return std::sqrt(way.x * way.x + way.y * way.y); }
 [[nodiscard]] inline double distance(Point from, Point to) { return lengthOf(to - from); }
 /// How far `way` goes in the direction of `unit`, which has the length 1.
 [[nodiscard]] constexpr double along(Point way, Point unit) { return way.x * unit.x + way.y * unit.y; }
