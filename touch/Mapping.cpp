@@ -77,9 +77,9 @@ Point heldToPicture(Point place) { return {std::clamp(place.x, 0.0, 1.0), std::c
 
 Point turned(Point place, std::int64_t quarterTurns) { return mapped(turnBy(quarterTurns), place); }
 
-Mapping::Mapping(Size glass, const Matrix& matrix, const Settings& settings, const Desktop& desktop)
+Mapping::Mapping(Size glass, const Settings& settings, const Desktop& desktop)
     : picture_(pictureShare(settings, desktop)) {
-    const Matrix& calibration = isUsable(matrix) ? matrix : kIdentity;
+    const Matrix& calibration = isUsable(settings.calibration) ? settings.calibration : kIdentity;
     const std::int64_t turns = withinFullTurn(settings.rotateMode != 0 ? settings.rotateMode : desktop.turns);
     handSize_ = sizeOfHand(glass, calibration, turns);
     handFromGlass_ = chained(chained(toShares(glass), calibration), chained(turnBy(turns), toMillimetres(handSize_)));

@@ -11,7 +11,7 @@ namespace touch {
 /// 1 with y downward ("screen").
 class Mapping {
 public:
-    Mapping(Size glass, const Matrix& matrix, const Settings& settings, const Desktop& desktop);
+    Mapping(Size glass, const Settings& settings, const Desktop& desktop);
 
     /// The glass as the user sees it, in millimetres.
     [[nodiscard]] Size handSize() const { return handSize_; }
@@ -28,11 +28,11 @@ private:
     /// The share of the panel that the picture takes up, in the middle.
     Size picture_;
     Size handSize_;
-    Matrix handFromGlass_;
+    Matrix handFromGlass_{};
     /// From 0 to 1 on the picture, before the turn.
-    Matrix pictureFromHand_;
-    Matrix touchFromPicture_;
-    Matrix pointerFromPicture_;
+    Matrix pictureFromHand_{};
+    Matrix touchFromPicture_{};
+    Matrix pointerFromPicture_{};
 };
 
 /// A place from 0 to 1 after so many quarter turns clockwise; any number of them, also negative.

@@ -173,6 +173,8 @@ Recording readRecording(std::string_view events, std::string_view description) {
     if (!hasDescription(events)) reader.read(description);
     reader.read(events);
     reader.expectTouchScreen();
+    const Time start = recording.events.empty() ? Time(0) : recording.events.front().time;
+    for (KernelEvent& event : recording.events) event.time -= start;
     return recording;
 }
 

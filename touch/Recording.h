@@ -12,6 +12,7 @@ namespace touch {
 
 /// What a panel says of itself, and the events it sent.
 struct Recording : PanelDescription {
+    /// Their times count from the first.
     std::vector<KernelEvent> events;
 
     /// Hands each report's frame to `see`, in its order.

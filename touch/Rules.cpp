@@ -15,8 +15,8 @@ std::optional<Time> heldToBounds(std::optional<Time> longPress) {
 
 } // namespace
 
-Rules::Rules(Size glass, const Matrix& matrix, const Settings& settings, const Desktop& desktop)
-    : mapping(glass, matrix, settings, desktop),
+Rules::Rules(Size glass, const Settings& settings, const Desktop& desktop)
+    : mapping(glass, settings, desktop),
       gestures(settings.gestures, settings.switches),
       actions(desktop.actions),
       fingerMode(settings.fingerMode),

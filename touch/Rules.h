@@ -11,7 +11,7 @@ namespace touch {
 
 /// What is in force for the fingers that are on the glass: settings, desktop and calibration, worked out once.
 struct Rules {
-    Rules(Size glass, const Matrix& matrix, const Settings& settings, const Desktop& desktop);
+    Rules(Size glass, const Settings& settings, const Desktop& desktop);
 
     Mapping mapping;
     GestureChoice gestures;

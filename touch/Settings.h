@@ -15,6 +15,10 @@ namespace touch {
 /// What one finger is to applications: a touch, or the pointer with its left button down.
 enum class FingerMode : std::uint8_t { Touch, Pointer };
 
+/// Calibration: glass to picture, both from 0 to 1, row by row.
+using Matrix = std::array<double, 6>;
+constexpr Matrix kIdentity{1.0, 0.0, 0.0, 0.0, 1.0, 0.0};
+
 /// What the user has chosen for a display. Values are taken as they come and held to their bounds where they are used.
 struct Settings {
     FingerMode fingerMode = FingerMode::Touch;
@@ -25,15 +29,13 @@ struct Settings {
     double doubleClickRange = 32.0;
     std::vector<GestureRecord> gestures;
     SystemSwitches switches;
+    /// One that is degenerate counts as none.
+    Matrix calibration = kIdentity;
     /// The size in pixels of the picture that is centred on the panel; none where the picture fills it.
     std::optional<Size> manualPicture;
     /// Quarter turns clockwise; 0 leaves the turn to the desktop.
     std::int64_t rotateMode = 0;
 };
-
-/// Calibration: glass to picture, both from 0 to 1, row by row.
-using Matrix = std::array<double, 6>;
-constexpr Matrix kIdentity{1.0, 0.0, 0.0, 0.0, 1.0, 0.0};
 
 /// What is known of the desktop that is given to, and of the output that the display is.
 struct Desktop {

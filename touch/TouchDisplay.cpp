@@ -10,7 +10,7 @@ namespace touch {
 TouchDisplay::TouchDisplay(Size glass, Outputs& out, FaultHandler onFault)
     : glass_(glass),
       onFault_(std::move(onFault)),
-      rules_(glass_, matrix_, settings_, desktop_),
+      rules_(glass_, settings_, desktop_),
       judge_(out, onFault_),
       guard_(judge_),
       gate_(guard_),
@@ -31,12 +31,7 @@ void TouchDisplay::setDesktop(const Desktop& desktop) {
     changeRules();
 }
 
-void TouchDisplay::setCalibration(const Matrix& matrix) {
-    matrix_ = matrix;
-    changeRules();
-}
-
-void TouchDisplay::changeRules() { pending_.emplace(glass_, matrix_, settings_, desktop_); }
+void TouchDisplay::changeRules() { pending_.emplace(glass_, settings_, desktop_); }
 
 /// What waits at the gate has been decided by the rules of before, and so the next ones wait for it.
 void TouchDisplay::adoptRules() {

@@ -33,7 +33,6 @@ public:
 
     void setSettings(const Settings& settings);
     void setDesktop(const Desktop& desktop);
-    void setCalibration(const Matrix& matrix);
 
     /// What was due by the frame's time is run first.
     void frame(const Frame& frame);
@@ -49,8 +48,6 @@ public:
 
     /// The user allows a slower double click than the desktop: there the desktop decides.
     [[nodiscard]] bool isDoubleClickSlowerThanDesktop() const;
-    /// Which gesture each shape means, for the next finger.
-    [[nodiscard]] const GestureChoice& gestures() const { return (pending_ ? *pending_ : rules_).gestures; }
 
 private:
     void changeRules();
@@ -60,7 +57,6 @@ private:
     FaultHandler onFault_;
     Settings settings_;
     Desktop desktop_;
-    Matrix matrix_ = kIdentity;
     Rules rules_;
     std::optional<Rules> pending_;
     bool isEnabled_ = true;

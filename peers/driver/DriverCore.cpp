@@ -104,6 +104,7 @@ void DriverCore::connect(const std::string& name) {
         throw std::runtime_error("the settings file " + getSettingsFilePath(name) +
                                  " cannot be read or made; repair or remove it");
     }
+    followOtherFiles();
     connected_.push_back({name, settings});
     apply(connected_.back());
     tellPane(kMessageIDForDeviceIsConnected, connection(true));
@@ -144,7 +145,11 @@ std::string DriverCore::status() const {
 
 void DriverCore::sendFrame(const std::string& name, const ContactFrame& frame) { channel_->sendFrame(name, frame); }
 
-void DriverCore::applySettingsAnew() {
+void DriverCore::followOtherFiles() {
+    auto dates = settingsContextDates();
+    if (contextDates_ == dates) return;
+    contextDates_ = std::move(dates);
+    context_ = currentSettingsContext();
     for (const Display& display : connected_) apply(display);
 }
 
@@ -235,6 +240,7 @@ bool DriverCore::takeSettings(const NSMutableDictionary& payload) {
 
 /// The display does as it was told whether or not that can be stored.
 void DriverCore::change(Display& display, const NSMutableDictionary& items) {
+    followOtherFiles();
     for (const std::string& key : items.allKeys()) display.settings.setObjectForKey(items.objectForKey(key), key);
     apply(display);
     const std::string path = getSettingsFilePath(display.name);
@@ -243,8 +249,8 @@ void DriverCore::change(Display& display, const NSMutableDictionary& items) {
     }
 }
 
-void DriverCore::apply(const Display& display) {
-    displays_.setSettings(display.name, touchSettingsOf(display.settings, currentSettingsContext()));
+void DriverCore::apply(const Display& display) const {
+    displays_.setSettings(display.name, touchSettingsOf(display.name, display.settings, context_));
 }
 
 /// An open pane would undo with its next message what another program sent: it holds the list of gestures as it read

@@ -3,6 +3,7 @@
 #include "linux/BusProcesses.h"
 #include "peers/driver/ControlChannel.h"
 #include "peers/driver/Displays.h"
+#include "peers/driver/TouchSettings.h"
 #include "platform/MessagePorts.h"
 #include "platform/PropertyList.h"
 #include "platform/RunLoop.h"
@@ -11,6 +12,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -61,8 +63,9 @@ public:
     [[nodiscard]] std::string status() const;
     /// The raw contacts of a display, for whoever watches it.
     void sendFrame(const std::string& name, const ContactFrame& frame);
-    /// Something that settings rest on has changed beside them.
-    void applySettingsAnew();
+    /// Before the first finger of a hand: other programs may have changed what settings rest on, such as the system's
+    /// switches. Costs little where nobody has.
+    void followOtherFiles();
 
 private:
     struct Display {
@@ -76,7 +79,7 @@ private:
 
     void receive(std::int32_t messageId, std::span<const std::uint8_t> data, const std::string& sender);
     [[nodiscard]] bool takeSettings(const platform::NSMutableDictionary& payload);
-    void apply(const Display& display);
+    void apply(const Display& display) const;
     void change(Display& display, const platform::NSMutableDictionary& items);
     void tellPaneUnlessItKnows(const std::string& sender);
     void tellPaneOfSettings();
@@ -99,6 +102,8 @@ private:
     std::unique_ptr<platform::CFMessagePort> port_;
     std::unique_ptr<platform::CFRunLoopSource> source_;
     BusProcesses processes_;
+    SettingsContext context_;
+    std::optional<std::vector<std::optional<platform::NSDate>>> contextDates_;
 };
 
 } // namespace kelvo

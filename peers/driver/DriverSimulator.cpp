@@ -89,7 +89,7 @@ std::vector<ControlCommand> DriverSimulator::ownCommands() {
         {"system-gesture", 2, 2,
          [this](const Words& words) {
              setSystemGesture(words[0], words[1]);
-             core_.applySettingsAnew();
+             core_.followOtherFiles();
              return systemGestureStates();
          }},
         {"hang", 1, 1, [](const Words& words) { return hang(words[0]); }},
@@ -109,6 +109,7 @@ void DriverSimulator::layFingers(const std::string& name, const Words& places) {
         contacts.push_back(contactAt(place, static_cast<std::int32_t>(contacts.size()) + 1));
     }
     SimulatedDisplay& display = *displays_.at(name);
+    if (!display.hasFingers()) core_.followOtherFiles();
     const ContactFrame frame = display.frameOf(std::move(contacts));
     core_.sendFrame(name, frame);
     display.see(frame);

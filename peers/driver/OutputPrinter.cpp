@@ -91,8 +91,9 @@ void OutputPrinter::give(const Output& output, touch::Time now) {
     line.setObjectForKey(nameOf(output.kind), "step");
     if (isOfFinger(road)) line.setObjectForKey(output.number, "finger");
     if (hasPlace(output.kind)) {
-        line.setObjectForKey(rounded(output.at.x), "x");
-        line.setObjectForKey(rounded(output.at.y), "y");
+        const bool isOnPad = road == touch::Road::Touchpad;
+        line.setObjectForKey(rounded(output.at.x), isOnPad ? "x_mm" : "x");
+        line.setObjectForKey(rounded(output.at.y), isOnPad ? "y_mm" : "y");
     }
     if (output.kind == Kind::ButtonDown || output.kind == Kind::ButtonUp) {
         line.setObjectForKey(output.button() == touch::Button::Left ? "left" : "right", "button");

@@ -72,11 +72,15 @@ touch::Recording recordingAt(const std::string& path) {
     return recording;
 }
 
-/// The settings of the display that is meant, if it has any.
-NSMutableDictionary settingsFor(const RecordingChoice& choice, const std::string& recorded) {
-    const std::string& name = choice.display ? *choice.display : recorded;
-    if (choice.display) checkDisplayName(name);
-    if (!isFitDisplayName(name)) return {};
+/// The name of the display that is meant.
+std::string nameFor(const RecordingChoice& choice, const std::string& recorded) {
+    if (!choice.display) return cleanedDisplayName(recorded);
+    checkDisplayName(*choice.display);
+    return *choice.display;
+}
+
+/// The settings of that display, if it has any.
+NSMutableDictionary settingsFor(const RecordingChoice& choice, const std::string& name) {
     const std::string path = getSettingsFilePath(name);
     if (!NSFileManager::defaultManager().fileExistsAtPath(path)) {
         if (choice.display) throw std::runtime_error("there are no settings of \"" + name + "\"; connect it once");
@@ -122,8 +126,9 @@ RecordingChoice recordingChoiceIn(const std::vector<std::string>& words) {
 
 void playRecording(const RecordingChoice& choice, const std::function<void(const std::string&)>& printLine) {
     const touch::Recording recording = recordingAt(choice.path);
-    const NSMutableDictionary stored = settingsFor(choice, recording.name);
-    touch::Settings settings = touchSettingsOf(stored, contextOfADriver());
+    const std::string name = nameFor(choice, recording.name);
+    const NSMutableDictionary stored = settingsFor(choice, name);
+    touch::Settings settings = touchSettingsOf(name, stored, contextOfADriver());
     if (choice.isPointer) settings.fingerMode = touch::FingerMode::Pointer;
     touch::Desktop desktop;
     desktop.takesTouchesBack = !choice.keepsTouches;

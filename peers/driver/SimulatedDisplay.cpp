@@ -46,6 +46,7 @@ void SimulatedDisplay::see(const ContactFrame& frame) {
     for (const ContactFrame::Contact& contact : frame.contacts) {
         (void)seen.contacts.add({contact.id, {contact.x * kGlass.width, contact.y * kGlass.height}});
     }
+    hasFingers_ = !seen.contacts.empty();
     display_.frame(seen);
     awaitDeadline();
 }

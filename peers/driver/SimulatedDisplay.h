@@ -29,6 +29,7 @@ public:
     /// These contacts, now.
     [[nodiscard]] static ContactFrame frameOf(std::vector<ContactFrame::Contact> contacts);
     void see(const ContactFrame& frame);
+    [[nodiscard]] bool hasFingers() const { return hasFingers_; }
 
 private:
     void awaitDeadline();
@@ -36,6 +37,7 @@ private:
     OutputPrinter printer_;
     touch::TouchDisplay display_;
     std::shared_ptr<platform::NSTimer> timer_;
+    bool hasFingers_ = false;
 };
 
 } // namespace kelvo

@@ -3,12 +3,15 @@
 #include "TDGestureCatalogue.h"
 #include "TDNames.h"
 #include "TDUtilities.h"
+#include "platform/Files.h"
 #include "platform/SystemVersion.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -19,6 +22,9 @@ namespace {
 using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 using platform::Value;
+
+/// In the entry of a display that has been calibrated: glass to picture, six reals, row by row.
+constexpr std::string_view kMatrix = "Matrix";
 
 /// The number that a value is read as; none where there is none to read.
 std::optional<double> numberIn(const Value& value) {
@@ -87,15 +93,39 @@ touch::SystemSwitches switchesIn(const SettingsContext& context) {
             .pagesNeedNoSwitch = isSnowLeopard(context.systemVersion)};
 }
 
+/// None unless all six are there and numbers.
+touch::Matrix calibrationIn(const NSMutableDictionary& calibration) {
+    const NSMutableArray stored = calibration.objectForKey(kMatrix).array();
+    touch::Matrix matrix{};
+    if (stored.count() != matrix.size()) return touch::kIdentity;
+    for (std::size_t i = 0; i < matrix.size(); ++i) {
+        const auto number = numberIn(stored.objectAtIndex(i));
+        if (!number) return touch::kIdentity;
+        matrix[i] = *number;
+    }
+    return matrix;
+}
+
 } // namespace
 
 SettingsContext currentSettingsContext() {
     return {NSMutableDictionary::dictionaryWithContentsOfFile(getDockPreferenceFilePath()),
             NSMutableDictionary::dictionaryWithContentsOfFile(getGlobalPreferenceFilePath()),
-            platform::Gestalt(platform::gestaltSystemVersion)};
+            platform::Gestalt(platform::gestaltSystemVersion),
+            NSMutableDictionary::dictionaryWithContentsOfFile(getAdvanceCalibrationFilePath())};
 }
 
-touch::Settings touchSettingsOf(const NSMutableDictionary& settings, const SettingsContext& context) {
+std::vector<std::optional<platform::NSDate>> settingsContextDates() {
+    std::vector<std::optional<platform::NSDate>> dates;
+    for (const std::string& path :
+         {getDockPreferenceFilePath(), getGlobalPreferenceFilePath(), getAdvanceCalibrationFilePath()}) {
+        dates.push_back(platform::NSFileManager::defaultManager().modificationDateAtPath(path));
+    }
+    return dates;
+}
+
+touch::Settings touchSettingsOf(const std::string& name, const NSMutableDictionary& settings,
+                                const SettingsContext& context) {
     touch::Settings result;
     result.fingerMode = fingerModeIn(settings);
     result.longPress = longPressIn(settings);
@@ -104,6 +134,7 @@ touch::Settings touchSettingsOf(const NSMutableDictionary& settings, const Setti
     if (const auto range = numberIn(settings.objectForKey(keys::doubleClickRange))) result.doubleClickRange = *range;
     result.gestures = gesturesIn(settings, context.systemVersion);
     result.switches = switchesIn(context);
+    result.calibration = calibrationIn(context.calibrations.objectForKey(name).dictionary());
     result.manualPicture = manualPictureIn(settings);
     result.rotateMode = settings.objectForKey(keys::rotateMode).longLongValue();
     return result;

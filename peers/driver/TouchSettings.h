@@ -5,24 +5,31 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace kelvo {
 
-/// What a display's settings come to, beside the display's own file: the system's switches of its gestures, and which
-/// system that is.
+/// What a display's settings come to, beside the display's own file: the system's switches of its gestures, which
+/// system that is, and the calibrations.
 struct SettingsContext {
     platform::NSMutableDictionary dockPreferences;
     platform::NSMutableDictionary globalPreferences;
     std::int32_t systemVersion = 0;
+    /// What the calibration tool found, by the displays' names.
+    platform::NSMutableDictionary calibrations{};
 };
 
-/// The system's files as they are now. A file that cannot be read says that all its gestures are off.
+/// The files as they are now. A system's file that cannot be read says that all its gestures are off.
 [[nodiscard]] SettingsContext currentSettingsContext();
 
-/// What a settings file says, as the driver understands it. What is missing there, or of a kind that cannot be read as
-/// what it is meant for, is as if nobody had chosen: no right click, the usual double click, the picture over all of
-/// the panel, and every gesture of the system's catalogue.
-[[nodiscard]] touch::Settings touchSettingsOf(const platform::NSMutableDictionary& settings,
+/// When each of those files was changed last; equal while nobody changes any.
+[[nodiscard]] std::vector<std::optional<platform::NSDate>> settingsContextDates();
+
+/// What the settings file of a display of that name says, as the driver understands it. What is missing there, or of a
+/// kind that cannot be read as what it is meant for, is as if nobody had chosen: no right click, the usual double
+/// click, the picture over all of the panel, no calibration, and every gesture of the system's catalogue.
+[[nodiscard]] touch::Settings touchSettingsOf(const std::string& name, const platform::NSMutableDictionary& settings,
                                               const SettingsContext& context);
 
 /// The panel's own resolution, if the settings file has it.

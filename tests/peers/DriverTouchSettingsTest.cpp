@@ -24,10 +24,12 @@ namespace {
 using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 using platform::Value;
+using support::arrayOf;
 using support::dictionaryOf;
 using testing::ElementsAre;
 using namespace std::chrono_literals;
 
+constexpr char kName[] = "Desk";
 constexpr std::int32_t kMountainLion = 0x1090;
 constexpr std::int32_t kSnowLeopard = 0x1068;
 
@@ -39,11 +41,11 @@ SettingsContext allOn(std::int32_t version = kMountainLion) {
             dictionaryOf({{true, "AppleEnableSwipeNavigateWithScrolls"}}), version};
 }
 
-touch::Settings settingsOf(const NSMutableDictionary& file) { return touchSettingsOf(file, allOn()); }
+touch::Settings settingsOf(const NSMutableDictionary& file) { return touchSettingsOf(kName, file, allOn()); }
 
 /// What is in force for the fingers, where the settings are held to their bounds.
 touch::Rules rulesOf(const NSMutableDictionary& file) {
-    return {touch::Size{200.0, 120.0}, touch::kIdentity, settingsOf(file), touch::Desktop()};
+    return {touch::Size{200.0, 120.0}, settingsOf(file), touch::Desktop()};
 }
 
 NSMutableDictionary rightClick(const Value& isOn, const Value& seconds) {
@@ -63,7 +65,7 @@ std::vector<std::string> namesOf(const std::vector<touch::GestureRecord>& record
 std::vector<std::string> switchedOn(const SettingsContext& context, std::int64_t pagesIndex = 0) {
     std::vector<std::string> on;
     for (const char* name : {"AppExpos\u00e9", "ShowDesktop", "MissionControl", "Launchpad", "SwipeBetweenPages"}) {
-        touch::Settings settings = touchSettingsOf(NSMutableDictionary(), context);
+        touch::Settings settings = touchSettingsOf(kName, NSMutableDictionary(), context);
         std::erase_if(settings.gestures, [&](const touch::GestureRecord& record) { return record.name != name; });
         for (touch::GestureRecord& record : settings.gestures) {
             if (record.name == "SwipeBetweenPages") record.selectedIndex = pagesIndex;
@@ -199,9 +201,9 @@ TEST(DriverTouchSettings, GesturesAreThoseOfTheFileElseTheSystems) {
     EXPECT_TRUE(settingsOf(dictionaryOf({{NSMutableArray::arrayWithObjects(), "GestureArray"}})).gestures.empty());
     EXPECT_EQ(settingsOf(dictionaryOf({{"damaged", "GestureArray"}})).gestures.size(), 13U);
     const auto nothing = NSMutableDictionary::dictionary();
-    EXPECT_EQ(namesOf(touchSettingsOf(nothing, allOn(kSnowLeopard)).gestures),
+    EXPECT_EQ(namesOf(touchSettingsOf(kName, nothing, allOn(kSnowLeopard)).gestures),
               namesOf(settingsOf(dictionaryOf({{initGesturesInformationForSnowLeopard(), "GestureArray"}})).gestures));
-    EXPECT_TRUE(touchSettingsOf(nothing, allOn(0x1059)).gestures.empty());
+    EXPECT_TRUE(touchSettingsOf(kName, nothing, allOn(0x1059)).gestures.empty());
 }
 
 TEST(DriverTouchSettings, GestureIsOnOnlyWhereTheSystemsSwitchIsOn) {
@@ -241,6 +243,30 @@ TEST(DriverTouchSettings, NativeSizeIsThatOfTheFileIfBothSidesAreThere) {
                              dictionaryOf({{1920, "NativeWidth"}, {0, "NativeHeight"}}),
                              dictionaryOf({{1920, "NativeWidth"}, {"tall", "NativeHeight"}})}) {
         EXPECT_EQ(nativePixelsOf(file), std::nullopt);
+    }
+}
+
+touch::Matrix calibrationOf(const Value& entry) {
+    SettingsContext context = allOn();
+    context.calibrations =
+        dictionaryOf({{dictionaryOf({{arrayOf({2, 0, 0, 0, 2, 0}), "Matrix"}}), "Other"}, {entry, kName}});
+    return touchSettingsOf(kName, NSMutableDictionary::dictionary(), context).calibration;
+}
+
+TEST(DriverTouchSettings, CalibrationIsTheMatrixUnderTheDisplaysName) {
+    EXPECT_EQ(calibrationOf(dictionaryOf({{arrayOf({1.5, 0, -0.25, 0, 1, 0.125}), "Matrix"}, {"HDMI-1", "Output"}})),
+              (touch::Matrix{1.5, 0, -0.25, 0, 1, 0.125}));
+}
+
+TEST(DriverTouchSettings, CalibrationThatIsMissingOrDamagedIsNone) {
+    EXPECT_EQ(calibrationOf(Value()), touch::kIdentity);
+    EXPECT_EQ(calibrationOf("damaged"), touch::kIdentity);
+    EXPECT_EQ(calibrationOf(NSMutableDictionary::dictionary()), touch::kIdentity);
+    for (const Value& matrix :
+         {Value("2 0 0 0 2 0"), Value(arrayOf({2, 0, 0, 0, 2})), Value(arrayOf({2, 0, 0, 0, 2, 0, 0})),
+          Value(arrayOf({2, 0, 0, 0, 2, NSMutableDictionary::dictionary()})),
+          Value(arrayOf({2, 0, 0, 0, 2, std::nan("")}))}) {
+        EXPECT_EQ(calibrationOf(dictionaryOf({{matrix, "Matrix"}})), touch::kIdentity);
     }
 }
 

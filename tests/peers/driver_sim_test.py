@@ -3,6 +3,7 @@
 import json
 import pathlib
 import plistlib
+import re
 import shutil
 import signal
 import sys
@@ -534,6 +535,37 @@ class Fingers(unittest.TestCase):
         self.lay(on="Wall")
         self.assertEqual(self.steps(3)[1:], [("pointer", "down", "left"), ("pointer", "up", "left")])
 
+    def test_a_calibration_counts_from_the_next_finger_on_and_ends_with_its_file(self):
+        points = self.world.preferences / "advanceCalibrationPoints.plist"
+        places = []
+        for write in (lambda: self.world.set_plist(points.name, {"Desk": {"Matrix": [1.0, 0.0, 0.25, 0.0, 0.5, 0.0]}}),
+                      lambda: points.write_bytes(b"damaged"),
+                      lambda: self.world.set_plist(points.name, {"Desk": {"Matrix": [0.5, 0.0, 0.0, 0.0, 1.0, 0.0]}}),
+                      points.unlink):
+            write()
+            self.lay("0.25,0.5")
+            self.lay()
+            self.steps(2)
+            down = [json.loads(line) for line in self.simulator.output.lines if '"down"' in line][-1]
+            places.append((down["x"], down["y"]))
+        self.assertEqual(places, [(0.5, 0.25), (0.25, 0.5), (0.125, 0.5), (0.25, 0.5)])
+
+    def test_a_switch_of_the_systems_that_another_program_turns_counts_from_the_next_hand_on(self):
+        def three_fingers_up():
+            self.lay("0.5,0.8", "0.55,0.8", "0.6,0.8")
+            time.sleep(0.15)  # a hand that has landed as a whole
+            for y in ("0.75", "0.7", "0.6", "0.5"):
+                self.lay(*(f"{x},{y}" for x in ("0.5", "0.55", "0.6")))
+            self.lay()
+            lines = list(map(json.loads, self.simulator.output.read()[self.looked_at:]))
+            self.looked_at += len(lines)
+            return [line["gesture"] for line in lines if line.get("step") == "begin"]
+        self.assertEqual(three_fingers_up(), ["MissionControl"])
+        self.world.set_plist(DOCK, {**ALL_DOCK_GESTURES_ON, "showMissionControlGestureEnabled": False})
+        self.assertEqual(three_fingers_up(), [])
+        self.world.set_plist(DOCK, ALL_DOCK_GESTURES_ON)
+        self.assertEqual(three_fingers_up(), ["MissionControl"])
+
     def test_a_display_that_is_watched_gives_nothing_out_and_lifts_what_is_down(self):
         with Watcher(self.world) as watcher:
             self.lay("0.5,0.5")
@@ -616,12 +648,24 @@ class Recorded(unittest.TestCase):
         self.assertEqual({step["device"] for step in steps}, {"touch screen", "gesture", "touchpad", "pointer"})
         self.assertEqual([step["ms"] for step in steps], sorted(step["ms"] for step in steps))
         for step in steps:
-            if step["device"] in ("touch screen", "pointer") and "x" in step:
+            if "x" in step:
+                self.assertIn(step["device"], ("touch screen", "pointer"))
                 self.assertTrue(0.0 <= step["x"] <= 1.0 and 0.0 <= step["y"] <= 1.0, step)
+            if "x_mm" in step:
+                self.assertEqual(step["device"], "touchpad")
+                self.assertTrue(100.0 <= step["x_mm"] <= 1500.0 and 100.0 <= step["y_mm"] <= 1500.0, step)
+        self.assertTrue(any("x" in step for step in steps) and any("x_mm" in step for step in steps))
         for device in ("touch screen", "touchpad"):
             counts = [sum(step["step"] in ends for step in steps if step["device"] == device)
                       for ends in (("down",), ("up", "cancel"))]
             self.assertEqual(counts[0], counts[1], device)
+
+    def test_times_count_from_the_first_event(self):
+        text = (RECORDINGS / self.DRAG).read_text(encoding="utf-8")
+        self.assertEqual(self.play(self.DRAG)[0]["ms"], 0.0)
+        later = re.sub(r"^E: \d+", lambda event: f"E: {int(event[0][3:]) + 1700000000}", text, flags=re.MULTILINE)
+        (self.world.folder / "later.events").write_text(later, encoding="utf-8")
+        self.assertEqual(self.play(self.world.folder / "later.events"), self.play(self.DRAG))
 
     def test_writes_no_file(self):
         self.play(self.SCROLL)
@@ -639,6 +683,17 @@ class Recorded(unittest.TestCase):
         self.world.set_plist("Settings_Desk.plist", {"FingerMode": "pointer"})
         self.assertEqual(self.gestures(self.FOUR, "--display", "Desk"), [])
         self.assertEqual({step["device"] for step in self.play(self.DRAG, "--display", "Desk")}, {"pointer"})
+
+    def test_goes_by_the_calibration_of_the_display(self):
+        def place(*options):
+            return next((step["x"], step["y"]) for step in self.play(self.DRAG, *options) if step["step"] == "down")
+        x, y = place()
+        self.world.set_plist("Settings_Desk.plist", {})
+        self.world.set_plist("advanceCalibrationPoints.plist", {
+            self.PANEL: {"Matrix": [0.5, 0.0, 0.0, 0.0, 1.0, 0.0]}, "Desk": {"Matrix": [-1.0, 0.0, 1.0, 0.0, 1.0, 0.0]}})
+        for found, expected in ((place(), (x / 2, y)), (place("--display", "Desk"), (1 - x, y))):
+            self.assertAlmostEqual(found[0], expected[0], delta=2e-4)
+            self.assertAlmostEqual(found[1], expected[1], delta=2e-4)
 
     def test_takes_one_finger_for_the_pointer_when_told(self):
         self.assertEqual({step["device"] for step in self.play(self.DRAG)}, {"touch screen"})

@@ -19,9 +19,8 @@ constexpr touch::Size kGlass{200.0, 100.0};
 struct Display {
     Settings settings;
     Desktop desktop;
-    touch::Matrix matrix = touch::kIdentity;
 
-    [[nodiscard]] Mapping mapping() const { return {kGlass, matrix, settings, desktop}; }
+    [[nodiscard]] Mapping mapping() const { return {kGlass, settings, desktop}; }
     [[nodiscard]] Point touchOf(Point glass) const { return mapping().touchOf(mapping().handOf(glass)); }
     [[nodiscard]] Point pointerOf(Point glass) const { return mapping().pointerOf(mapping().handOf(glass)); }
     [[nodiscard]] bool isOnPicture(Point glass) const { return mapping().isOnPicture(mapping().handOf(glass)); }
@@ -94,14 +93,14 @@ TEST(Turn, ByAQuarterSwapsTheSidesOfTheGlass) {
 
 TEST(Calibration, IsAppliedBeforeTheTurn) {
     Display display;
-    display.matrix = {1, 0, 0.1, 0, 1, 0};
+    display.settings.calibration = {1, 0, 0.1, 0, 1, 0};
     display.settings.rotateMode = 1;
     expectPlace(display.pointerOf(kPlace), touch::turned({0.2, 0.2}, 1));
 }
 
 TEST(Calibration, ThatTurnsThePanelTurnsItsSidesToo) {
     Display display;
-    display.matrix = {0, 1, 0, -1, 0, 1};
+    display.settings.calibration = {0, 1, 0, -1, 0, 1};
     EXPECT_EQ(display.mapping().handSize(), (touch::Size{100, 200}));
     expectPlace(display.touchOf(kPlace), {0.2, 0.9});
 }
@@ -110,14 +109,14 @@ TEST(Calibration, ThatIsNoneCountsAsNone) {
     Display display;
     for (const touch::Matrix& matrix : {touch::Matrix{0, 0, 0, 0, 0, 0}, touch::Matrix{1, 1, 0, 1, 1, 0},
                                         touch::Matrix{std::nan(""), 0, 0, 0, 1, 0}}) {
-        display.matrix = matrix;
+        display.settings.calibration = matrix;
         expectPlace(display.touchOf(kPlace), {0.1, 0.2});
     }
 }
 
 TEST(Calibration, PutsWhatItMovesPastTheEdgeAtTheEdge) {
     Display display;
-    display.matrix = {1, 0, -0.2, 0, 1, 0};
+    display.settings.calibration = {1, 0, -0.2, 0, 1, 0};
     EXPECT_TRUE(display.isOnPicture(kPlace));
     expectPlace(display.touchOf(kPlace), {0.0, 0.2});
 }

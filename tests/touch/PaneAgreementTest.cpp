@@ -94,7 +94,7 @@ protected:
                                systemKeys::launchpad, systemKeys::swipeNavigateWithScrolls}) {
             allOn.setObjectForKey(true, key);
         }
-        return kelvo::touchSettingsOf(settings, {allOn, allOn, GetParam()});
+        return kelvo::touchSettingsOf("Desk", settings, {allOn, allOn, GetParam()});
     }
 
     support::FakePlatform platform_;

@@ -202,12 +202,11 @@ void Transcript::fault(touch::Fault fault) {
 }
 
 std::string play(const Stage& stage, std::string_view fingers) {
-    const touch::Mapping mapping(stage.glass, stage.calibration, stage.settings, stage.desktop);
+    const touch::Mapping mapping(stage.glass, stage.settings, stage.desktop);
     Transcript transcript(mapping.handSize());
     touch::TouchDisplay display(stage.glass, transcript, [&](touch::Fault fault) { transcript.fault(fault); });
     display.setSettings(stage.settings);
     display.setDesktop(stage.desktop);
-    display.setCalibration(stage.calibration);
     for (const ScriptLine& line : readScript(fingers)) {
         if (line.words == std::vector<std::string>{"off"} || line.words == std::vector<std::string>{"on"}) {
             display.timeout(line.time);

@@ -14,7 +14,6 @@ struct Stage {
     touch::Size glass{200.0, 120.0};
     touch::Settings settings;
     touch::Desktop desktop;
-    touch::Matrix calibration = touch::kIdentity;
 
     Stage();
     /// The record of that name.
