@@ -6,6 +6,18 @@
 
 namespace touch {
 
+void Judge::setGestures(const GestureChoice& gestures) {
+    isWanted_ = {};
+    addGestures(gestures);
+}
+
+void Judge::addGestures(const GestureChoice& gestures) {
+    for (std::size_t shape = 0; shape < kShapeCount; ++shape) {
+        const auto gesture = gestures.gestureOf(static_cast<Shape>(shape));
+        if (gesture) isWanted_[shape][static_cast<std::size_t>(*gesture)] = true;
+    }
+}
+
 void Judge::give(const Output& output, Time now) {
     if (now < lastTime_) onFault_(Fault::TimeWentBack);
     lastTime_ = now;
@@ -97,7 +109,8 @@ void Judge::expectDown(Road road, std::int32_t number) const {
 void Judge::judgeGesture(const Output& output) {
     if (output.kind == Output::Kind::GestureBegin) {
         if (shapeOn_) onFault_(Fault::SecondGesture);
-        if (gestures_.gestureOf(output.shape) != output.gesture) onFault_(Fault::UnwantedGesture);
+        const auto& wanted = isWanted_[static_cast<std::size_t>(output.shape)];
+        if (!wanted[static_cast<std::size_t>(output.gesture)]) onFault_(Fault::UnwantedGesture);
         shapeOn_ = output.shape;
         return;
     }

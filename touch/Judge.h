@@ -18,7 +18,9 @@ public:
     Judge(Outputs& next, const FaultHandler& onFault) : next_(next), onFault_(onFault) {}
 
     /// The gestures that may be given out from now on.
-    void setGestures(const GestureChoice& gestures) { gestures_ = gestures; }
+    void setGestures(const GestureChoice& gestures);
+    /// These too: something that was decided by others is still on its way.
+    void addGestures(const GestureChoice& gestures);
     void give(const Output& output, Time now) override;
     /// No finger is on the glass and no timer runs: nothing may be down.
     void expectNothingDown() const;
@@ -37,7 +39,8 @@ private:
 
     Outputs& next_;
     const FaultHandler& onFault_;
-    GestureChoice gestures_;
+    /// By the shapes' and the gestures' numbers.
+    std::array<std::array<bool, kGestureCount>, kShapeCount> isWanted_{};
     std::array<std::array<bool, kNumbers>, 4> down_{};
     std::size_t downCount_ = 0;
     std::optional<Road> openFrame_;

@@ -206,8 +206,6 @@ void Recogniser::leaveIfEmpty() {
 // One finger
 
 void Recogniser::beginHand(Finger& finger, Time now) {
-    player_.finish(now);
-    endGestureIfPlayed(now);
     state_ = HandState::One;
     firstLanding_ = lastLanding_ = now;
     firstLift_.reset();
@@ -276,6 +274,7 @@ void Recogniser::runAlone(Time now) {
 
 void Recogniser::pressRight(Finger& finger, Time now) {
     settlePendingTap(now);
+    finishPlaying(now);
     takeBackAll(now);
     clicks_.interrupt();
     finger.pressPlace.reset();
@@ -382,6 +381,7 @@ bool Recogniser::comesFromRightEdge(std::span<const FingerWay> ways) const {
 
 void Recogniser::start(FoundShape found, const Participants& participants, Time now) {
     settlePendingTap(now);
+    finishPlaying(now);
     takeBackAll(now);
     clicks_.interrupt();
     ignoreAllBut(participants);
@@ -473,6 +473,10 @@ void Recogniser::runMany(Time now) {
 // Taps of several
 
 void Recogniser::tap(Time now) {
+    if (!areOfOneHand()) {
+        passAll(now);
+        return;
+    }
     switch (hand_.counting()) {
     case 2:
         tapOfTwo(now);
@@ -519,6 +523,15 @@ void Recogniser::settlePendingTap(Time now) {
     doAtOnce(Shape::TapWithTwo, first.place, now);
 }
 
+bool Recogniser::areOfOneHand() const {
+    const auto& fingers = hand_.fingers();
+    return std::none_of(fingers.begin(), fingers.end(), [&](const Finger& one) {
+        return one.counts() && std::any_of(fingers.begin(), fingers.end(), [&](const Finger& other) {
+                   return other.counts() && !reaches(thresholds::kTapSpan, distance(one.landing, other.landing));
+               });
+    });
+}
+
 Point Recogniser::middleOfLandings() const {
     Point sum;
     for (const Finger& finger : hand_.fingers()) {
@@ -532,6 +545,7 @@ Point Recogniser::middleOfLandings() const {
 /// A gesture that is over as soon as it is known.
 void Recogniser::doAtOnce(Shape shape, Point place, Time now) {
     settlePendingTap(now);
+    finishPlaying(now);
     takeBackAll(now);
     clicks_.interrupt();
     shape_ = {shape};
@@ -613,6 +627,12 @@ void Recogniser::endPlaying(Time now) {
     state_ = HandState::Done;
 }
 
+/// Something else begins where the pad's fingers would still be moving.
+void Recogniser::finishPlaying(Time now) {
+    player_.finish(now);
+    endGestureIfPlayed(now);
+}
+
 void Recogniser::endGestureIfPlayed(Time now) {
     if (isGestureOn_ && !player_.isPlaying()) announce(Output::Kind::GestureEnd, now);
 }
@@ -661,6 +681,7 @@ void Recogniser::giveAlone(Finger& finger, Time now) {
             now);
         return;
     }
+    finishPlaying(now);
     movePointer(place, now);
     pressButton(Button::Left, true, now);
 }

@@ -108,6 +108,7 @@ private:
     // Taps of several
     void tap(Time now);
     void tapOfTwo(Time now);
+    [[nodiscard]] bool areOfOneHand() const;
     [[nodiscard]] Point middleOfLandings() const;
 
     // Gestures
@@ -115,6 +116,7 @@ private:
     void perform(const Action& action, const FoundShape& found, Gesture gesture, Point place, Time now);
     void follow(Time now);
     void endPlaying(Time now);
+    void finishPlaying(Time now);
     void endGestureIfPlayed(Time now);
     void announce(Output::Kind kind, Time now);
 

@@ -26,6 +26,9 @@ constexpr Time kOneHand = 80ms;
 /// Decides: how long a finger that could not be taken back is held while it is alone. Why: as long as another finger of
 /// the same hand may follow, giving it out could make a click that nobody made. Source: kOneHand.
 constexpr Time kAlone = kOneHand;
+/// Decides: how far apart the fingers of a tap of several may be. Why: farther ones are of two hands that type or play.
+/// Source: ours, three quarters of the 200 mm between thumb and little finger of a hand that is spread flat.
+constexpr double kTapSpan = 150.0;
 /// Decides: how near to the first tap of two fingers the second must land. Why: a whole hand is less exact than a
 /// finger. Source: Android's double-tap slop, 100 dp.
 constexpr double kDoubleTapOfTwoTravel = 15.9;

@@ -33,14 +33,17 @@ void TouchDisplay::setDesktop(const Desktop& desktop) {
 
 void TouchDisplay::changeRules() { pending_.emplace(glass_, settings_, desktop_); }
 
-/// What waits at the gate has been decided by the rules of before, and so the next ones wait for it.
 void TouchDisplay::adoptRules() {
     if (!pending_ || !recogniser_.isIdle()) return;
     recogniser_.settlePendingTap(lastTime_);
-    if (gate_.deadline()) return;
     rules_ = *std::exchange(pending_, std::nullopt);
     clicks_.setRules(settings_, desktop_);
-    judge_.setGestures(rules_.gestures);
+    // What waits at the gate has been decided by the rules of before.
+    if (gate_.deadline()) {
+        judge_.addGestures(rules_.gestures);
+    } else {
+        judge_.setGestures(rules_.gestures);
+    }
 }
 
 void TouchDisplay::frame(const Frame& frame) {

@@ -223,6 +223,30 @@ TEST(NothingStuck, SettingsThatChangeInAGestureCountFromTheNextFingerOn) {
     EXPECT_EQ(gesturesIn(transcript.text()), "AppExpos\u00e9 down");
 }
 
+TEST(NothingStuck, SettingsThatChangeWhileTapsAreHeldBackCountFromTheNextFingerOn) {
+    Stage stage;
+    stage.settings.doubleClickRate = 100ms;
+    stage.switchOff("SmartZoom");
+    touching::Transcript transcript(stage.glass);
+    touch::TouchDisplay display(stage.glass, transcript, [&](touch::Fault fault) { transcript.fault(fault); });
+    display.setSettings(stage.settings);
+    const auto tap = [&](touch::Time at, std::int32_t fingers) {
+        touch::Frame frame{.time = at, .contacts = {}};
+        for (std::int32_t i = 0; i < fingers; ++i) frame.contacts.add({i, {30.0 + 20.0 * i, 40.0}, false});
+        display.frame(frame);
+        display.frame({.time = at + 30ms, .contacts = {}});
+    };
+    tap(0ms, 1);
+    tap(150ms, 1);
+    tap(200ms, 2);
+    EXPECT_EQ(only("gesture", transcript.text()), "") << "all of it waits until 410 ms";
+    stage.switchOff("SecondaryClick");
+    display.setSettings(stage.settings);
+    tap(300ms, 2);
+    while (display.deadline()) display.timeout(*display.deadline());
+    EXPECT_EQ(gesturesIn(transcript.text()), "SecondaryClick");
+}
+
 TEST(NothingStuck, ATapOfTwoThatWaitsIsStillGivenWhereItIsSwitchedOffMeanwhile) {
     Stage stage;
     touching::Transcript transcript(stage.glass);

@@ -58,6 +58,19 @@ TEST(SeveralFingers, TapOfTwoIsASecondaryClickInTheirMiddle) {
     )"));
 }
 
+TEST(SeveralFingers, TapsOfTwoHandsPassAsTouches) {
+    Stage stage;
+    stage.switchOff("SmartZoom");
+    EXPECT_EQ(gesturesIn(play(stage, "0: 1@20,40 2@170,40\n60: -")), "SecondaryClick");
+    EXPECT_EQ(gesturesIn(play(stage, "0: 1@20,40 2@90,40 3@170,40\n60: -")), "LookUp");
+    EXPECT_EQ(play(stage, "0: 1@20,40 2@170.1,40\n60: -"), lines(R"(
+        0 touch +0 20,40
+        60 touch +1 170.1,40
+        60 touch -0 -1
+    )"));
+    EXPECT_EQ(gesturesIn(play(stage, "0: 1@20,40 2@90,40 3@170.1,40\n60: -")), "");
+}
+
 TEST(SeveralFingers, TapOfTwoWaitsForItsDoubleWhereBothAreOn) {
     EXPECT_EQ(only("gesture", play(Stage(), "0: 1@30,40 2@50,40\n100: -")), lines(R"(
         500 gesture SecondaryClick begins
@@ -493,6 +506,30 @@ TEST(SeveralFingers, AFourthFingerThatLandsLateMakesItFour) {
                             {.from = {65, 29}, .to = {66, 74}, .landsAt = 28, .liftsAt = 540, .movesFrom = 70},
                             {.from = {160, 52}, .to = {162, 87}, .landsAt = 111, .liftsAt = 560, .movesFrom = 160}})),
         "AppExpos\u00e9 down");
+}
+
+TEST(SeveralFingers, WhatAFlickHasLeftToPlayIsPlayedThoughAFingerLands) {
+    const std::string flick = "0: 1@90,60 2@110,60\n120: 1@90,61 2@110,61\n128: 1@90,85 2@110,85\n136: -\n";
+    const std::string alone = only("pad gesture", play(Stage(), flick));
+    EXPECT_TRUE(alone.ends_with(" pad -0 -1\n168 gesture Scroll down ends\n")) << alone;
+    const std::string followed = play(Stage(), flick + "140: 3@50,50\n180: -");
+    EXPECT_EQ(only("pad gesture", followed), alone);
+    EXPECT_EQ(only("touch", followed), only("touch", play(Stage(), flick)) + "140 touch +0 50,50\n180 touch -0\n");
+}
+
+TEST(SeveralFingers, WhatAFlickHasLeftToPlayEndsWhereThePointerGoesElsewhere) {
+    Stage stage;
+    stage.settings.fingerMode = touch::FingerMode::Pointer;
+    const std::string output = play(stage, "0: 1@90,60 2@110,60\n120: 1@90,61 2@110,61\n128: 1@90,85 2@110,85\n"
+                                           "136: -\n140: 3@50,50\n150: -");
+    EXPECT_TRUE(output.ends_with(lines(R"(
+        150 pad -0 -1
+        150 gesture Scroll down ends
+        150 pointer 50,50
+        150 pointer +left
+        150 pointer -left
+    )")))
+        << output;
 }
 
 TEST(Rest, AFingerThatRestsWhileAnotherTapsLeavesTheTapATap) {
