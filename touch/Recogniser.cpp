@@ -158,39 +158,15 @@ void Recogniser::lifted(Finger& finger, Time now) {
 
 /// A contact that was no finger has done nothing.
 void Recogniser::mistaken(Finger& finger, Time now) {
-    if (finger.isIgnored) return;
-    switch (state_) {
-    case HandState::One:
+    if (finger.isIgnored || state_ == HandState::Done) return;
+    if (state_ == HandState::One || state_ == HandState::Many) {
         takeBackAll(now);
         state_ = HandState::Done;
-        return;
-    case HandState::Dragging:
-    case HandState::RightPress:
-        lifted(finger, now);
-        clicks_.ended(false);
-        return;
-    case HandState::Many:
-        takeBackAll(now);
-        state_ = HandState::Done;
-        return;
-    case HandState::Playing:
-        lifted(finger, now);
-        return;
-    case HandState::Raw:
-        if (canTakeBack() && finger.isGiven) {
-            frames_.add({.kind = Output::Kind::TouchCancel, .number = hand_.indexOf(finger)});
-            finger.isGiven = false;
-        } else {
-            giveRelease(finger, now);
-        }
-        clicks_.ended(false);
-        return;
-    case HandState::Idle:
-        onFault_(Fault::PressedWithoutFinger);
-        return;
-    case HandState::Done:
         return;
     }
+    if (state_ == HandState::Raw && canTakeBack()) takeBack(finger);
+    lifted(finger, now);
+    clicks_.ended(false);
 }
 
 void Recogniser::leaveIfEmpty() {
@@ -292,7 +268,7 @@ void Recogniser::decide(Time now, bool isLifting) {
     const Participants taking = participants(isLifting);
     if (taking.ways.empty()) return;
     if (taking.ways.size() == 1) {
-        ignoreAllBut(taking);
+        ignoreAllBut(taking, now);
         passAll(now);
         return;
     }
@@ -340,15 +316,17 @@ bool Recogniser::onlyRests(const Finger& finger, bool isLifting) const {
     });
 }
 
-void Recogniser::ignoreAllBut(const Participants& participants) {
+void Recogniser::ignoreAllBut(const Participants& participants, Time now) {
     const auto& taking = participants.indices;
     for (Finger& finger : hand_.fingers()) {
         const auto index = static_cast<std::size_t>(hand_.indexOf(finger));
-        // Whoever has been given out is to be lifted in its time.
-        if (finger.counts() && !finger.isGiven && std::find(taking.begin(), taking.end(), index) == taking.end()) {
-            finger.isIgnored = true;
-        }
+        if (!finger.counts() || std::find(taking.begin(), taking.end(), index) != taking.end()) continue;
+        // Whoever has been given out for good is to be lifted in its time.
+        if (finger.isGiven && !canTakeBack()) continue;
+        takeBack(finger);
+        finger.isIgnored = true;
     }
+    frames_.end(now);
 }
 
 /// Two fingers that move together may be more than a scroll. None while that is open.
@@ -384,7 +362,7 @@ void Recogniser::start(FoundShape found, const Participants& participants, Time 
     finishPlaying(now);
     takeBackAll(now);
     clicks_.interrupt();
-    ignoreAllBut(participants);
+    ignoreAllBut(participants, now);
     shape_ = found;
     gesture_ = *rules_->gestures.gestureOf(found.shape);
     players_ = participants.indices;
@@ -718,13 +696,16 @@ void Recogniser::giveRelease(Finger& finger, Time now) {
 }
 
 void Recogniser::takeBackAll(Time now) {
-    for (Finger& finger : hand_.fingers()) {
-        if (!finger.isGiven) continue;
-        finger.isGiven = false;
-        clicks_.takenBack();
-        frames_.add({.kind = Output::Kind::TouchCancel, .number = hand_.indexOf(finger)});
-    }
+    for (Finger& finger : hand_.fingers()) takeBack(finger);
     frames_.end(now);
+}
+
+/// In the frame that is being put together.
+void Recogniser::takeBack(Finger& finger) {
+    if (!finger.isGiven) return;
+    finger.isGiven = false;
+    clicks_.takenBack();
+    frames_.add({.kind = Output::Kind::TouchCancel, .number = hand_.indexOf(finger)});
 }
 
 void Recogniser::movePointer(Point hand, Time now) {

@@ -92,7 +92,7 @@ private:
     void decide(Time now, bool isLifting);
     [[nodiscard]] Participants participants(bool isLifting) const;
     [[nodiscard]] bool onlyRests(const Finger& finger, bool isLifting) const;
-    void ignoreAllBut(const Participants& participants);
+    void ignoreAllBut(const Participants& participants, Time now);
     [[nodiscard]] std::optional<FoundShape> refined(FoundShape found, std::span<const FingerWay> ways, Time now,
                                                     bool isLifting) const;
     [[nodiscard]] bool comesFromRightEdge(std::span<const FingerWay> ways) const;
@@ -127,6 +127,7 @@ private:
     void addMove(Finger& finger);
     void giveRelease(Finger& finger, Time now);
     void takeBackAll(Time now);
+    void takeBack(Finger& finger);
     void movePointer(Point hand, Time now);
     void pressButton(Button button, bool isDown, Time now);
 

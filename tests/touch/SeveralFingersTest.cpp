@@ -532,6 +532,19 @@ TEST(SeveralFingers, WhatAFlickHasLeftToPlayEndsWhereThePointerGoesElsewhere) {
         << output;
 }
 
+TEST(Rest, AHandThatHoldsTheEdgeIsTakenBackWhenAFingerMoves) {
+    EXPECT_EQ(play(Stage(), "0: 1@4,60\n400: 1@4,60 2@100,60\n410: 1@4,60 2@100,63\n420: 1@4,60 2@100,66\n430: 1@4,60\n"
+                            "900: -"),
+              lines(R"(
+        0 touch +0 4,60
+        410 touch x0
+        410 touch +1 100,60
+        410 touch ~1 100,63
+        420 touch ~1 100,66
+        430 touch -1
+    )"));
+}
+
 TEST(Rest, AFingerThatRestsWhileAnotherTapsLeavesTheTapATap) {
     EXPECT_EQ(
         play(Stage(), "0: 1@30,40\n400: 1@30,40 2@60,40\n470: 1@30,40\n600: 1@30,40 3@60,42\n660: 1@30,40\n900: -"),
