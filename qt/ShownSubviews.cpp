@@ -35,6 +35,11 @@ ShownSubviews::ShownSubviews(QWidget& container, NSView& view, WidgetOfView widg
     view_.setFrame({0.0, 0.0, static_cast<double>(container.width()), static_cast<double>(container.height())});
     changes_ = view_.observeChanges([this] { show(); });
     show();
+    if (const QScrollArea* area = scrollAreaOf(container)) {
+        viewportWatch_ = std::make_unique<ResizeWatch>(*area->viewport(), [this] {
+            if (container_) growToHoldAll();
+        });
+    }
     QObject::connect(qApp, &QApplication::focusChanged, connections_.get(), [this](QWidget*, QWidget* focused) {
         if (focused && container_ && container_->isAncestorOf(focused)) scrollTo(*focused);
     });
@@ -98,9 +103,9 @@ QWidget* ShownSubviews::lastTabStop() const {
 }
 
 void ShownSubviews::place(Subview& subview) const {
-    const QRect geometry = geometryFromFrame(subview.view->frame(), height_);
-    const QPoint before = std::exchange(subview.position, geometry.topLeft());
-    subview.widget->setGeometry(mirroredIn(*container_, geometry));
+    const QRect framed = framedGeometryOf(subview);
+    const QPoint before = std::exchange(subview.position, framed.topLeft());
+    subview.widget->setGeometry(mirroredIn(*container_, arranged(framed)));
     if (subview.position != before) showWhatIsInFrontAt(before);
     showWhatIsInFrontAt(subview.position);
 }
@@ -124,13 +129,57 @@ void ShownSubviews::showWhatIsInFrontAt(QPoint position) const {
 void ShownSubviews::growToHoldAll() {
     const platform::NSRect frame = view_.frame();
     QRect held = geometryFromFrame({0.0, 0.0, frame.width, frame.height}, frame.height);
+    const QRect own = held;
     for (const Subview& each : shown_) {
-        if (each.widget) held |= geometryFromFrame(each.view->frame(), height_);
+        if (each.widget) held |= framedGeometryOf(each);
     }
+    const QScrollArea* const area = scrollAreaOf(*container_);
+    const int room = area ? area->viewport()->width() : held.right() + 1;
+    const auto offsetsBefore = std::exchange(offsets_, offsetsOfColumnsIn(room));
+    if (!offsets_.empty()) {
+        held = own & QRect(0, 0, room, own.height());
+        for (const Subview& each : shown_) {
+            if (each.widget) held |= arranged(framedGeometryOf(each));
+        }
+    }
+    if (offsets_ != offsetsBefore) placeAll();
+
     const int widthBefore = container_->width();
     container_->resize(held.right() + 1, held.bottom() + 1);
     // What is placed from the right moves with the right edge.
     if (container_->layoutDirection() == Qt::RightToLeft && container_->width() != widthBefore) placeAll();
+}
+
+QRect ShownSubviews::framedGeometryOf(const Subview& subview) const {
+    return geometryFromFrame(subview.view->frame(), height_);
+}
+
+/// Empty when the columns fit beside each other.
+std::map<int, int> ShownSubviews::offsetsOfColumnsIn(int width) const {
+    std::map<int, int> bottoms;
+    int right = 0;
+    for (const Subview& each : shown_) {
+        if (!each.widget) continue;
+        const QRect framed = framedGeometryOf(each);
+        int& bottom = bottoms[framed.x()];
+        bottom = std::max(bottom, framed.bottom() + 1);
+        right = std::max(right, framed.right() + 1);
+    }
+    std::map<int, int> offsets;
+    if (right <= width) return offsets;
+    int above = 0;
+    for (const auto& [left, bottom] : bottoms) {
+        offsets[left] = above;
+        above += bottom;
+    }
+    return offsets;
+}
+
+QRect ShownSubviews::arranged(QRect framed) const {
+    const auto column = offsets_.find(framed.x());
+    if (column == offsets_.end()) return framed;
+    framed.moveTo(offsets_.begin()->first, framed.y() + column->second);
+    return framed;
 }
 
 void ShownSubviews::scrollTo(QWidget& focused) const {

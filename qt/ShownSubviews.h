@@ -1,14 +1,17 @@
 #pragma once
 
 #include "platform/Controls.h"
+#include "qt/ResizeWatch.h"
 
 #include <QObject>
 #include <QPoint>
 #include <QPointer>
+#include <QRect>
 #include <QWidget>
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -19,7 +22,8 @@ using WidgetOfView = std::function<QWidget*(const platform::NSView&)>;
 
 /// Shows the views inside a view: the widget of each stands in the widget of the outer view, where its frame says. The
 /// outer frame comes from the form; the widget grows beyond it when views lie below its bottom or right of it, and is
-/// meant to stand in a scroll area. The Tab key goes through the views in their order.
+/// meant to stand in a scroll area. Where that is too narrow for columns side by side, they stand one below the other.
+/// The Tab key goes through the views in their order.
 ///
 /// Of views at the same place only the one in front can be seen, so only that one can be reached.
 class ShownSubviews {
@@ -34,7 +38,7 @@ private:
         const platform::NSView* view = nullptr;
         QPointer<QWidget> widget;
         QPointer<QWidget> lastTabStop;
-        /// Where it was put, read from the left.
+        /// Where its frame puts it, read from the left.
         QPoint position;
         platform::Subscription changes;
     };
@@ -47,6 +51,9 @@ private:
     void placeAll();
     void showWhatIsInFrontAt(QPoint position) const;
     void growToHoldAll();
+    [[nodiscard]] QRect framedGeometryOf(const Subview& subview) const;
+    [[nodiscard]] QRect arranged(QRect framed) const;
+    [[nodiscard]] std::map<int, int> offsetsOfColumnsIn(int width) const;
     void scrollTo(QWidget& focused) const;
 
     QPointer<QWidget> container_;
@@ -54,8 +61,11 @@ private:
     WidgetOfView widgetOfView_;
     double height_;
     std::vector<Subview> shown_;
+    /// Of columns that stand one below the other, how far down each is moved, by its left edge; empty when none is.
+    std::map<int, int> offsets_;
     platform::Subscription changes_;
     std::unique_ptr<QObject> connections_;
+    std::unique_ptr<ResizeWatch> viewportWatch_;
 };
 
 } // namespace kelvo

@@ -219,6 +219,32 @@ TEST_F(SubviewsTest, RowsThatReplaceAllOthersAreReachedAtTheSamePlace) {
     EXPECT_THAT(tabStops(), ElementsAre(row.box));
 }
 
+TEST_F(SubviewsTest, ColumnsStandBelowEachOtherWhereTheyDoNotFitSideBySide) {
+    const Row& first = put({10.0, 270.0, 200.0, 30.0});
+    const Row& below = put({10.0, 220.0, 200.0, 50.0});
+    const Row& beside = put({210.0, 270.0, 220.0, 30.0});
+    EXPECT_EQ(beside.widget->geometry(), QRect(210, 0, 220, 30));
+
+    form_.resize(400, 200);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(first.widget->geometry(), QRect(10, 0, 200, 30));
+    EXPECT_EQ(below.widget->geometry(), QRect(10, 30, 200, 50));
+    EXPECT_EQ(beside.widget->geometry(), QRect(10, 80, 220, 30));
+    EXPECT_EQ(scroller_.horizontalScrollBar()->maximum(), 0);
+    const Row& last = put({210.0, 240.0, 180.0, 30.0});
+    EXPECT_EQ(last.widget->geometry(), QRect(10, 110, 180, 30));
+    const Row& third = put({10.0, 190.0, 200.0, 30.0});
+    EXPECT_EQ(third.widget->geometry(), QRect(10, 80, 200, 30));
+    EXPECT_EQ(beside.widget->geometry(), QRect(10, 110, 220, 30));
+
+    third.view->removeFromSuperview();
+    EXPECT_EQ(beside.widget->geometry(), QRect(10, 80, 220, 30));
+    form_.resize(500, 200);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(beside.widget->geometry(), QRect(210, 0, 220, 30));
+    EXPECT_EQ(area_.width(), 430);
+}
+
 TEST_F(SubviewsTest, KeyboardFocusScrollsItsRowIntoView) {
     put({10.0, 270.0, 200.0, 30.0});
     const Row& far = put({10.0, -600.0, 200.0, 30.0});
