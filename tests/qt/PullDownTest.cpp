@@ -93,12 +93,13 @@ TEST_F(PullDownTest, PressOpensTheMenu) {
     QTest::mousePress(&widget_, Qt::LeftButton);
     EXPECT_TRUE(isMenuOpen());
     widget_.hidePopup();
+    QTest::mouseRelease(&widget_, Qt::LeftButton);
 }
 
 TEST_F(PullDownTest, DeafPullDownTakesNeitherPressesNorKeys) {
     // Nobody is told of this change: the pull-down is asked at each press and key.
     model_.isDeaf = true;
-    QTest::mousePress(&widget_, Qt::LeftButton);
+    QTest::mouseClick(&widget_, Qt::LeftButton);
     EXPECT_FALSE(isMenuOpen());
     for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Down, Qt::Key_F4, Qt::Key_T}) QTest::keyClick(&widget_, key);
     EXPECT_FALSE(isMenuOpen());
