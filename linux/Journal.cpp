@@ -1,5 +1,7 @@
 #include "linux/Journal.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <utility>
 
@@ -15,23 +17,40 @@ bool isStandardErrorWanted() {
     return (wanted && *wanted) || ::isatty(STDERR_FILENO) == 1;
 }
 
+/// How many bytes of the text belong to the control character that it begins with; 0 when it begins with another.
+std::size_t lengthOfControlCharacter(std::string_view text) {
+    const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    if (byteAt(0) < 0x20 || byteAt(0) == 0x7F) return 1;
+    // Those from U+0080 to U+009F, some of which terminals obey like an escape.
+    const bool isOfTheSecondSet = byteAt(0) == 0xC2 && text.size() > 1 && byteAt(1) >= 0x80 && byteAt(1) < 0xA0;
+    return isOfTheSecondSet ? 2 : 0;
+}
+
+void appendInHexadecimal(std::string& visible, std::string_view bytes) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        visible += "\\x";
+        visible += kDigits[byte >> 4U];
+        visible += kDigits[byte & 0x0FU];
+    }
+}
+
 } // namespace
 
 std::string withVisibleControlCharacters(std::string_view text) {
     std::string visible;
     visible.reserve(text.size());
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (c == '\n') {
+    while (!text.empty()) {
+        const std::size_t length = lengthOfControlCharacter(text);
+        if (text.front() == '\n') {
             visible += "\\n";
-        } else if (byte < 0x20 || byte == 0x7F) {
-            constexpr char kDigits[] = "0123456789abcdef";
-            visible += "\\x";
-            visible += kDigits[byte >> 4U];
-            visible += kDigits[byte & 0x0FU];
+        } else if (length > 0) {
+            appendInHexadecimal(visible, text.substr(0, length));
         } else {
-            visible += c;
+            visible += text.front();
         }
+        text.remove_prefix(std::max<std::size_t>(length, 1));
     }
     return visible;
 }

@@ -12,6 +12,11 @@ namespace {
 
 constexpr std::string_view kHexadecimal = "0123456789abcdef";
 
+/// Those from U+0080 to U+009F included, some of which terminals obey like an escape.
+bool isControlCharacter(std::string_view character) {
+    return character < " " || character == "\x7F" || (character >= "\u0080" && character <= "\u009f");
+}
+
 std::string jsonText(std::string_view text) {
     constexpr std::string_view kReplacementCharacter = "\uFFFD";
     std::string json = "\"";
@@ -23,10 +28,12 @@ std::string jsonText(std::string_view text) {
         } else if (byte == '"' || byte == '\\') {
             json += '\\';
             json += text.front();
-        } else if (byte < 0x20 || byte == 0x7F) {
+        } else if (isControlCharacter(text.substr(0, length))) {
+            // Of those of two bytes, the second is the number.
+            const auto number = static_cast<unsigned char>(text[length - 1]);
             json += "\\u00";
-            json += kHexadecimal[byte >> 4U];
-            json += kHexadecimal[byte & 0xFU];
+            json += kHexadecimal[number >> 4U];
+            json += kHexadecimal[number & 0xFU];
         } else {
             json += text.substr(0, length);
         }

@@ -108,6 +108,16 @@ TEST_F(JournalTest, ControlCharactersAreMadeVisible) {
     EXPECT_EQ(writes(), std::vector<std::string>{"a\\nb\\x1b[31m\\x00\\x7f\n"});
 }
 
+TEST_F(JournalTest, ControlCharactersBeyondTheFirstSetAreMadeVisibleAndTheirNeighboursStay) {
+    Journal journal("touch-test");
+    journal.write("\u0080 \u009b31m \u009f");
+    journal.write("\u00a0\u00bf\u00c0\u00db\u20ac\U0001F600");
+    journal.write("cut short \xC2");
+    EXPECT_EQ(entries.at(0).text, "\\xc2\\x80 \\xc2\\x9b31m \\xc2\\x9f");
+    EXPECT_EQ(entries.at(1).text, "\u00a0\u00bf\u00c0\u00db\u20ac\U0001F600");
+    EXPECT_EQ(entries.at(2).text, "cut short \xC2");
+}
+
 TEST_F(JournalTest, EachLineIsOneWriteToStandardErrorWhenTheVariableIsSet) {
     const EnvironmentVariable set("KELVO_LOG_STDERR", "1");
     const StandardError redirected(standardError());

@@ -21,6 +21,7 @@ TEST(JsonLine, CharactersOfEveryLengthStay) {
 
 TEST(JsonLine, QuotesBackslashesAndControlCharactersAreEscaped) {
     EXPECT_EQ(jsonLine("\"\\\n\x7F"), "\"\\\"\\\\\\u000a\\u007f\"");
+    EXPECT_EQ(jsonLine(" ~\u0080\u009b\u009f\u00a0\u00c0"), "\" ~\\u0080\\u009b\\u009f\u00a0\u00c0\"");
 }
 
 } // namespace
