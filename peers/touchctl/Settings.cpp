@@ -292,9 +292,7 @@ Message gesturesOfWords(const Words& words, const NSMutableDictionary& /*stored*
 
 /// None for a kind of value that is read as missing.
 std::optional<double> shownNumber(const Value& value) {
-    if (const std::string* text = value.text()) return platform::leadingNumber(*text);
-    return value.stringValue() || value.kind() == Value::Kind::Boolean ? std::optional(value.doubleValue())
-                                                                       : std::nullopt;
+    return value.hasNumber() ? std::optional(value.doubleValue()) : std::nullopt;
 }
 
 Shown shownWithin(const Bounds& bounds, const Value& value) {

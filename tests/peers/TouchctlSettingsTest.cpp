@@ -250,6 +250,9 @@ TEST_F(TouchctlSettings, WhatSetWouldRefuseIsNotShownAsAValue) {
     EXPECT_EQ(shown("double-click-range", "DoubleClickRange", 32.5), "(does not fit)");
     EXPECT_EQ(shown("double-click-range", "DoubleClickRange", arrayOf({})), "(not set)");
     EXPECT_EQ(shown("double-click-range", "DoubleClickRange", "40 mm"), "40") << "read as the pane reads it";
+    EXPECT_EQ(shown("double-click-range", "DoubleClickRange", "hello"), "(not set)");
+    EXPECT_EQ(shown("double-click-rate", "DoubleClickRate", ""), "(not set)");
+    EXPECT_EQ(shown("rotation", "RotateMode", "hello"), "(not set)");
     EXPECT_EQ(shown("rotation", "RotateMode", -1), "(does not fit)");
     EXPECT_EQ(shown("rotation", "RotateMode", false), "0");
     EXPECT_EQ(shown("calibration", "ManualCalibration", resolutionOf(4097, 10)), "(does not fit)");
