@@ -9,8 +9,9 @@ import unittest
 
 import pyatspi
 
-from peers import Lines, World, wait_until
-from screen import Screen, names_of, wait_for
+from peers import Lines, wait_until
+from screen import names_of, wait_for
+from stage import OnStage
 
 WINDOW, SIMULATOR = sys.argv[1:3]
 del sys.argv[1:3]
@@ -89,15 +90,8 @@ class Reader:
         wait_until(lambda: self.heard(*what, **details), f"the event {what} {details}")
 
 
-class KeyboardAlone(unittest.TestCase):
-    """A user without pointer and picture. Of the accessibility bus a process knows one only."""
-
-    @classmethod
-    def setUpClass(cls):
-        cls.screen = cls.enterClassContext(Screen())
-        cls.screen.start_display()
-        cls.world = cls.enterClassContext(World(services=["org.a11y.Bus"]))
-        cls.screen.lend_to(cls.world)
+class KeyboardAlone(OnStage):
+    """A user without pointer and picture."""
 
     def show(self, *displays, language="en_US.UTF-8"):
         """Begins with a new home, the driver and the window."""

@@ -13,8 +13,9 @@ import unittest
 import dbus
 
 from hosts import PANE, PaneLife
-from peers import NAME_PREFIX, PATH, LatePeer, Lines, Peer, World, wait_until
-from screen import Screen, wait_for
+from peers import LatePeer, Lines, Peer, wait_until
+from screen import wait_for
+from stage import OnStage
 
 BUILD, PLUGIN_FOLDER, PRELOAD = sys.argv[1:4]
 del sys.argv[1:4]
@@ -31,17 +32,14 @@ APOLOGY = "The touch display settings cannot be shown."
 TOUCH_TAB, VERSION_TAB = 1, 3
 
 
-class Host(unittest.TestCase):
+class Host(OnStage):
     """What every host does with the module."""
 
     @classmethod
     def setUpClass(cls):
         module = pathlib.Path(BUILD, PLUGIN_FOLDER, f"{MODULE}.so")
         assert module.is_file(), f"{module} was not built; the configure output says why"
-        cls.screen = cls.enterClassContext(Screen())
-        cls.screen.start_display()
-        cls.world = cls.enterClassContext(World(services=["org.a11y.Bus"]))
-        cls.screen.lend_to(cls.world)
+        super().setUpClass()
         for name in ("XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CURRENT_DESKTOP"):
             cls.world.environment.pop(name, None)
 
@@ -59,14 +57,9 @@ class Host(unittest.TestCase):
         self.life = PaneLife(self.world, MODULE, self.log)
         self.screen.operate(self.process)
 
-    def begin_on_the_touch_page(self):
-        self.world.set_plist("Utilities.plist", {
-            "SelectedMenuItem": TOUCH_TAB, "IsShowStatuMenu": True, "DriverEnable": True,
-            "CurrentDeviceType": [DISPLAY], "VerboseLog": False})
-
     def handle_what_was_done_during_a_wait(self, command):
         """Two clicks, the second before the first one's message is answered, and then nothing more."""
-        self.begin_on_the_touch_page()
+        self.world.set_utilities(DISPLAY, SelectedMenuItem=TOUCH_TAB)
         with LatePeer(self.world, DRIVER) as driver:
             self.start_host(command, MODULE)
             self.life.expect("mainViewDidLoad", "willSelect")
@@ -76,9 +69,7 @@ class Host(unittest.TestCase):
             wait_until(lambda: driver.received, "the driver to hear of the speed")
             subprocess.run(["xdotool", "mousemove", str(size.x + size.width // 2), str(size.y + size.height // 2),
                             "click", "1", "getmouselocation"], check=True, stdout=subprocess.DEVNULL)
-            for _ in range(2):
-                self.world.bus.get_object(NAME_PREFIX + PANE, PATH, introspect=False).Ping(
-                    dbus_interface="org.freedesktop.DBus.Peer")
+            self.world.let_run(PANE)
             driver.answer_and_go_on()
             wait_until(lambda: len(driver.received) == 2, "the driver to hear of the size")
             self.assertEqual([(number, plistlib.loads(data)) for number, data in driver.received], [
@@ -190,7 +181,7 @@ class SystemSettings(Host):
         self.handle_what_was_done_during_a_wait("systemsettings5")
 
     def test_may_destroy_the_module_while_the_pane_waits_for_the_driver(self):
-        self.begin_on_the_touch_page()
+        self.world.set_utilities(DISPLAY, SelectedMenuItem=TOUCH_TAB)
         left = ["mainViewDidLoad", "willSelect", "willUnselect"]
 
         def leave_meanwhile(*_):

@@ -13,7 +13,7 @@ import time
 import unittest
 
 from hosts import PANE, PaneLife
-from peers import NAME_PREFIX, PATH, LatePeer, Lines, World, wait_until
+from peers import LatePeer, Lines, World, wait_until
 
 BUILD, BUNDLE, PRELOAD = sys.argv[1:4]
 del sys.argv[1:4]
@@ -281,19 +281,11 @@ class SystemPreferences(unittest.TestCase):
         """A driver in the simulator's place that answers when told to, with the touch page shown."""
         self.driver.terminate()
         self.driver.wait()
-        self.world.set_plist("Utilities.plist", {
-            "SelectedMenuItem": 1, "IsShowStatuMenu": True, "DriverEnable": True, "CurrentDeviceType": ["Desk"],
-            "VerboseLog": False})
+        self.world.set_utilities("Desk", SelectedMenuItem=1)
         driver = self.enterContext(LatePeer(self.world, "TouchDisplayDriverMessagePort"))
         preferences = self.start()
         preferences.select_pane()
         return preferences, driver
-
-    def let_the_application_run(self):
-        """It is the main loop that answers this, also in the middle of a wait."""
-        port = self.world.bus.get_object(NAME_PREFIX + PANE, PATH, introspect=False)
-        for _ in range(2):
-            port.Ping(dbus_interface="org.freedesktop.DBus.Peer")
 
     @staticmethod
     def values(driver):
@@ -309,7 +301,7 @@ class SystemPreferences(unittest.TestCase):
             driver.is_late = True
             preferences.until(lambda: preferences.click("NSButton", "Normal Speed"), lambda: driver.received, "the speed")
             preferences.display.click(size[0] + 12, size[1] + size[3] // 2)
-            self.let_the_application_run()
+            self.world.let_run(PANE)
             driver.answer_and_go_on()
             wait_until(lambda: 32 in self.values(driver), "the size")
             # A click that the machine was too slow for is made again, and then both count.

@@ -9,8 +9,8 @@ import sys
 import unittest
 
 from hosts import PANE
-from peers import NAME_PREFIX, PATH, LatePeer, Lines, World, wait_until
-from screen import Screen
+from peers import LatePeer, Lines, wait_until
+from stage import OnStage
 
 PROGRAM = sys.argv.pop(1)
 
@@ -33,20 +33,9 @@ POSITIONS = 12
 ROUNDS = 8
 
 
-class Waits(unittest.TestCase):
-    """Of the accessibility bus a process knows one only."""
-
-    @classmethod
-    def setUpClass(cls):
-        cls.screen = cls.enterClassContext(Screen())
-        cls.screen.start_display()
-        cls.world = cls.enterClassContext(World(services=["org.a11y.Bus"]))
-        cls.screen.lend_to(cls.world)
-
+class Waits(OnStage):
     def setUp(self):
-        self.world.set_plist("Utilities.plist", {
-            "SelectedMenuItem": TOUCH_TAB, "IsShowStatuMenu": True, "DriverEnable": True,
-            "CurrentDeviceType": [DISPLAY], "VerboseLog": False})
+        self.world.set_utilities(DISPLAY, SelectedMenuItem=TOUCH_TAB)
         self.world.set_plist(f"Settings_{DISPLAY}.plist", {
             "DoubleClickRate": SLOWEST, "DoubleClickRange": 48,
             "RightClick": {"RightClickIsEnable": False, "RightClickTimeIntelval": 1.0}})
@@ -133,13 +122,7 @@ class Waits(unittest.TestCase):
         self.window.send_signal(signal.SIGSTOP)
         yield
         self.window.send_signal(signal.SIGCONT)
-        self.let_the_window_run()
-
-    def let_the_window_run(self):
-        """It is the main loop that answers this, also in the middle of a wait."""
-        port = self.world.bus.get_object(NAME_PREFIX + PANE, PATH, introspect=False)
-        for _ in range(2):
-            port.Ping(dbus_interface="org.freedesktop.DBus.Peer")
+        self.world.let_run(PANE)
 
     # The tests.
 
@@ -178,7 +161,7 @@ class Waits(unittest.TestCase):
         self.window.send_signal(signal.SIGSTOP)
         self.user(*self.click(NORMAL_SIZE))
         self.window.send_signal(signal.SIGCONT)
-        self.let_the_window_run()
+        self.world.let_run(PANE)
         self.driver.answer_and_go_on()
         self.wait_for_messages(3)
         self.assertEqual(self.received(), [(RATE, 0.5), (RIGHT_CLICK_MESSAGE, True), (RANGE, 32)])

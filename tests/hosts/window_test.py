@@ -37,16 +37,11 @@ class PaneWindow(unittest.TestCase):
         # The toolkit's platform libraries leak at exit.
         self.world.environment.update(QT_QPA_PLATFORM="offscreen", ASAN_OPTIONS="detect_leaks=0")
 
-    def set_utilities(self, devices, enabled=True, **others):
-        self.world.set_plist("Utilities.plist", {
-            "SelectedMenuItem": 0, "IsShowStatuMenu": True, "DriverEnable": enabled, "CurrentDeviceType": devices,
-            "VerboseLog": False, **others})
-
     def wait_for_item(self, key, value):
         wait_until(lambda: self.world.plist("Utilities.plist").get(key) == value, f"{key} = {value!r}")
 
     def test_lives_from_loading_to_leaving_with_the_port_open_between(self):
-        self.set_utilities(["Desk"])
+        self.world.set_utilities("Desk")
         window = Window(self.world)
 
         window.life.expect("mainViewDidLoad", "willSelect")
@@ -55,7 +50,7 @@ class PaneWindow(unittest.TestCase):
         self.assertEqual(self.world.plist("Utilities.plist")["SelectDeviceName"], "Desk")
 
     def test_ends_in_order_by_a_signal_as_soon_as_it_can_be_found(self):
-        self.set_utilities(["Desk"])
+        self.world.set_utilities("Desk")
         owners = []
         self.world.bus.add_signal_receiver(
             lambda name, old, new: owners.append(new), "NameOwnerChanged", "org.freedesktop.DBus",
@@ -78,7 +73,7 @@ class PaneWindow(unittest.TestCase):
 
     def test_hears_of_a_display_and_shows_the_tab_asked_for(self):
         window = Window(self.world)
-        self.set_utilities(["Desk"])
+        self.world.set_utilities("Desk")
 
         self.assertEqual(self.world.send(PANE, 7, {"IsConnected": True}), b"")
         window.wait_for_line("kMessageIDForDeviceIsConnected  ")
@@ -105,7 +100,7 @@ class PaneWindow(unittest.TestCase):
         self.assertEqual(file.read_bytes(), b"<plist><dict><key>CurrentDeviceType</key>")
 
     def test_finds_a_bus_that_went_away_and_came_back(self):
-        self.set_utilities(["Desk"])
+        self.world.set_utilities("Desk")
         window = Window(self.world)
 
         self.world.stop_bus()
@@ -117,7 +112,7 @@ class PaneWindow(unittest.TestCase):
         self.assertEqual(window.terminate(), 0)
 
     def test_runs_without_its_port_while_another_has_the_name(self):
-        self.set_utilities(["Desk"])
+        self.world.set_utilities("Desk")
         with Peer(self.world, PANE):
             process = self.world.start(PROGRAM)
             log = Lines(process.stderr)

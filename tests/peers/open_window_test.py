@@ -6,8 +6,8 @@ import unittest
 
 import pyatspi
 
-from peers import Lines, World, wait_until
-from screen import Screen
+from peers import Lines, wait_until
+from stage import OnStage
 
 WINDOW, SIMULATOR, COMMAND_LINE = sys.argv[1:4]
 del sys.argv[1:4]
@@ -18,19 +18,9 @@ GESTURES_PAGE = "Gestures"
 LAUNCHPAD, MISSION_CONTROL = "Launchpad", "Mission Control"
 
 
-class OpenWindow(unittest.TestCase):
-    """Of the accessibility bus a process knows one only, and so there is one world."""
-
-    @classmethod
-    def setUpClass(cls):
-        cls.screen = cls.enterClassContext(Screen())
-        cls.screen.start_display()
-        cls.world = cls.enterClassContext(World(services=["org.a11y.Bus"]))
-        cls.screen.lend_to(cls.world)
-
+class OpenWindow(OnStage):
     def test_shows_what_a_command_changed_and_does_not_undo_it(self):
-        self.world.set_plist("Utilities.plist", {"SelectedMenuItem": TOUCH_TAB, "IsShowStatuMenu": True,
-                                                 "DriverEnable": True, "CurrentDeviceType": [], "VerboseLog": False})
+        self.world.set_utilities(SelectedMenuItem=TOUCH_TAB)
         simulator = self.world.start(SIMULATOR, "run", "--connect", DISPLAY)
         lines = Lines(simulator.stdout)
         wait_until(lines.read, "the simulator's first line")

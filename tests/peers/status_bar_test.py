@@ -150,11 +150,6 @@ class StatusBarTest(unittest.TestCase):
         self.world.environment.update(QT_QPA_PLATFORM=self.QT_PLATFORM, ASAN_OPTIONS="detect_leaks=0",
                                       XDG_RUNTIME_DIR=str(self.world.folder))
 
-    def set_utilities(self, **items):
-        self.world.set_plist("Utilities.plist", {
-            "SelectedMenuItem": 0, "IsShowStatuMenu": True, "DriverEnable": True, "CurrentDeviceType": [],
-            "VerboseLog": False, **items})
-
 
 class WithoutTray(StatusBarTest):
     def test_owns_its_port_alone_for_its_life_and_ends_by_a_signal(self):
@@ -189,14 +184,14 @@ class WithoutTray(StatusBarTest):
         self.assertEqual(utility.log.lines, [NO_TRAY, "message 10 (null)", "icon hidden"])
 
     def test_starts_without_icon_with_a_session_that_wants_none(self):
-        self.set_utilities(IsShowStatuMenu=False)
+        self.world.set_utilities(IsShowStatuMenu=False)
         utility = Utility(self.world, "--session-start")
 
         self.assertEqual(utility.log.lines, ["icon hidden"])
         self.assertTrue(self.world.has_owner(UTILITY))
 
     def test_started_again_asks_the_first_to_show_its_icon(self):
-        self.set_utilities(IsShowStatuMenu=False)
+        self.world.set_utilities(IsShowStatuMenu=False)
         utility = Utility(self.world, "--session-start")
 
         self.assertEqual(self.world.run(PROGRAM), (0, "", ""))
@@ -205,11 +200,11 @@ class WithoutTray(StatusBarTest):
 
     def test_started_again_with_the_session_leaves_the_first_as_the_file_says(self):
         with Peer(self.world, UTILITY) as first:
-            self.set_utilities(IsShowStatuMenu=False)
+            self.world.set_utilities(IsShowStatuMenu=False)
             self.assertEqual(self.world.run(PROGRAM, "--session-start")[0], 0)
             self.assertEqual(first.received, [])
 
-            self.set_utilities(IsShowStatuMenu=True)
+            self.world.set_utilities(IsShowStatuMenu=True)
             self.assertEqual(self.world.run(PROGRAM, "--session-start")[0], 0)
             self.assertEqual([(message_id, plistlib.loads(data)) for message_id, data in first.received],
                              [(100, {"HasPlace": False})])
@@ -220,7 +215,7 @@ class WithoutTray(StatusBarTest):
 
         for arguments, is_shown in (((), True), (("--session-start",), True), (("--session-start",), False)):
             with self.subTest(arguments=arguments, is_shown=is_shown):
-                self.set_utilities(IsShowStatuMenu=is_shown)
+                self.world.set_utilities(IsShowStatuMenu=is_shown)
                 status, _, errors = self.world.run(PROGRAM, *arguments)
                 self.assertEqual(status, 1)
                 self.assertIn("does not answer", errors)
@@ -255,7 +250,7 @@ class WithoutTray(StatusBarTest):
         self.world.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.world.folder}/nowhere"
         for arguments, is_shown in (((), True), (("--session-start",), True), (("--session-start",), False)):
             with self.subTest(arguments=arguments, is_shown=is_shown):
-                self.set_utilities(IsShowStatuMenu=is_shown)
+                self.world.set_utilities(IsShowStatuMenu=is_shown)
                 status, _, errors = self.world.run(PROGRAM, *arguments)
                 self.assertEqual(status, 1)
                 self.assertIn("DBUS_SESSION_BUS_ADDRESS", errors)
@@ -295,7 +290,7 @@ class InATray(StatusBarTest):
             wait_until(tray.icons, "the icon in the new tray")
 
     def test_a_launch_shows_the_icon_whatever_the_file_says(self):
-        self.set_utilities(IsShowStatuMenu=False)
+        self.world.set_utilities(IsShowStatuMenu=False)
         utility = Utility(self.world)
 
         wait_until(self.tray.icons, "the icon")
@@ -381,14 +376,14 @@ class InATray(StatusBarTest):
         return [bytes(picture[2]) for picture in self.icon_property("IconPixmap")]
 
     def test_the_menu_tells_how_the_driver_does_each_time_it_opens(self):
-        self.set_utilities(DriverEnable=False)
+        self.world.set_utilities(DriverEnable=False)
         Utility(self.world)
         menu = Menu(self.world, self.tray)
 
         with Peer(self.world, DRIVER) as driver:
             menu.wait_for_line("Driver: off, answering")
             self.assertEqual(driver.received, [])
-        self.set_utilities(DriverEnable=True)
+        self.world.set_utilities(DriverEnable=True)
         menu.wait_for_line("Driver: on, not running")
 
     def test_a_tab_is_shown_by_the_pane_that_runs(self):
@@ -404,7 +399,7 @@ class InATray(StatusBarTest):
                          [(8, {"SelectedMenuItem": index}) for index in range(len(TABS))])
 
     def test_a_pane_that_does_not_run_is_started_and_shows_the_tab(self):
-        self.set_utilities(CurrentDeviceType=["Desk"])
+        self.world.set_utilities("Desk")
         Utility(self.world)
         menu = Menu(self.world, self.tray)
 
@@ -423,7 +418,7 @@ class InATray(StatusBarTest):
         wait_until(lambda: not os.path.exists(f"/proc/{pane}"), "the pane's end")
 
     def test_quit_switches_the_menu_off_until_somebody_asks_for_it(self):
-        self.set_utilities(SelectDeviceName="Desk")
+        self.world.set_utilities(SelectDeviceName="Desk")
         before = self.world.plist("Utilities.plist")
         utility = Utility(self.world)
         Menu(self.world, self.tray).choose("Quit")
@@ -435,7 +430,7 @@ class InATray(StatusBarTest):
     def test_quit_has_a_pane_with_one_display_read_its_check_box_again_and_disturbs_no_choice_of_several(self):
         for displays, messages in (([], []), (["Desk"], [(7, {"IsConnected": True})]), (["Desk", "Wall"], [])):
             with self.subTest(displays=displays):
-                self.set_utilities(CurrentDeviceType=displays)
+                self.world.set_utilities(*displays)
                 utility = Utility(self.world)
                 menu = Menu(self.world, self.tray)
                 with Peer(self.world, PANE) as pane, Peer(self.world, DRIVER) as driver:
@@ -457,7 +452,7 @@ class InATray(StatusBarTest):
         self.assertIn(f"{file} cannot be read or written; repair or remove it", utility.log.lines)
 
     def test_ended_by_the_session_leaves_the_menu_on(self):
-        self.set_utilities()
+        self.world.set_utilities()
         utility = Utility(self.world)
         utility.process.terminate()
         self.assertEqual(utility.wait_for_end(), 0)

@@ -42,7 +42,7 @@ class Disk(PaneCase):
 
     def test_full_disk(self):
         self.mount(self.world.preferences)
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.start_pane()
         self.check_saves(1)
         filler = self.fill(self.world.preferences)
@@ -55,7 +55,7 @@ class Disk(PaneCase):
 
     def test_disk_without_room_for_one_more_file(self):
         self.mount(self.world.preferences, "nr_inodes=4")
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.start_pane()
         self.show_tab(3)
         filler = self.world.preferences / "filler"
@@ -87,7 +87,7 @@ class Disk(PaneCase):
 
     def test_read_only_disk(self):
         self.mount(self.world.preferences)
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.start_pane()
         self.check_saves(1)
         subprocess.run(["mount", "-o", "remount,ro", self.world.preferences], check=True)
@@ -101,7 +101,7 @@ class Disk(PaneCase):
         self.mount(self.world.home, "size=1m")
         self.start_pane()
         self.wait_handled()
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.check_saves(3)
         self.assertNotEqual(os.stat(self.world.home).st_dev, os.stat(self.world.folder).st_dev)
 
@@ -116,7 +116,7 @@ class Disk(PaneCase):
 
         (self.file / "inside").unlink()
         self.file.rmdir()
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.check_saves(3)
 
     def test_file_in_the_folders_place(self):
@@ -128,11 +128,11 @@ class Disk(PaneCase):
         self.assertEqual(self.world.preferences.read_text(), "no folder")
 
         self.world.preferences.unlink()
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.check_saves(3)
 
     def test_folder_that_is_taken_away(self):
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.start_pane()
         self.check_saves(1)
         self.world.preferences.rename(self.world.folder / "taken")
@@ -163,7 +163,7 @@ class Disk(PaneCase):
         self.assertFalse(self.file.exists())
 
         (self.world.home / "missing").mkdir()
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.check_saves(3)
 
     def test_links_in_a_circle(self):
@@ -178,7 +178,7 @@ class Disk(PaneCase):
     def test_link_to_another_disk(self):
         other = self.world.folder / "other"
         self.mount(other)
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         target = other / "Own.plist"
         target.write_bytes(self.file.read_bytes())
         self.file.unlink()
@@ -202,7 +202,7 @@ class Disk(PaneCase):
         self.world.preferences.symlink_to(other)
         self.start_pane()
         wait_until(self.file.exists, "the file behind the link")
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.check_saves(3)
         self.assertTrue(self.world.preferences.is_symlink())
 

@@ -15,7 +15,7 @@ class Displays(PaneCase):
     def test_a_list_of_any_length_is_there_to_choose_from(self):
         for count in times((1_000,), (1_000, 10_000, 30_000)):
             with self.subTest(count=count):
-                self.set_utilities(*(f"Display {number}" for number in range(count)))
+                self.world.set_utilities(*(f"Display {number}" for number in range(count)))
                 started = time.monotonic()
                 self.start_pane()
                 figure(f"{count} displays: seconds until the window's port is there", f"{time.monotonic() - started:.2f}")

@@ -22,11 +22,6 @@ class PaneCase(unittest.TestCase):
             "thread_local_quarantine_size_kb=0:allocator_release_to_os_interval_ms=0")
         self.file = self.world.preferences / "Utilities.plist"
 
-    def set_utilities(self, *devices, **others):
-        self.world.set_plist("Utilities.plist", {
-            "SelectedMenuItem": 0, "IsShowStatuMenu": True, "DriverEnable": True, "CurrentDeviceType": list(devices),
-            "VerboseLog": False, **others})
-
     def start_pane(self):
         self.process = self.world.start(self.program)
         self.log = Lines(self.process.stderr)

@@ -32,7 +32,7 @@ class Permissions(PaneCase):
         self.addCleanup(subprocess.run, ["chmod", "-R", "u+rwX", self.world.folder], check=False)
 
     def start_with_desk(self):
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.start_pane()
         self.check_saves(1)
 
@@ -86,7 +86,7 @@ class Permissions(PaneCase):
         self.show_tab(2)
         self.assertEqual(os.listdir(self.world.home), [])
         self.world.home.chmod(0o755)
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.check_saves(3)
 
     def test_home_that_is_missing_is_made(self):

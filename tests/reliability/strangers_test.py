@@ -101,14 +101,14 @@ class OtherUser(PaneCase):
                 self.assertIn(self.as_stranger(lambda said=words: welcome_of(path, *said)), ("rejected", "closed"))
 
     def test_is_refused_by_the_bus_though_it_may_connect(self):
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.start_pane()
         self.let_everybody_in()
         self.check_only_its_user_is_answered(self.world.folder / "bus")
         self.wait_handled()
 
     def test_cannot_send_with_a_client_that_is_meant_for_it(self):
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.start_pane()
         self.let_everybody_in()
         command = ["dbus-send", f"--bus={self.world.address}", f"--dest=com.kelvo.TouchDisplay.{PANE}",
@@ -144,7 +144,7 @@ class OtherUser(PaneCase):
             daemon.stdout.close()
 
     def test_can_neither_read_nor_write_the_files(self):
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.file.unlink()
         simulator = self.world.start(SIMULATOR, "run", "--connect", "Desk")
         self.assertIn("Desk", simulator.stdout.readline())
@@ -170,11 +170,11 @@ class Texts(PaneCase):
 
     def test_of_files_are_shown_and_stored_as_they_stand(self):
         TRACE.unlink(missing_ok=True)
-        self.set_utilities()
+        self.world.set_utilities()
         self.start_pane()
         for name in NAMES:
             with self.subTest(name=name):
-                self.set_utilities(name, SelectedMenuItem=1)
+                self.world.set_utilities(name, SelectedMenuItem=1)
                 self.wait_handled()
                 self.wait_handled()
                 self.assertIn("kMessageIDForDeviceIsConnected  " + name, self.log.read())
@@ -195,7 +195,7 @@ class Texts(PaneCase):
         self.assertEqual(self.names(), ["Settings_Desk.plist", "Utilities.plist"])
 
     def test_of_settings_files_are_shown_as_they_stand(self):
-        self.set_utilities("Desk", SelectedMenuItem=3)
+        self.world.set_utilities("Desk", SelectedMenuItem=3)
         self.world.set_plist("Settings_Desk.plist", {name: name for name in NAMES} | {"DriverVersion": NAMES[0]})
         before = self.world.plist("Settings_Desk.plist")
         self.start_pane()
@@ -206,7 +206,7 @@ class Texts(PaneCase):
 
 class Calls(PaneCase):
     def test_of_a_wrong_shape_are_refused_and_change_nothing(self):
-        self.set_utilities("Desk")
+        self.world.set_utilities("Desk")
         self.start_pane()
         self.check_saves(1)
         before = self.file.read_bytes()
@@ -228,14 +228,14 @@ class ModelNameWithSlash(PaneCase):
     one outside by itself, since "Settings_" and what stands before the first "/" must be a folder that exists."""
 
     def start_with(self, name):
-        self.set_utilities(name, SelectedMenuItem=1)
+        self.world.set_utilities(name, SelectedMenuItem=1)
         self.start_pane()
         self.wait_handled()
 
     def test_leads_nowhere_without_a_folder_of_that_name(self):
         for name in ("a/b", "../../../evil", "/etc/evil", "x/../../../../../evil"):
             with self.subTest(name=name):
-                self.set_utilities(name, SelectedMenuItem=1)
+                self.world.set_utilities(name, SelectedMenuItem=1)
                 before = self.everything()
                 if not hasattr(self, "process"):
                     self.start_pane()

@@ -72,7 +72,7 @@ class Reader(FileWatch):
 class Writers(PaneCase):
     def setUp(self):
         super().setUp()
-        self.set_utilities("Desk", Begin=0, Filling="", End=0, **FOREIGN)
+        self.world.set_utilities("Desk", Begin=0, Filling="", End=0, **FOREIGN)
 
     def command(self, *words):
         proxy = self.world.bus.get_object(NAME_PREFIX + "Driver", "/com/kelvo/TouchDisplay/Driver",

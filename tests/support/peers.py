@@ -121,12 +121,24 @@ class World(contextlib.AbstractContextManager):
         with open(self.preferences / name, "wb") as file:
             plistlib.dump(contents, file, sort_keys=False)
 
+    def set_utilities(self, *displays, **others):
+        """Writes what the driver and the pane share: these are connected, the driver is on, the first tab is shown."""
+        self.set_plist("Utilities.plist", {
+            "SelectedMenuItem": 0, "IsShowStatuMenu": True, "DriverEnable": True, "CurrentDeviceType": list(displays),
+            "VerboseLog": False, **others})
+
     def plist(self, name):
         with open(self.preferences / name, "rb") as file:
             return plistlib.load(file)
 
     def has_owner(self, port):
         return self.bus.name_has_owner(NAME_PREFIX + port)
+
+    def let_run(self, port):
+        """Returns once the main loop of the port's owner has run, which also runs while that waits."""
+        owner = self.bus.get_object(NAME_PREFIX + port, PATH, introspect=False)
+        for _ in range(2):
+            owner.Ping(dbus_interface="org.freedesktop.DBus.Peer")
 
     def send(self, port, message_id, payload):
         """Sends to a port and gives the reply's bytes."""
