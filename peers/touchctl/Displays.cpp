@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <unordered_set>
 
 namespace kelvo::touchctl {
 
@@ -66,14 +67,12 @@ std::vector<std::string> namesWithSettings() {
 
 std::vector<Display> knownDisplays() {
     std::vector<Display> displays;
-    const auto isListed = [&](const std::string& name) {
-        return std::any_of(displays.begin(), displays.end(), [&](const Display& each) { return each.name == name; });
-    };
+    std::unordered_set<std::string> listed;
     for (const std::string& name : connectedNames()) {
-        if (!isListed(name)) displays.push_back({name, true});
+        if (listed.insert(name).second) displays.push_back({name, true});
     }
     for (const std::string& name : namesWithSettings()) {
-        if (!isListed(name)) displays.push_back({name, false});
+        if (listed.insert(name).second) displays.push_back({name, false});
     }
     return displays;
 }

@@ -108,6 +108,17 @@ class Showing(TouchctlTest):
                          [{"name": "Wall", "connected": True}, {"name": "Desk", "connected": True},
                           {"name": "Attic", "connected": False}])
 
+    def test_lists_many_displays_in_order_and_each_once(self):
+        # So many that to look through all of them for each would take minutes.
+        names = [f"Desk {number}" for number in range(100_000)]
+        self.connect_in_file(*names, *names)
+        self.world.set_plist("Settings_Desk 7.plist", {})
+        self.world.set_plist("Settings_Wall.plist", {})
+        status, _, errors = self.world.run("sh", "-c", "exec \"$0\" list >\"$1\"", PROGRAM, self.world.folder / "out")
+        self.assertEqual((status, errors), (0, ""))
+        self.assertEqual((self.world.folder / "out").read_text(encoding="utf-8"),
+                         "".join(name + "\tconnected\n" for name in names) + "Wall\tnot connected\n")
+
     def test_shows_settings_as_set_takes_them(self):
         self.connect_in_file("Desk")
         self.world.set_plist("Settings_Desk.plist", {
