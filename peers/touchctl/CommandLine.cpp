@@ -33,9 +33,15 @@ bool takeOption(const std::string& option, Invocation& invocation) {
     return true;
 }
 
+std::string usageOf(const Command& command) {
+    std::string usage = "kelvo-touchctl " + std::string(command.name);
+    if (!command.synopsis.empty()) usage.append(" ").append(command.synopsis);
+    return usage;
+}
+
 void checkWords(const Invocation& invocation) {
     const Command& command = *invocation.command;
-    const std::string usage = "kelvo-touchctl " + std::string(command.name) + " " + std::string(command.synopsis);
+    const std::string usage = usageOf(command);
     for (const std::string_view option : invocation.options) {
         if (std::ranges::find(command.options, option) != command.options.end()) continue;
         throw Failure(Status::Usage,
@@ -232,8 +238,7 @@ Invocation parseCommandLine(const Words& arguments) {
 
 std::string helpText(const Command* command) {
     if (command) {
-        std::string text = "Usage: kelvo-touchctl " + std::string(command->name) + " " +
-                           std::string(command->synopsis) + "\n\n" + std::string(command->help);
+        std::string text = "Usage: " + usageOf(*command) + "\n\n" + std::string(command->help);
         if (command->id == Command::Id::Set || command->id == Command::Id::Get) text += keysText();
         return text + statusesText();
     }

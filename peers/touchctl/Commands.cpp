@@ -30,10 +30,6 @@ using platform::CFMessagePortStatus;
 using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 
-constexpr char kStartTheDriver[] = "no driver runs; start the driver of the display, then try again";
-constexpr char kNoBus[] = "there is no session bus; run this in the session of the display's user, or set "
-                          "DBUS_SESSION_BUS_ADDRESS to that session's";
-
 void print(const std::string& text) { std::cout << text << '\n'; }
 
 /// A line that somebody waits for.
@@ -70,7 +66,7 @@ void checkArrival(const ReportingPorts& ports) {
         throw Failure(Status::NoDriver, kStartTheDriver);
     case CFMessagePortStatus::SendTimeout:
     case CFMessagePortStatus::ReceiveTimeout:
-        throw Failure(Status::NoDriver, "the driver does not answer; end it, start it again, then try again");
+        throw Failure(Status::NoDriver, kDriverDoesNotAnswer);
     case CFMessagePortStatus::TransportError:
     case CFMessagePortStatus::Success:
         break;

@@ -15,17 +15,16 @@ void performAtDriver(const Words& words) {
     case Outcome::Refused:
         throw Failure(Status::Failure, answer.text);
     case Outcome::NoBus:
-        throw Failure(Status::NoDriver, "there is no session bus; run this in the session of the display's user, or "
-                                        "set DBUS_SESSION_BUS_ADDRESS to that session's");
+        throw Failure(Status::NoDriver, kNoBus);
     case Outcome::NotRunning:
         if (answerOfPort(kTouchDisplayDriverPortName) != PortAnswer::NotRunning) {
             throw Failure(Status::NoDriver, "the driver that runs takes no commands; see its own documentation");
         }
-        throw Failure(Status::NoDriver, "no driver runs; start the driver of the display, then try again");
+        throw Failure(Status::NoDriver, kStartTheDriver);
     case Outcome::NotAnswering:
         break;
     }
-    throw Failure(Status::NoDriver, "the driver does not answer; end it, start it again, then try again");
+    throw Failure(Status::NoDriver, kDriverDoesNotAnswer);
 }
 
 } // namespace kelvo::touchctl

@@ -3,10 +3,12 @@
 #include "TDUtilities.h"
 #include "linux/BusMessagePorts.h"
 #include "linux/BusService.h"
+#include "peers/DriverCommand.h"
 #include "peers/JsonLine.h"
 #include "peers/MessageNames.h"
 #include "platform/PropertyList.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <span>
@@ -65,6 +67,9 @@ std::string portOf(std::string_view busName) {
     if (busName.starts_with(prefix)) busName.remove_prefix(prefix.size());
     return std::string(busName);
 }
+
+/// The driver's control channel is named as ports are.
+bool isNameOfPort(std::string_view busName) { return busName.starts_with(kBusNamePrefix) && busName != kDriverName; }
 
 std::string lineOfState(const std::string& port, const char* state) {
     return jsonLine(NSMutableDictionary::dictionaryWithObjectsAndKeys({{port, "port"}, {state, "state"}}));
@@ -127,36 +132,42 @@ void MessageWatch::learnOwners(sd_bus* bus) {
     char** listed = nullptr;
     if (sd_bus_list_names(bus, &listed, nullptr) < 0) return;
     for (char** name = listed; *name; ++name) {
-        if (std::string_view(*name).starts_with(kBusNamePrefix))
-            portsOfOwners_.emplace(ownerOf(bus, *name), portOf(*name));
+        if (isNameOfPort(*name)) ownersOfPorts_.emplace(portOf(*name), ownerOf(bus, *name));
         std::free(*name);
     }
     std::free(static_cast<void*>(listed));
 }
 
 void MessageWatch::tellOpenPorts() {
-    for (const auto& [owner, port] : portsOfOwners_) tell_(lineOfState(port, "open"));
+    for (const auto& [port, owner] : ownersOfPorts_) tell_(lineOfState(port, "open"));
 }
 
 std::string MessageWatch::lineOf(sd_bus_message* message) {
     if (sd_bus_message_is_method_call(message, kPortInterface, nullptr) > 0) {
         const char* destination = sd_bus_message_get_destination(message);
-        const std::string name = destination ? destination : "";
-        const auto port = portsOfOwners_.find(name);
-        return lineOfMessage(message, port != portsOfOwners_.end() ? port->second : portOf(name));
+        return lineOfMessage(message, portAt(destination ? destination : ""));
     }
     // To become a monitor is to lose one's own name, which is nobody's business.
     return sd_bus_message_is_signal(message, kBusName, "NameOwnerChanged") > 0 ? lineOfChange(message) : "";
+}
+
+std::string MessageWatch::portAt(std::string_view destination) const {
+    const auto port = std::find_if(ownersOfPorts_.begin(), ownersOfPorts_.end(),
+                                   [&](const auto& each) { return each.second == destination; });
+    return port != ownersOfPorts_.end() ? port->first : portOf(destination);
 }
 
 std::string MessageWatch::lineOfChange(sd_bus_message* message) {
     const char* name = nullptr;
     const char* oldOwner = nullptr;
     const char* newOwner = nullptr;
-    if (sd_bus_message_read(message, "sss", &name, &oldOwner, &newOwner) < 0) return "";
+    if (sd_bus_message_read(message, "sss", &name, &oldOwner, &newOwner) < 0 || !isNameOfPort(name)) return "";
     const std::string port = portOf(name);
-    portsOfOwners_.erase(oldOwner);
-    if (*newOwner) portsOfOwners_[newOwner] = port;
+    if (*newOwner) {
+        ownersOfPorts_[port] = newOwner;
+    } else {
+        ownersOfPorts_.erase(port);
+    }
     return lineOfState(port, *newOwner ? "opened" : "closed");
 }
 

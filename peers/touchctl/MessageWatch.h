@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace kelvo::touchctl {
 
@@ -28,13 +29,14 @@ private:
     void tellOpenPorts();
     void read();
     [[nodiscard]] std::string lineOf(sd_bus_message* message);
+    [[nodiscard]] std::string portAt(std::string_view destination) const;
     [[nodiscard]] std::string lineOfChange(sd_bus_message* message);
 
     Bus bus_;
     std::function<void(const std::string& line)> tell_;
     std::function<void()> lost_;
-    /// A message may be addressed to the connection that has a port, instead of to the port.
-    std::map<std::string, std::string, std::less<>> portsOfOwners_;
+    /// A message may be addressed to the connection that has a port, or several, instead of to the port.
+    std::map<std::string, std::string> ownersOfPorts_;
     /// Goes before the connection that it watches.
     std::unique_ptr<platform::CFFileDescriptor> watch_;
     std::shared_ptr<platform::NSTimer> firstRead_;

@@ -14,6 +14,7 @@ import unittest
 import xml.etree.ElementTree as ElementTree
 
 import dbus.bus
+import dbus.lowlevel
 from peers import INTERFACE, NAME_PREFIX, PATH, Lines, Peer, World, wait_until
 
 PROGRAM, SIMULATOR, SOURCE = sys.argv[1:4]
@@ -661,7 +662,19 @@ class Profiles(TouchctlTest):
         self.assertEqual(bash("echo before >\"$2/out\"; \"$0\" export Desk /dev/stdout >>\"$2/out\"; cat \"$2/out\""),
                          (0, "before\n" + exported, ""))
         self.expect(FAILURE, "cannot be written", "export", "Desk", self.world.folder)
-        self.assertEqual(bash("\"$0\" import Desk <&-")[0], FAILURE)
+
+    def test_neither_come_from_nor_go_to_streams_that_are_closed(self):
+        self.simulate("Desk")
+        path = self.write({"RotateMode": 2})
+        cases = {"\"$0\" import Desk <&-": "what came in cannot be read (Bad file descriptor)",
+                 "\"$0\" import Desk \"$1\" >&-": "the output cannot be written",
+                 "\"$0\" watch <&- >&-": "the output cannot be written"}
+        for script, hint in cases.items():
+            status, output, errors = self.world.run("bash", "--norc", "-c", script, PROGRAM, path)
+            self.assertEqual((status, output), (FAILURE, ""), script)
+            self.assertIn(hint, errors)
+        self.assertEqual(self.world.run("bash", "--norc", "-c", "\"$0\" set Desk rotation 7 <&- >&- 2>&-", PROGRAM)[0],
+                         USAGE)
 
     def test_without_end_are_given_up(self):
         self.connect_in_file("Desk")
@@ -756,6 +769,23 @@ class Watching(TouchctlTest):
             found = self.messages(lines, 2)
             self.assertEqual(sorted(found, key=lambda line: line["port"]),
                              [{"port": PANE, "state": "open"}, {"port": DRIVER, "state": "open"}])
+
+    def test_tells_of_each_port_that_a_connection_has_and_of_ports_alone(self):
+        owner = dbus.bus.BusConnection(self.world.address)
+        self.addCleanup(owner.close)
+        for port in (PANE, DRIVER, "Driver"):
+            owner.request_name(NAME_PREFIX + port)
+        process, lines = self.watch()
+        self.assertCountEqual(self.messages(lines, 2), [{"port": PANE, "state": "open"}, {"port": DRIVER, "state": "open"}])
+        for port in (PANE, "Driver"):
+            owner.release_name(NAME_PREFIX + port)
+        call = dbus.lowlevel.MethodCallMessage(owner.get_unique_name(), PATH, INTERFACE, "Send")
+        call.append(5, dbus.ByteArray(b""), signature="iay")
+        self.world.bus.send_message(call)
+        self.assertEqual(self.messages(lines, 4)[2:], [{"port": PANE, "state": "closed"}, {
+            "port": DRIVER, "id": 5, "name": "kMessageIDForRightClick", "undecodable bytes": 0}])
+        process.terminate()
+        self.wait_for_end(process)
 
     def test_ends_by_a_signal_with_success_and_without_the_bus_with_a_failure(self):
         process, _ = self.watch()
