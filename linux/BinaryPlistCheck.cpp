@@ -83,8 +83,8 @@ public:
             return within(position, *size);
         case 0x5: // ASCII text
             return textWithin(position, *size, 1);
-        case 0x6: // UTF-16 text
-            return textWithin(position, *size, 2);
+        case 0x6: // UTF-16 text, which an empty one is not: it needs none
+            return *size > 0 ? textWithin(position, *size, 2) : std::nullopt;
         case 0xA: // array
             return container(position, *size, 0);
         case 0xD: // dictionary: all keys, then all values

@@ -219,14 +219,27 @@ REFUSED_HERE = {
     "nested 513 deep": plist("<array>" * 513 + "</array>" * 513),
     # libplist reads it as a positive number. What writes integers so does it for those above the largest signed one.
     "binary: a negative integer of sixteen bytes": binary(b"\x14" + b"\xff" * 16),
-    # A size that the format does not have.
+    # Sizes that no writer of the format uses.
     "binary: an integer of 32 bytes": binary(b"\x15" + b"\0" * 32),
+    "binary: a size of sixteen bytes": binary(b"\x5f\x14" + b"\0" * 16),
+    "binary: offsets of five bytes": b"bplist00\x09\0\0\0\0\x08" + struct.pack(">6xBBQQQ", 5, 1, 1, 0, 9),
+    # Neither does any write an empty text so, and libplist takes it for damage.
+    "binary: an empty text in UTF-16": binary(b"\x60"),
+    # Objects lie between the magic and the table of their offsets; what reads beyond makes text of either.
+    "binary: an object in the magic": binary(b"\x09")[:-34] + b"\0\0" + binary(b"\x09")[-32:],
+    "binary: a text that reaches into the table": binary(b"\x52a"),
 }
 
 # Read here alone: the blanks stand around the value as they may around any other.
 READ_HERE = {
     "a blank before a date": (plist("<date>\n2001-01-01T00:00:01Z</date>"), "date 1"),
     "a blank before a hexadecimal integer": (plist("<integer> 0x10</integer>"), "integer 16"),
+}
+
+# Read by both, but as another value.
+READ_OTHERWISE = {
+    # Python rounds to microseconds, and so to the next second; here a fraction is cut off.
+    "binary: a date right before a second": (binary(b"\x33" + struct.pack(">d", 86399.9999999)), "date 86399"),
 }
 
 
@@ -314,6 +327,13 @@ class PropertyLists(unittest.TestCase):
             with self.subTest(name):
                 self.assertEqual(verdict, value)
                 self.assertEqual(theirs(data), UNREADABLE, "there is no difference to explain")
+
+    def test_are_read_as_another_value_where_there_is_a_reason(self):
+        for (name, (data, value)), (verdict, _) in zip(READ_OTHERWISE.items(),
+                                                       ours(data for data, _ in READ_OTHERWISE.values())):
+            with self.subTest(name):
+                self.assertEqual(verdict, value)
+                self.assertNotIn(theirs(data), (UNREADABLE, value), "there is no difference to explain")
 
     def test_are_written_so_that_plistlib_reads_the_same(self):
         for name, (verdict, written) in zip(READ_BY_BOTH, ours(READ_BY_BOTH.values())):
