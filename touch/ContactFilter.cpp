@@ -8,6 +8,15 @@
 
 namespace touch {
 
+namespace {
+
+/// Not so for what is no number either.
+bool isSomewhere(Point place) {
+    return std::abs(place.x) <= thresholds::kNowhere && std::abs(place.y) <= thresholds::kNowhere;
+}
+
+} // namespace
+
 const Sightings& ContactFilter::filter(const Frame& frame) {
     sightings_.time = hasTime_ ? std::max(sightings_.time, frame.time) : frame.time;
     hasTime_ = true;
@@ -15,7 +24,7 @@ const Sightings& ContactFilter::filter(const Frame& frame) {
     sightings_.lifted.clear();
     sightings_.mistaken.clear();
     for (const Contact& contact : frame.contacts) {
-        if (std::isfinite(contact.place.x) && std::isfinite(contact.place.y)) see(contact);
+        if (isSomewhere(contact.place)) see(contact);
     }
     known_.keepIf([this](Known& known) { return staysKnown(known); });
     return sightings_;

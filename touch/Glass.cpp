@@ -18,8 +18,16 @@ double shareOf(std::int32_t value, Axis axis) {
     return std::clamp(share, 0.0, 1.0);
 }
 
+bool canBePanel(Size size) {
+    const double length = std::max(size.width, size.height);
+    return length >= thresholds::kShortestPanel && length <= thresholds::kLongestPanel;
+}
+
 Size sizeOf(Axis x, Axis y, std::optional<Size> knownSize) {
-    if (x.resolution > 0 && y.resolution > 0) return {extentOf(x) / x.resolution, extentOf(y) / y.resolution};
+    if (x.resolution > 0 && y.resolution > 0) {
+        const Size size{extentOf(x) / x.resolution, extentOf(y) / y.resolution};
+        if (canBePanel(size)) return size;
+    }
     if (knownSize && knownSize->width > 0.0 && knownSize->height > 0.0) return *knownSize;
     const double unit = thresholds::kUnknownLength / std::max(extentOf(x), extentOf(y));
     return {extentOf(x) * unit, extentOf(y) * unit};

@@ -18,8 +18,9 @@ struct Axis {
 /// How a panel's units become millimetres.
 class Glass {
 public:
-    /// The size comes from the panel's own resolution, else from `knownSize` (the output's or the list of devices', in
-    /// millimetres), else the longer side counts as kUnknownLength. An axis without extent counts as one unit long.
+    /// The size comes from the panel's own resolution, unless no panel can be so large or small, else from `knownSize`
+    /// (the output's or the list of devices', in millimetres), else the longer side counts as kUnknownLength. An axis
+    /// without extent counts as one unit long.
     Glass(Axis x, Axis y, std::optional<Size> knownSize = std::nullopt);
 
     [[nodiscard]] Size size() const { return size_; }

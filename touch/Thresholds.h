@@ -109,6 +109,13 @@ constexpr double kDesktopDoubleClickInPoints = 5.0;
 /// Decides: how much longer than the desktop's interval a tap waits that must not count. Why: the kernel stamps what is
 /// given out when it is written, a little later than it was decided. Source: ours, far above what writing takes.
 constexpr Time kDesktopMargin = 10ms;
+/// Decides: a panel whose longer side would be shorter or longer than these has a resolution that is wrong, and so
+/// none. Source: a watch's display, and four times the longest on sale.
+constexpr double kShortestPanel = 20.0;
+constexpr double kLongestPanel = 10'000.0;
+/// Decides: a contact farther away than this is nowhere. Why: distances to it would be no numbers. Source: far beyond
+/// kLongestPanel.
+constexpr double kNowhere = 1e6;
 /// The length of a panel's longer side where nobody knows it. Source: a small tablet's.
 constexpr double kUnknownLength = 200.0;
 

@@ -141,6 +141,8 @@ void playRecording(const RecordingChoice& choice, const std::function<void(const
     display.setDesktop(desktop);
     recording.play(glass, [&](const touch::Frame& frame) { display.frame(frame); });
     while (const auto deadline = display.deadline()) display.timeout(*deadline);
+    // As when a display goes while fingers are on it.
+    display.setEnabled(false, touch::Time(0));
 }
 
 } // namespace kelvo

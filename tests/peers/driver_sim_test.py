@@ -667,6 +667,14 @@ class Recorded(unittest.TestCase):
         (self.world.folder / "later.events").write_text(later, encoding="utf-8")
         self.assertEqual(self.play(self.world.folder / "later.events"), self.play(self.DRAG))
 
+    def test_what_is_down_at_the_end_comes_up(self):
+        text = (RECORDINGS / self.DRAG).read_text(encoding="utf-8").splitlines(keepends=True)
+        cut = self.world.folder / "cut.events"
+        cut.write_text("".join(text[:len(text) * 9 // 10]), encoding="utf-8")
+        self.assertEqual([step["step"] for step in self.play(cut)][-1], "cancel")
+        self.assertEqual([step["step"] for step in self.play(cut, "--keep-touches")][-1], "up")
+        self.assertEqual([step["step"] for step in self.play(cut, "--pointer")][-1], "up")
+
     def test_writes_no_file(self):
         self.play(self.SCROLL)
         self.assertEqual([path for path in self.world.home.rglob("*") if path.is_file()], [])

@@ -158,6 +158,20 @@ TEST(NothingStuck, APlaceThatIsNoNumberIsNoContact) {
     EXPECT_EQ(transcript.text(), "");
 }
 
+TEST(NothingStuck, AContactThatIsNowhereIsNone) {
+    Stage stage;
+    touching::Transcript transcript(stage.glass);
+    touch::TouchDisplay display(stage.glass, transcript, [&](touch::Fault fault) { transcript.fault(fault); });
+    for (int i = 0; i < 20; ++i) {
+        display.frame({.time = 8ms * i, .contacts = {}});
+        touch::Frame frame{.time = 8ms * i + 4ms, .contacts = {}};
+        frame.contacts.add({1, {1e300, -1e300}, false});
+        frame.contacts.add({2, {-1e300 / (i + 1), 1e200 * i}, false});
+        display.frame(frame);
+    }
+    EXPECT_EQ(transcript.text(), "");
+}
+
 TEST(NothingStuck, FramesOutsideThePanelStayOnTheScreen) {
     EXPECT_EQ(play(Stage(), "0: 1@-30,-40\n60: 1@-20,-40\n120: 1@100,60\n180: -").substr(0, 16), "0 touch +0 0,0\n6");
 }

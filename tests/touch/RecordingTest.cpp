@@ -192,4 +192,16 @@ TEST(Glass, HasItsEdgesWhereTheAxesEnd) {
     EXPECT_GT(glass.size().height, 0.0);
 }
 
+TEST(Glass, OfAResolutionThatNoPanelHasIsOfUnknownSize) {
+    for (const std::int32_t resolution : {1, 2'147'483'647, 1'000}) {
+        const touch::Glass glass({0, 16'383, resolution}, {0, 9'215, resolution});
+        EXPECT_NEAR(glass.size().width, 200.0, 1e-9) << resolution;
+        EXPECT_NEAR(glass.size().height, 200.0 * 9'215 / 16'383, 1e-9) << resolution;
+        EXPECT_EQ(touch::Glass({0, 16'383, resolution}, {0, 9'215, resolution}, touch::Size{530, 300}).size(),
+                  (touch::Size{530, 300}));
+    }
+    EXPECT_NEAR(touch::Glass({0, 16'383, 2}, {0, 9'215, 2}).size().width, 8191.5, 1e-9);
+    EXPECT_NEAR(touch::Glass({0, 16'383, 800}, {0, 9'215, 800}).size().width, 20.47875, 1e-9);
+}
+
 } // namespace
