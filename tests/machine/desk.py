@@ -1,0 +1,146 @@
+"""The desk of the user who sits at the machine: a session on the seat with an X server in it, and programs there."""
+
+import contextlib
+import json
+import os
+import pathlib
+import plistlib
+import subprocess
+import threading
+import time
+
+# How long anything may take in an emulated computer on a machine that has other things to do.
+PATIENCE_SECONDS = 90
+NAME, NUMBER = "user", 4242
+HOME = pathlib.Path("/home") / NAME
+PREFERENCES = HOME / "Library/Preferences/KelvoTouchDisplay"
+RUNTIME = pathlib.Path(f"/run/user/{NUMBER}")
+WIDTH, HEIGHT = 1024, 768
+ENVIRONMENT = {
+    "HOME": str(HOME), "USER": NAME, "LC_ALL": "C.UTF-8", "PATH": "/usr/bin:/bin", "DISPLAY": ":0",
+    "XDG_RUNTIME_DIR": str(RUNTIME), "DBUS_SESSION_BUS_ADDRESS": f"unix:path={RUNTIME}/bus", "XDG_SESSION_TYPE": "x11",
+    "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "KELVO_LOG_STDERR": "1",
+    "PYTHONPATH": "/run/tests/support"}
+
+
+def wait_for(find, what):
+    """What `find` gives as soon as it gives something."""
+    deadline = time.monotonic() + PATIENCE_SECONDS
+    while not (found := find()):
+        if time.monotonic() > deadline:
+            raise AssertionError(f"waited in vain for {what}")
+        time.sleep(0.05)
+    return found
+
+
+class Program(contextlib.AbstractContextManager):
+    """A program of the user's, with the lines that it prints; what it says of itself goes to the journal."""
+
+    def __init__(self, *command):
+        words = [str(word) for word in command]
+        log = subprocess.Popen(["systemd-cat", "--identifier", pathlib.Path(words[0]).name], stdin=subprocess.PIPE)
+        self.process = subprocess.Popen(words, user=NAME, group=NAME, extra_groups=[], env=ENVIRONMENT, cwd=HOME,
+                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=log.stdin, text=True)
+        log.stdin.close()
+        self.log = log
+        self.lines = []
+        self.reader = threading.Thread(target=self.read, daemon=True)
+        self.reader.start()
+
+    def read(self):
+        for line in self.process.stdout:
+            self.lines.append(line.rstrip("\n"))
+
+    def __exit__(self, *_):
+        if self.process.poll() is None:
+            self.process.terminate()
+            try:
+                self.process.wait(PATIENCE_SECONDS)
+            except subprocess.TimeoutExpired:
+                self.process.kill()
+                self.process.wait()
+        self.reader.join()
+        self.process.stdin.close()
+        self.process.stdout.close()
+        self.log.wait()
+
+    def wait_line(self, holds, what, start=0):
+        """The first line from the given one on that is as it should be."""
+        return wait_for(lambda: next((line for line in self.lines[start:] if holds(line)), None), what)
+
+    def ask(self, question):
+        """Sends a line and gives the line that answers it."""
+        known = len(self.lines)
+        self.process.stdin.write(question + "\n")
+        self.process.stdin.flush()
+        wait_for(lambda: len(self.lines) > known or self.process.poll() is not None, f"an answer to {question}")
+        return self.lines[known]
+
+
+def run(*command):
+    """What a command of the user's prints."""
+    return subprocess.run([str(word) for word in command], user=NAME, group=NAME, extra_groups=[], env=ENVIRONMENT,
+                          cwd=HOME, check=True, stdout=subprocess.PIPE, text=True, timeout=PATIENCE_SECONDS).stdout
+
+
+def start_session(name, terminal, kind, *command):
+    """A session of logind's on the seat, as a display manager makes one."""
+    subprocess.run(
+        ["systemd-run", "--quiet", "--collect", "--no-block", f"--unit=session-on-tty{terminal}",
+         "--service-type=simple", "--property=PAMName=machine", f"--property=User={name}",
+         f"--property=TTYPath=/dev/tty{terminal}",
+         "--property=TTYReset=yes", "--property=StandardInput=tty-force", "--property=StandardOutput=journal",
+         "--property=StandardError=journal",
+         f"--property=Environment=XDG_SESSION_TYPE={kind} XDG_SESSION_CLASS=user XDG_SEAT=seat0 XDG_VTNR={terminal}",
+         *command], check=True)
+
+
+def start_x():
+    """The user's session, with the X server and a window manager, where it is not there yet."""
+    if pathlib.Path("/tmp/.X11-unix/X0").exists():
+        return
+    start_session(NAME, 1, "x11", "/usr/lib/xorg/Xorg", ":0", "vt1", "-keeptty", "-nolisten", "tcp", "-noreset", "-ac",
+                  "-logfile", "/dev/null", "-logverbose", "0", "-s", "0")
+    wait_for((RUNTIME / "bus").exists, "the user's bus")
+    wait_for(pathlib.Path("/tmp/.X11-unix/X0").exists, "the X server's socket")
+    wait_for(pointers, "the X server")
+    Program("openbox", "--sm-disable")
+
+
+def pointers():
+    """The names of the X server's devices; none while one of them is just leaving, which xinput trips over."""
+    try:
+        return run("xinput", "list", "--name-only").splitlines()
+    except subprocess.CalledProcessError:
+        return []
+
+
+class Eyes(Program):
+    """Finds the widgets of a program by what it tells assistive technology."""
+
+    def __init__(self, program):
+        super().__init__("/usr/bin/python3", "-B", "/run/tests/machine/eyes.py", program.process.pid)
+
+    def look(self, verb, name):
+        answer = json.loads(self.ask(json.dumps([verb, name])))
+        if "error" in answer:
+            raise AssertionError(answer["error"])
+        return answer["found"]
+
+    def place_of(self, name):
+        """The middle of the widget, as a place on the glass that the screen fills."""
+        x, y, width, height = self.look("place", name)
+        return (x + width / 2) / WIDTH, (y + height / 2) / HEIGHT
+
+    def is_checked(self, name):
+        return self.look("checked", name)
+
+
+def write_preferences(name, contents):
+    """A file of the product's in the user's home."""
+    PREFERENCES.mkdir(parents=True, exist_ok=True)
+    (PREFERENCES / name).write_bytes(plistlib.dumps(contents))
+    for path in (PREFERENCES / name, *PREFERENCES.parents):
+        if path != HOME and HOME in path.parents:
+            os.chown(path, NUMBER, NUMBER)
+    os.chown(PREFERENCES, NUMBER, NUMBER)

@@ -1,0 +1,103 @@
+"""Runs the cases of a boot inside the machine, as root: prints a line for each on the port to the machine outside, and
+leaves there what is needed to understand one that failed."""
+
+import pathlib
+import subprocess
+import sys
+import time
+import traceback
+import unittest
+
+RESULTS = pathlib.Path("/run/results")
+sys.path.append("/run/tests/support")
+
+
+def open_port():
+    (name,) = pathlib.Path("/sys/class/virtio-ports").glob("*/name")
+    return open(f"/dev/{name.parent.name}", "w", buffering=1, encoding="utf-8")
+
+
+def seconds_since_boot():
+    return float(pathlib.Path("/proc/uptime").read_text().split()[0])
+
+
+class Result(unittest.TestResult):
+    """One line a case, with how long it took; a failing one leaves the journal since the case began, the X server's own
+    log and a picture."""
+
+    def __init__(self, port):
+        super().__init__()
+        self.port = port
+
+    def startTest(self, test):
+        super().startTest(test)
+        self.began = time.time()
+        self.words = "ok"
+
+    def stopTest(self, test):
+        print(f"{self.words}: {sentence_of(test)} ({time.time() - self.began:.1f} s)", file=self.port)
+        super().stopTest(test)
+
+    def addSkip(self, test, reason):
+        super().addSkip(test, reason)
+        self.words = f"skipped, {reason}"
+
+    def addFailure(self, test, err):
+        super().addFailure(test, err)
+        self.note(test, self.failures[-1][1])
+
+    def addError(self, test, err):
+        super().addError(test, err)
+        self.note(test, self.errors[-1][1])
+
+    def addSubTest(self, test, subtest, err):
+        super().addSubTest(test, subtest, err)
+        if err:
+            self.note(test, f"{subtest}\n{self._exc_info_to_string(err, test)}")
+
+    def note(self, test, trace):
+        self.words = "FAILED"
+        print(f"FAILED: {sentence_of(test)}\n{trace}", file=self.port)
+        name = getattr(test, "_testMethodName", "preparation")
+        since = getattr(self, "began", 0)
+        with open(RESULTS / f"{name}.journal", "w", encoding="utf-8") as journal:
+            subprocess.run(["journalctl", "--no-pager", "--output=short-monotonic", f"--since=@{since:.0f}"],
+                           stdout=journal, check=False)
+        subprocess.run(["import", "-display", ":0", "-window", "root", RESULTS / f"{name}.png"], check=False,
+                       capture_output=True, timeout=60)
+
+
+def sentence_of(test):
+    return str(getattr(test, "_testMethodName", test)).removeprefix("test_").replace("_", " ")
+
+
+def cases_of(boot, words):
+    """The cases whose names have one of the words in them, or all."""
+    loader = unittest.TestLoader()
+    if words:
+        loader.testNamePatterns = [f"*{word}*" for word in words]
+    return loader.discover(str(pathlib.Path(__file__).parent / boot), "*_cases.py")
+
+
+def main(port):
+    boot, *words = (RESULTS / "arguments").read_text(encoding="utf-8").splitlines()
+    print(f"The machine is up after {seconds_since_boot():.0f} s.", file=port)
+    result = Result(port)
+    cases_of(boot, [word for word in words if word != "--long"]).run(result)
+    with open(RESULTS / "journal", "w", encoding="utf-8") as journal:
+        subprocess.run(["journalctl", "--no-pager", "--output=short-monotonic"], stdout=journal, check=False)
+    print(f"{result.testsRun} cases, {len(result.failures) + len(result.errors)} failed, "
+          f"{len(result.skipped)} skipped, {seconds_since_boot():.0f} s since power on.", file=port)
+    # Nothing run is nothing shown.
+    (RESULTS / "status").write_text("0" if result.wasSuccessful() and result.testsRun else "1", encoding="utf-8")
+
+
+if __name__ == "__main__":
+    lines = open_port()
+    try:
+        main(lines)
+    except Exception:  # There is nobody in here to tell.
+        traceback.print_exc(file=lines)
+    finally:
+        subprocess.run(["sync"], check=False)
+        pathlib.Path("/proc/sysrq-trigger").write_text("o", encoding="utf-8")
