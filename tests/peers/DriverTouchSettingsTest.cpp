@@ -57,6 +57,7 @@ NSMutableDictionary rightClick(const Value& isOn, const Value& seconds) {
 
 std::vector<std::string> namesOf(const std::vector<touch::GestureRecord>& records) {
     std::vector<std::string> names;
+    names.reserve(records.size());
     for (const touch::GestureRecord& record : records) names.push_back(record.name);
     return names;
 }
