@@ -61,6 +61,7 @@ void chooseDisplay(const std::string& name) {
 /// The pane's own sending tells nobody what became of it.
 void checkArrival(const ReportingPorts& ports) {
     if (!ports.failure()) return;
+    if (!hasSessionBus()) throw Failure(Status::NoDriver, kNoBus);
     switch (*ports.failure()) {
     case CFMessagePortStatus::IsInvalid:
         throw Failure(Status::NoDriver, kStartTheDriver);
@@ -71,7 +72,6 @@ void checkArrival(const ReportingPorts& ports) {
     case CFMessagePortStatus::Success:
         break;
     }
-    if (!hasSessionBus()) throw Failure(Status::NoDriver, kNoBus);
     throw Failure(Status::NoDriver, "the driver refused the message; see that it is one for this version");
 }
 
@@ -324,6 +324,8 @@ Status switchDriver(const Words& words) {
 // Looking on
 
 Status watch(PollRunLoop& loop) {
+    // Who looks on waits for longer than a person would.
+    if (!hasSessionBus()) throw Failure(Status::NoDriver, kNoBus);
     bool isBusLost = false;
     std::optional<Failure> failure;
     const TerminationSignals signals(loop, [&] { loop.stop(); });

@@ -24,7 +24,7 @@ void performAtDriver(const Words& words) {
     case Outcome::NotAnswering:
         break;
     }
-    throw Failure(Status::NoDriver, kDriverDoesNotAnswer);
+    throw Failure(Status::NoDriver, hasSessionBus() ? kDriverDoesNotAnswer : kNoBus);
 }
 
 } // namespace kelvo::touchctl

@@ -12,8 +12,8 @@ using Words = std::vector<std::string>;
 enum class Status { Success = 0, Failure = 1, Usage = 2, NoDriver = 3, NoDevice = 4, Findings = 5 };
 
 // What keeps several commands from the driver.
-inline constexpr char kNoBus[] = "there is no session bus; run this in the session of the display's user, or set "
-                                 "DBUS_SESSION_BUS_ADDRESS to that session's";
+inline constexpr char kNoBus[] = "there is no session bus, or it does not answer; run this in the session of the "
+                                 "display's user, or set DBUS_SESSION_BUS_ADDRESS to that session's";
 inline constexpr char kStartTheDriver[] = "no driver runs; start the driver of the display, then try again";
 inline constexpr char kDriverDoesNotAnswer[] = "the driver does not answer; end it, start it again, then try again";
 

@@ -476,6 +476,18 @@ class WithoutADriver(TouchctlTest):
         self.expect_no_driver("set DBUS_SESSION_BUS_ADDRESS")
         self.expect(NO_DRIVER, "set DBUS_SESSION_BUS_ADDRESS", "watch")
 
+    def test_on_a_bus_that_does_not_answer(self):
+        self.connect_in_file("Desk")
+        path = f"{self.world.folder}/silent"
+        with socket.socket(socket.AF_UNIX) as silent:
+            silent.bind(path)
+            silent.listen()
+            self.world.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={path}"
+            self.expect_each(NO_DRIVER, [(words, "no session bus, or it does not answer") for words in (
+                ("set", "Desk", "rotation", "90"), ("gesture", "Desk", "Rotate", "off"), ("driver", "off"),
+                ("set", "Desk", "finger", "touch"), ("watch",))])
+            self.assertEqual(self.succeed("list"), "Desk\tconnected\n")
+
     def test_with_another_display_connected(self):
         self.simulate("Wall")
         self.world.set_plist("Settings_Desk.plist", {})
