@@ -17,11 +17,19 @@ namespace kelvo {
 /// platform's own here: a system with ports of its own needs neither, and neither has a documented interface.
 class CocoaRunLoop final : public platform::CFRunLoop {
 public:
+    CocoaRunLoop();
+    CocoaRunLoop(const CocoaRunLoop&) = delete;
+    CocoaRunLoop& operator=(const CocoaRunLoop&) = delete;
+    ~CocoaRunLoop() override;
+
     std::shared_ptr<platform::NSTimer> scheduleTimer(double seconds, std::function<void()> action) override;
     [[nodiscard]] std::unique_ptr<platform::CFFileDescriptor> watch(int descriptor,
                                                                     std::function<void()> ready) override;
     /// User input stays in the application's queue meanwhile.
     void runUntil(const std::function<bool()>& done, double seconds) override;
+
+private:
+    Retained<::NSTimer> waker_;
 };
 
 } // namespace kelvo

@@ -36,6 +36,9 @@ namespace kelvo {
 
 namespace {
 
+/// A release must not seem to come late.
+constexpr double kWakingSeconds = 0.05;
+
 NSArray* deliveringModes() { return [NSArray arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, nil]; }
 
 class Timer final : public platform::NSTimer {
@@ -59,6 +62,20 @@ private:
 };
 
 } // namespace
+
+// While the user holds a control, the toolkit sometimes falls asleep over a release that it has read already, until
+// some other event comes. Whatever wakes it makes it look again.
+CocoaRunLoop::CocoaRunLoop() {
+    const Retained<KelvoLoopTarget> target([[KelvoLoopTarget alloc] initWithCall:[] {}]);
+    waker_ = Retained<::NSTimer>::sharing([::NSTimer timerWithTimeInterval:kWakingSeconds
+                                                                    target:target.get()
+                                                                  selector:@selector(fire:)
+                                                                  userInfo:nil
+                                                                   repeats:YES]);
+    [[NSRunLoop currentRunLoop] addTimer:waker_.get() forMode:NSEventTrackingRunLoopMode];
+}
+
+CocoaRunLoop::~CocoaRunLoop() { [waker_.get() invalidate]; }
 
 std::shared_ptr<platform::NSTimer> CocoaRunLoop::scheduleTimer(double seconds, std::function<void()> action) {
     return std::make_shared<Timer>(seconds, std::move(action));
