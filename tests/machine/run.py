@@ -21,9 +21,14 @@ def seconds_since_boot():
     return float(pathlib.Path("/proc/uptime").read_text().split()[0])
 
 
+def write_journal(path):
+    """What kernel, services and programs said until now."""
+    with open(path, "w", encoding="utf-8") as journal:
+        subprocess.run(["journalctl", "--no-pager", "--output=short-monotonic"], stdout=journal, check=False)
+
+
 class Result(unittest.TestResult):
-    """One line a case, with how long it took; a failing one leaves the journal since the case began, the X server's own
-    log and a picture."""
+    """One line a case, with how long it took; a failing one leaves the journal and a picture of the screen."""
 
     def __init__(self, port):
         super().__init__()
@@ -59,10 +64,7 @@ class Result(unittest.TestResult):
         self.words = "FAILED"
         print(f"FAILED: {sentence_of(test)}\n{trace}", file=self.port)
         name = getattr(test, "_testMethodName", "preparation")
-        since = getattr(self, "began", 0)
-        with open(RESULTS / f"{name}.journal", "w", encoding="utf-8") as journal:
-            subprocess.run(["journalctl", "--no-pager", "--output=short-monotonic", f"--since=@{since:.0f}"],
-                           stdout=journal, check=False)
+        write_journal(RESULTS / f"{name}.journal")
         subprocess.run(["import", "-display", ":0", "-window", "root", RESULTS / f"{name}.png"], check=False,
                        capture_output=True, timeout=60)
 
@@ -84,8 +86,7 @@ def main(port):
     print(f"The machine is up after {seconds_since_boot():.0f} s.", file=port)
     result = Result(port)
     cases_of(boot, [word for word in words if word != "--long"]).run(result)
-    with open(RESULTS / "journal", "w", encoding="utf-8") as journal:
-        subprocess.run(["journalctl", "--no-pager", "--output=short-monotonic"], stdout=journal, check=False)
+    write_journal(RESULTS / "journal")
     print(f"{result.testsRun} cases, {len(result.failures) + len(result.errors)} failed, "
           f"{len(result.skipped)} skipped, {seconds_since_boot():.0f} s since power on.", file=port)
     # Nothing run is nothing shown.
