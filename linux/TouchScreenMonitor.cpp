@@ -3,6 +3,7 @@
 #include "linux/EvdevDisplay.h"
 
 #include <linux/input-event-codes.h>
+#include <sys/stat.h>
 #include <systemd/sd-device.h>
 #include <systemd/sd-event.h>
 
@@ -44,6 +45,10 @@ std::string nodeOf(sd_device* device) {
 
 std::string firstOf(const std::string& first, const std::string& second) { return first.empty() ? second : first; }
 
+std::string identityOf(sd_device* device) {
+    return firstOf(propertyOf(device, "ID_SERIAL"), propertyOf(device, "ID_PATH"));
+}
+
 /// What a node is, if it is a touch display.
 std::optional<TouchScreen> touchScreenOf(sd_device* device) {
     const char* sysName = nullptr;
@@ -59,7 +64,7 @@ std::optional<TouchScreen> touchScreenOf(sd_device* device) {
         return std::nullopt;
     }
     return TouchScreen{nodeOf(device), attributeOf(input, "name"), firstOf(propertyOf(device, "ID_SEAT"), "seat0"),
-                       firstOf(propertyOf(device, "ID_SERIAL"), propertyOf(device, "ID_PATH"))};
+                       identityOf(device)};
 }
 
 class DeviceMonitor final : public TouchScreenMonitor {
@@ -149,6 +154,17 @@ bool hasBit(const std::string& bitmap, unsigned bit) {
     unsigned long value = 0;
     const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), value, 16);
     return error == std::errc{} && (value >> (bit % kBitsOfWord) & 1U) != 0;
+}
+
+std::string identityOf(int eventNode) {
+    struct stat facts {};
+    sd_device* device = nullptr;
+    if (::fstat(eventNode, &facts) != 0 || !S_ISCHR(facts.st_mode) ||
+        sd_device_new_from_devnum(&device, 'c', facts.st_rdev) < 0) {
+        return {};
+    }
+    const Released<sd_device> releaser(device);
+    return identityOf(device);
 }
 
 std::unique_ptr<TouchScreenMonitor> TouchScreenMonitor::open(platform::CFRunLoop& loop, Handlers handlers) {

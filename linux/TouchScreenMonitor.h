@@ -43,6 +43,9 @@ protected:
     TouchScreenMonitor() = default;
 };
 
+/// The identity of the display behind an open event node; empty where the system does not know.
+[[nodiscard]] std::string identityOf(int eventNode);
+
 /// Whether a bitmap of the kernel's, as sysfs has it, holds a bit: words of hexadecimal digits, the highest first.
 [[nodiscard]] bool hasBit(const std::string& bitmap, unsigned bit);
 

@@ -49,6 +49,21 @@ class InstallTest(unittest.TestCase):
     def test_entry_that_starts_with_the_session_lies_with_the_configuration(self):
         self.assertTrue((self.installed / "etc/xdg/autostart/kelvo-touch-display-status-bar.desktop").is_file())
 
+    def test_driver_and_its_service_lie_where_the_system_looks(self):
+        for place in ("bin/kelvo-touch-driver", "libexec/kelvo-touch-driver-start", "libexec/kelvo-touch-devices",
+                      "lib/systemd/user/kelvo-touch-driver.service", "lib/systemd/system/kelvo-touch-devices.service",
+                      "share/dbus-1/system.d/com.kelvo.TouchDisplay.Devices.conf",
+                      "share/dbus-1/system-services/com.kelvo.TouchDisplay.Devices.service",
+                      "share/polkit-1/actions/com.kelvo.TouchDisplay.policy", "lib/udev/rules.d/70-kelvo-touch.rules",
+                      "etc/xdg/autostart/kelvo-touch-driver.desktop", "share/man/man1/kelvo-touch-driver.1.gz",
+                      "share/man/man8/kelvo-touch-devices.8.gz"):
+            with self.subTest(place=place):
+                self.assertTrue((self.installed / place).is_file())
+        self.assertTrue(os.access(self.installed / "libexec/kelvo-touch-driver-start", os.X_OK))
+        # Open to every program of a user, uinput is for the administrator to give.
+        self.assertEqual([path.name for path in (self.installed / "lib/udev/rules.d").iterdir()],
+                         ["70-kelvo-touch.rules"])
+
     def test_shells_find_their_completions(self):
         for place in ("bash-completion/completions/kelvo-touchctl", "zsh/site-functions/_kelvo-touchctl",
                       "fish/vendor_completions.d/kelvo-touchctl.fish"):

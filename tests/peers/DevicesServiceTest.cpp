@@ -1,11 +1,11 @@
 #include "peers/devices/DevicesService.h"
 
 #include "linux/BusConnection.h"
-#include "linux/BusService.h"
 #include "linux/PollRunLoop.h"
 #include "peers/DevicesBus.h"
 #include "support/FakeHardware.h"
 #include "support/FakePlatform.h"
+#include "support/FakePolkit.h"
 #include "support/PrivateBus.h"
 
 #include <gtest/gtest.h>
@@ -20,59 +20,6 @@
 namespace {
 
 constexpr double kLongest = 20.0;
-
-/// Stands in for polkit: says what the test says, and keeps what it was asked.
-class Polkit {
-public:
-    Polkit(platform::CFRunLoop& loop, const std::string& address)
-        : service_(std::make_shared<kelvo::BusService>(loop, address,
-                                                       kelvo::BusService::Offer{"org.freedesktop.PolicyKit1",
-                                                                                "/org/freedesktop/PolicyKit1/Authority",
-                                                                                "org.freedesktop.PolicyKit1.Authority",
-                                                                                vtable,
-                                                                                this,
-                                                                                {}})) {}
-
-    [[nodiscard]] bool open() { return service_->open(); }
-
-    bool isWilling = true;
-    std::string subject;
-    std::string action;
-    std::uint32_t flags = 99;
-
-private:
-    static const sd_bus_vtable vtable[];
-
-    static int onCheck(sd_bus_message* call, void* self, sd_bus_error* /*error*/) {
-        auto& polkit = *static_cast<Polkit*>(self);
-        const char* kind = nullptr;
-        const char* key = nullptr;
-        const char* name = nullptr;
-        const char* action = nullptr;
-        sd_bus_message_enter_container(call, 'r', "sa{sv}");
-        sd_bus_message_read(call, "s", &kind);
-        sd_bus_message_enter_container(call, 'a', "{sv}");
-        sd_bus_message_enter_container(call, 'e', "sv");
-        sd_bus_message_read(call, "sv", &key, "s", &name);
-        sd_bus_message_exit_container(call);
-        sd_bus_message_exit_container(call);
-        sd_bus_message_exit_container(call);
-        sd_bus_message_read(call, "s", &action);
-        sd_bus_message_skip(call, "a{ss}");
-        sd_bus_message_read(call, "u", &polkit.flags);
-        polkit.subject = std::string(kind) + " " + key + " " + name;
-        polkit.action = action;
-        return sd_bus_reply_method_return(call, "(bba{ss})", polkit.isWilling ? 1 : 0, 0, 0);
-    }
-
-    std::shared_ptr<kelvo::BusService> service_;
-};
-
-const sd_bus_vtable Polkit::vtable[] = {
-    SD_BUS_VTABLE_START(0),
-    SD_BUS_METHOD("CheckAuthorization", "(sa{sv})sa{ss}us", "(bba{ss})", Polkit::onCheck, SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_VTABLE_END,
-};
 
 /// A program that asks the service.
 class Program {
@@ -178,7 +125,7 @@ protected:
     kelvo::PollRunLoop loop;
     support::FakeHardware hardware;
     support::FakeSeats seats;
-    Polkit polkit{loop, bus.address()};
+    support::FakePolkit polkit{loop, bus.address()};
     kelvo::DevicesService service{loop, bus.address(), hardware, seats};
     Program driver{loop, bus.address()};
 };

@@ -1,0 +1,117 @@
+#include "peers/driver/PanelDisplay.h"
+
+#include "platform/Log.h"
+
+#include <chrono>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+touch::Time now() {
+    return std::chrono::duration_cast<touch::Time>(std::chrono::steady_clock::now().time_since_epoch());
+}
+
+void logFault(touch::Fault fault) { platform::NSLog("this must not happen: %@", nameOf(fault)); }
+
+/// What is known of a desktop that was not asked. Where it is not known that touches can be taken back, nothing is
+/// given out that might have to be.
+touch::Desktop unknownDesktop() {
+    touch::Desktop desktop;
+    desktop.takesTouchesBack = false;
+    return desktop;
+}
+
+} // namespace
+
+std::unique_ptr<PanelDisplay> PanelDisplay::open(const OpenPanel& openPanel, std::unique_ptr<touch::Outputs> out,
+                                                 Handlers handlers) {
+    auto display = std::make_unique<PanelDisplay>(std::move(handlers));
+    display->panel_ = openPanel(*display);
+    if (!display->panel_) return nullptr;
+    display->out_ = std::move(out);
+    display->display_ = std::make_unique<touch::TouchDisplay>(display->panel_->size(), *display->out_, logFault);
+    display->display_->setDesktop(unknownDesktop());
+    display->display_->setEnabled(false, now());
+    return display;
+}
+
+PanelDisplay::~PanelDisplay() {
+    if (timer_) timer_->invalidate();
+    if (display_) display_->setEnabled(false, now());
+}
+
+void PanelDisplay::setEnabled(bool isEnabled) {
+    isEnabled_ = isEnabled;
+    // What is down is lifted before anybody else can see the next finger.
+    giveAsWanted();
+    panel_->setHeld(isEnabled);
+}
+
+void PanelDisplay::setWatched(bool isWatched) {
+    isWatched_ = isWatched;
+    giveAsWanted();
+}
+
+PanelDisplay::State PanelDisplay::state() const {
+    if (!isEnabled_) return State::Off;
+    if (isHeld_) return State::Held;
+    return panel_->isHeldByAnother() ? State::HeldByAnother : State::Waiting;
+}
+
+void PanelDisplay::panelIsHeld(touch::Time /*now*/) {
+    isHeld_ = true;
+    giveAsWanted();
+}
+
+void PanelDisplay::panelIsFree(touch::Time /*now*/) {
+    isHeld_ = false;
+    giveAsWanted();
+}
+
+void PanelDisplay::panelReported(const touch::Frame& frame) {
+    if (!hasFingers_ && !frame.contacts.empty()) handlers_.handBegins();
+    hasFingers_ = !frame.contacts.empty();
+    if (isWatched_) tellWatcher(frame);
+    display_->frame(frame);
+    awaitDeadline();
+}
+
+void PanelDisplay::panelIsGone() {
+    isHeld_ = false;
+    giveAsWanted();
+    // A copy, since it may destroy this.
+    const auto gone = handlers_.gone;
+    gone();
+}
+
+void PanelDisplay::giveAsWanted() {
+    const bool isGiving = isEnabled_ && isHeld_ && !isWatched_;
+    if (isGiving != display_->isEnabled()) display_->setEnabled(isGiving, now());
+    awaitDeadline();
+}
+
+void PanelDisplay::tellWatcher(const touch::Frame& frame) {
+    const touch::Size glass = panel_->size();
+    ContactFrame told{static_cast<std::uint64_t>(frame.time.count()), glass.width, glass.height, {}};
+    for (const touch::Contact& contact : frame.contacts) {
+        if (contact.isPalm) continue;
+        told.contacts.push_back({contact.id, contact.place.x / glass.width, contact.place.y / glass.height});
+    }
+    handlers_.watched(told);
+}
+
+void PanelDisplay::awaitDeadline() {
+    if (timer_) timer_->invalidate();
+    timer_.reset();
+    const auto deadline = display_->deadline();
+    if (!deadline) return;
+    const double seconds = std::chrono::duration<double>(*deadline - now()).count();
+    timer_ = platform::NSTimer::scheduledTimerWithTimeInterval(seconds, *this, [this] {
+        display_->timeout(now());
+        awaitDeadline();
+    });
+}
+
+} // namespace kelvo

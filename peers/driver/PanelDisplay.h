@@ -1,0 +1,68 @@
+#pragma once
+
+#include "peers/driver/ContactFrame.h"
+#include "platform/NSObject.h"
+#include "platform/RunLoop.h"
+#include "touch/Panel.h"
+#include "touch/TouchDisplay.h"
+
+#include <functional>
+#include <memory>
+
+namespace kelvo {
+
+/// A display with a panel: what its fingers mean is given out while the panel is held. Timeouts come when they are due,
+/// and nothing wakes up without a finger.
+class PanelDisplay final : public platform::NSObject, private touch::Panel::Listener {
+public:
+    /// What a display does. None of them may destroy it but `gone`, which comes last.
+    struct Handlers {
+        /// The first finger of a hand is about to be seen.
+        std::function<void()> handBegins;
+        /// The raw contacts of a display that is watched.
+        std::function<void(const ContactFrame& frame)> watched;
+        /// Its panel is no longer there, or no longer its own.
+        std::function<void()> gone;
+    };
+    /// Opens the panel for this listener; null where it is none.
+    using OpenPanel = std::function<std::unique_ptr<touch::Panel>(touch::Panel::Listener& listener)>;
+    enum class State { Off, Waiting, HeldByAnother, Held };
+
+    /// Null where there is no panel. `out` is where everything is given to.
+    [[nodiscard]] static std::unique_ptr<PanelDisplay> open(const OpenPanel& openPanel,
+                                                            std::unique_ptr<touch::Outputs> out, Handlers handlers);
+    explicit PanelDisplay(Handlers handlers) : handlers_(std::move(handlers)) {}
+    /// Lifts what is down, then lets go of the panel.
+    ~PanelDisplay() override;
+    PanelDisplay(const PanelDisplay&) = delete;
+    PanelDisplay& operator=(const PanelDisplay&) = delete;
+
+    void setSettings(const touch::Settings& settings) { display_->setSettings(settings); }
+    /// Off, the panel is everybody's, and what is down is lifted at once.
+    void setEnabled(bool isEnabled);
+    /// Watched, its fingers lead to nothing else.
+    void setWatched(bool isWatched);
+    [[nodiscard]] State state() const;
+
+private:
+    void panelIsHeld(touch::Time now) override;
+    void panelIsFree(touch::Time now) override;
+    void panelReported(const touch::Frame& frame) override;
+    void panelIsGone() override;
+
+    void giveAsWanted();
+    void tellWatcher(const touch::Frame& frame);
+    void awaitDeadline();
+
+    Handlers handlers_;
+    std::unique_ptr<touch::Outputs> out_;
+    std::unique_ptr<touch::Panel> panel_;
+    std::unique_ptr<touch::TouchDisplay> display_;
+    std::shared_ptr<platform::NSTimer> timer_;
+    bool isEnabled_ = false;
+    bool isWatched_ = false;
+    bool isHeld_ = false;
+    bool hasFingers_ = false;
+};
+
+} // namespace kelvo

@@ -1,0 +1,228 @@
+#include "peers/driver/TouchDriver.h"
+
+#include "linux/EvdevDisplay.h"
+#include "linux/VirtualDevices.h"
+#include "peers/JsonLine.h"
+#include "peers/driver/DisplayNames.h"
+#include "platform/Log.h"
+#include "platform/PropertyList.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+using platform::NSMutableDictionary;
+
+std::string_view nameOf(PanelDisplay::State state) {
+    switch (state) {
+    case PanelDisplay::State::Off:
+        return "off";
+    case PanelDisplay::State::Waiting:
+        return "waiting until no finger is on it";
+    case PanelDisplay::State::HeldByAnother:
+        return "held by another program";
+    case PanelDisplay::State::Held:
+        break;
+    }
+    return "in use";
+}
+
+} // namespace
+
+TouchDriver::TouchDriver(platform::CFRunLoop& loop, std::function<void(std::size_t count)> displaysChanged)
+    : loop_(loop), displaysChanged_(std::move(displaysChanged)), core_(*this, {}, ownCommands()) {}
+
+TouchDriver::~TouchDriver() = default;
+
+bool TouchDriver::start() { return core_.start(); }
+
+void TouchDriver::stop() {
+    source_.reset();
+    core_.stop();
+}
+
+void TouchDriver::use(std::unique_ptr<DisplaySource> source, std::unique_ptr<DisplaySource> next) {
+    source_ = std::move(source);
+    nextSource_ = std::move(next);
+    source_->begin({[this](FoundDisplay found) {
+                        // What is handed over can only be moved, which a function cannot hold.
+                        const auto shared = std::make_shared<FoundDisplay>(std::move(found));
+                        later([this, shared] { come(std::move(*shared)); });
+                    },
+                    [this](std::uint32_t id) { later([this, id] { suspend(id); }); },
+                    [this](std::uint32_t id) { later([this, id] { go(id); }); },
+                    [this](std::uint32_t id, const std::string& name, const std::string& reason) {
+                        platform::NSLog("%@ is not used: %@", name, reason);
+                        refused_[id] = {name, reason};
+                    },
+                    [](std::size_t count) {
+                        if (count == 0) platform::NSLog("there is no touch display; one that is plugged in is used");
+                    },
+                    [this] { later([this] { changeSource(); }); }});
+}
+
+void TouchDriver::later(std::function<void()> event) {
+    events_.push_back(std::move(event));
+    platform::NSTimer::scheduledTimerWithTimeInterval(0.0, life_, [this] { serveEvents(); });
+}
+
+void TouchDriver::serveEvents() {
+    if (isServing_) return;
+    isServing_ = true;
+    while (!events_.empty()) {
+        const auto event = std::move(events_.front());
+        events_.pop_front();
+        try {
+            event();
+        } catch (const std::runtime_error& error) {
+            platform::NSLog("%@", std::string_view(error.what()));
+        }
+    }
+    isServing_ = false;
+}
+
+void TouchDriver::changeSource() {
+    if (nextSource_) {
+        platform::NSLog("kelvo-touch-devices is not there; the driver opens displays itself");
+        use(std::exchange(nextSource_, nullptr));
+    } else {
+        platform::NSLog("displays cannot be looked for; see whether kelvo-touch-devices and udev are installed");
+    }
+}
+
+// Displays come and go
+
+void TouchDriver::come(FoundDisplay found) {
+    refused_.erase(found.id);
+    if (Display* known = displayWith(found.id)) {
+        (void)give(*known, std::move(found));
+        return;
+    }
+    const std::string kernelName = found.name;
+    displays_.push_back({found.id, newNameFor(found), {}, false, nullptr, nullptr});
+    Display& display = displays_.back();
+    try {
+        if (!give(display, std::move(found))) throw std::runtime_error("it is no touch display any more");
+        core_.connect(display.name);
+    } catch (const std::runtime_error& error) {
+        platform::NSLog("%@ is not used: %@", kernelName, std::string_view(error.what()));
+        displays_.pop_back();
+    }
+    displaysChanged_(displays_.size());
+}
+
+std::string TouchDriver::newNameFor(const FoundDisplay& found) {
+    return rememberedDisplayName(found.name, found.identity,
+                                 [this](const std::string& name) { return displayNamed(name) != nullptr; });
+}
+
+/// False where the panel is gone already.
+bool TouchDriver::give(Display& display, FoundDisplay found) {
+    const Evdev device = evdevOf(found.file.number());
+    if (!device || !isTouchDisplay(device.get())) return false;
+    auto out = std::make_unique<VirtualDevices>(std::move(found.nodes), panelDescriptionOf(device.get()));
+    display.panel = PanelDisplay::open(
+        [&](touch::Panel::Listener& listener) -> std::unique_ptr<touch::Panel> {
+            return EvdevDisplay::open(loop_, std::move(found.file), listener);
+        },
+        std::move(out),
+        {[this] { core_.followOtherFiles(); },
+         [this, name = display.name](const ContactFrame& frame) { core_.sendFrame(name, frame); },
+         [this, id = display.id] { suspend(id); }});
+    if (!display.panel) return false;
+    display.devices = std::move(found.devices);
+    display.panel->setSettings(display.settings);
+    display.panel->setWatched(display.isWatched);
+    display.panel->setEnabled(isDriverEnabled_);
+    return true;
+}
+
+void TouchDriver::suspend(std::uint32_t id) {
+    Display* display = displayWith(id);
+    if (!display) return;
+    display->panel.reset();
+    display->devices.reset();
+}
+
+void TouchDriver::go(std::uint32_t id) {
+    refused_.erase(id);
+    const Display* display = displayWith(id);
+    if (!display) return;
+    core_.disconnect(std::string(display->name));
+    displaysChanged_(displays_.size());
+}
+
+TouchDriver::Display* TouchDriver::displayWith(std::uint32_t id) {
+    const auto found =
+        std::find_if(displays_.begin(), displays_.end(), [&](const Display& display) { return display.id == id; });
+    return found == displays_.end() ? nullptr : &*found;
+}
+
+TouchDriver::Display* TouchDriver::displayNamed(const std::string& name) {
+    const auto found =
+        std::find_if(displays_.begin(), displays_.end(), [&](const Display& display) { return display.name == name; });
+    return found == displays_.end() ? nullptr : &*found;
+}
+
+// What the core asks for
+
+void TouchDriver::setSettings(const std::string& name, const touch::Settings& settings) {
+    Display* display = displayNamed(name);
+    if (!display) return;
+    display->settings = settings;
+    if (display->panel) display->panel->setSettings(settings);
+}
+
+void TouchDriver::forget(const std::string& name) {
+    displays_.remove_if([&](const Display& display) { return display.name == name; });
+}
+
+void TouchDriver::setDriverEnabled(bool isEnabled) {
+    isDriverEnabled_ = isEnabled;
+    for (const Display& display : displays_) {
+        if (display.panel) display.panel->setEnabled(isEnabled);
+    }
+}
+
+void TouchDriver::setWatched(const std::string& name, bool isWatched) {
+    Display* display = displayNamed(name);
+    if (!display) return;
+    if (isWatched && !display->panel) {
+        throw std::runtime_error("\"" + name + "\" belongs to another session now; switch back to this one");
+    }
+    display->isWatched = isWatched;
+    if (display->panel) display->panel->setWatched(isWatched);
+}
+
+void TouchDriver::beginRecording(const std::string& name, const std::string& /*path*/) {
+    throw std::runtime_error("\"" + name + "\" cannot be recorded by this driver; use evemu-record");
+}
+
+void TouchDriver::endRecording(const std::string& name) {
+    throw std::runtime_error("\"" + name + "\" is not being recorded");
+}
+
+// Its own commands
+
+std::vector<ControlCommand> TouchDriver::ownCommands() {
+    return {{"states", 0, 0, [this](const ControlCommand::Words&) { return states(); }}};
+}
+
+/// What each display is doing, and why one that is there is not used.
+std::string TouchDriver::states() const {
+    auto used = NSMutableDictionary::dictionary();
+    for (const Display& display : displays_) {
+        used.setObjectForKey(display.panel ? nameOf(display.panel->state()) : "inactive", display.name);
+    }
+    auto refused = NSMutableDictionary::dictionary();
+    for (const auto& [id, nameAndReason] : refused_) {
+        refused.setObjectForKey(nameAndReason.second, nameAndReason.first);
+    }
+    return jsonLine(NSMutableDictionary::dictionaryWithObjectsAndKeys({{used, "displays"}, {refused, "refused"}}));
+}
+
+} // namespace kelvo

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "peers/driver/DisplaySource.h"
+#include "peers/driver/DriverCore.h"
+#include "peers/driver/PanelDisplay.h"
+#include "platform/NSObject.h"
+#include "platform/RunLoop.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+/// The driver of the real displays: has the core serve those that a source finds.
+class TouchDriver final : public Displays {
+public:
+    /// `displaysChanged` is told how many there are, now and after each change. The loop outlives the driver.
+    TouchDriver(platform::CFRunLoop& loop, std::function<void(std::size_t count)> displaysChanged);
+    ~TouchDriver() override;
+
+    /// False when another driver runs already or there is no session bus.
+    [[nodiscard]] bool start();
+    /// Looks for displays there, and where that source is missing, in the next one.
+    void use(std::unique_ptr<DisplaySource> source, std::unique_ptr<DisplaySource> next = nullptr);
+    /// As the end of the driver: everything is lifted and every display is everybody's.
+    void stop();
+    [[nodiscard]] DriverCore& core() { return core_; }
+
+    void setSettings(const std::string& name, const touch::Settings& settings) override;
+    void forget(const std::string& name) override;
+    void setDriverEnabled(bool isEnabled) override;
+    void setWatched(const std::string& name, bool isWatched) override;
+    void beginRecording(const std::string& name, const std::string& path) override;
+    void endRecording(const std::string& name) override;
+
+private:
+    struct Display {
+        std::uint32_t id = 0;
+        std::string name;
+        touch::Settings settings;
+        bool isWatched = false;
+        /// None while another session has it.
+        std::unique_ptr<PanelDisplay> panel;
+        /// Go after the panel has lifted what is down.
+        std::unique_ptr<Hardware::Devices> devices;
+    };
+
+    [[nodiscard]] std::vector<ControlCommand> ownCommands();
+    [[nodiscard]] std::string states() const;
+
+    void later(std::function<void()> event);
+    void serveEvents();
+    void come(FoundDisplay found);
+    void suspend(std::uint32_t id);
+    void go(std::uint32_t id);
+    void changeSource();
+    [[nodiscard]] bool give(Display& display, FoundDisplay found);
+    [[nodiscard]] Display* displayWith(std::uint32_t id);
+    [[nodiscard]] Display* displayNamed(const std::string& name);
+    [[nodiscard]] std::string newNameFor(const FoundDisplay& found);
+
+    platform::CFRunLoop& loop_;
+    std::function<void(std::size_t count)> displaysChanged_;
+    bool isDriverEnabled_ = true;
+    std::list<Display> displays_;
+    /// Why a display that is there is not used, by what the source calls it.
+    std::map<std::uint32_t, std::pair<std::string, std::string>> refused_;
+    /// What a source has told of, in its order: connecting a display tells the pane, which runs the loop, and no source
+    /// bears that from within what it tells.
+    std::deque<std::function<void()>> events_;
+    bool isServing_ = false;
+    std::unique_ptr<DisplaySource> source_;
+    std::unique_ptr<DisplaySource> nextSource_;
+    DriverCore core_;
+    /// Ends what waits in the loop.
+    platform::NSObject life_;
+};
+
+} // namespace kelvo

@@ -1,0 +1,222 @@
+#include "peers/driver/TouchDriver.h"
+
+#include "linux/PollRunLoop.h"
+#include "peers/JsonLine.h"
+#include "peers/PeerPlatform.h"
+#include "support/EnvironmentVariable.h"
+#include "support/EventNode.h"
+#include "support/PrivateBus.h"
+#include "support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using support::EventNode;
+
+std::int64_t now() {
+    return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+/// A source that tells what a test says.
+class ScriptedSource final : public kelvo::DisplaySource {
+public:
+    explicit ScriptedSource(Handlers& handlers) : handlers_(handlers) {}
+    void begin(Handlers handlers) override { handlers_ = std::move(handlers); }
+
+private:
+    Handlers& handlers_;
+};
+
+/// A panel and its four virtual devices.
+struct Machine {
+    EventNode panel{EventNode::panel()};
+    std::array<std::unique_ptr<EventNode>, kelvo::kVirtualDevices> devices;
+
+    Machine() {
+        for (auto& device : devices) device = std::make_unique<EventNode>(EventNode::Device{});
+    }
+
+    kelvo::FoundDisplay found(std::uint32_t id, const std::string& identity = "") {
+        kelvo::FoundDisplay display{
+            .id = id, .name = "Panel", .identity = identity, .file = {}, .nodes = {}, .devices = {}};
+        display.file = kelvo::Descriptor(panel.open());
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            display.nodes.at(i) = kelvo::Descriptor(devices.at(i)->open());
+        }
+        return display;
+    }
+    [[nodiscard]] const std::vector<std::vector<input_event>>& touches() const { return devices[0]->written; }
+};
+
+class TouchDriverTest : public testing::Test {
+protected:
+    TouchDriverTest() {
+        EXPECT_TRUE(driver.start());
+        driver.use(std::make_unique<ScriptedSource>(tell));
+    }
+
+    void serve() {
+        bool isOver = false;
+        loop.scheduleTimer(0.0, [&] { loop.scheduleTimer(0.0, [&] { isOver = true; }); });
+        loop.runUntil([&] { return isOver; }, 20.0);
+    }
+    void come(kelvo::FoundDisplay found) {
+        tell.came(std::move(found));
+        serve();
+    }
+    void drag(Machine& on) {
+        for (std::int32_t x = 1000; x < 1400; x += 20) {
+            on.panel.touch(0, 5, x, 500);
+            on.panel.report(now());
+            serve();
+        }
+    }
+    void lift(Machine& on) {
+        on.panel.lift(0);
+        on.panel.report(now());
+        serve();
+    }
+
+    TemporaryDirectory home;
+    PrivateBus bus;
+    EnvironmentVariable homeVariable{"HOME", home.path()};
+    EnvironmentVariable busVariable{"DBUS_SESSION_BUS_ADDRESS", bus.address()};
+    kelvo::PollRunLoop loop;
+    kelvo::PeerPlatform services{"touch-driver-test", loop};
+    Machine machine;
+    kelvo::DisplaySource::Handlers tell;
+    std::vector<std::size_t> counts;
+    kelvo::TouchDriver driver{loop, [this](std::size_t count) { counts.push_back(count); }};
+};
+
+TEST_F(TouchDriverTest, ADisplayThatComesIsConnectedAndHeld) {
+    come(machine.found(1));
+    EXPECT_EQ(driver.core().status(), R"({"devices": ["Panel"], "enabled": true})");
+    EXPECT_GE(machine.panel.grabber(), 0);
+    EXPECT_EQ(counts, std::vector<std::size_t>{1});
+}
+
+TEST_F(TouchDriverTest, AFingerThatDragsIsATouchOnTheVirtualScreen) {
+    come(machine.found(1));
+    drag(machine);
+    lift(machine);
+    ASSERT_FALSE(machine.touches().empty());
+    const input_event& last = machine.touches().back()[1];
+    EXPECT_EQ(last.code, ABS_MT_TRACKING_ID);
+    EXPECT_EQ(last.value, -1);
+}
+
+TEST_F(TouchDriverTest, ADisplayThatIsUnpluggedUnderAFingerLeavesNothingDown) {
+    come(machine.found(1));
+    drag(machine);
+    machine.panel.unplug();
+    tell.went(1);
+    serve();
+    EXPECT_EQ(driver.core().status(), R"({"devices": [], "enabled": true})");
+    EXPECT_EQ(machine.touches().back()[1].value, -1);
+    EXPECT_EQ(counts, (std::vector<std::size_t>{1, 0}));
+}
+
+TEST_F(TouchDriverTest, ADisplayThatComesAgainHasItsNameAgain) {
+    come(machine.found(1, "Maker_1"));
+    tell.went(1);
+    serve();
+    come(machine.found(2, "Maker_1"));
+    EXPECT_EQ(driver.core().status(), R"({"devices": ["Panel"], "enabled": true})");
+}
+
+TEST_F(TouchDriverTest, ASecondDisplayLikeTheFirstHasANameOfItsOwn) {
+    Machine second;
+    come(machine.found(1, "Maker_1"));
+    come(second.found(2, "Maker_2"));
+    EXPECT_EQ(driver.core().status(), R"({"devices": ["Panel", "Panel 2"], "enabled": true})");
+    drag(second);
+    EXPECT_FALSE(second.touches().empty());
+    EXPECT_TRUE(machine.touches().empty());
+}
+
+TEST_F(TouchDriverTest, ADriverThatIsSwitchedOffLetsGoOfItsDisplays) {
+    come(machine.found(1));
+    driver.core().setDriverEnabled(false);
+    EXPECT_LT(machine.panel.grabber(), 0);
+    drag(machine);
+    EXPECT_TRUE(machine.touches().empty());
+    lift(machine);
+    driver.core().setDriverEnabled(true);
+    EXPECT_GE(machine.panel.grabber(), 0);
+}
+
+TEST_F(TouchDriverTest, ADisplayThatComesWhileTheDriverIsOffIsLeftAlone) {
+    driver.core().setDriverEnabled(false);
+    come(machine.found(1));
+    EXPECT_EQ(driver.core().status(), R"({"devices": ["Panel"], "enabled": false})");
+    EXPECT_EQ(machine.panel.grabs, 0);
+}
+
+TEST_F(TouchDriverTest, ADisplayOfAnotherSessionStaysConnectedAndComesBack) {
+    come(machine.found(1));
+    tell.suspended(1);
+    serve();
+    EXPECT_EQ(driver.core().status(), R"({"devices": ["Panel"], "enabled": true})");
+    EXPECT_LT(machine.panel.grabber(), 0);
+    come(machine.found(1));
+    EXPECT_EQ(driver.core().status(), R"({"devices": ["Panel"], "enabled": true})");
+    EXPECT_GE(machine.panel.grabber(), 0);
+    drag(machine);
+    EXPECT_FALSE(machine.touches().empty());
+}
+
+TEST_F(TouchDriverTest, ADisplayThatIsRevokedUnderAFingerIsHeldAgainWhenItComesBack) {
+    kelvo::FoundDisplay found = machine.found(1);
+    const int file = found.file.number();
+    come(std::move(found));
+    drag(machine);
+    ASSERT_EQ(machine.panel.answerIoctl(file, EVIOCREVOKE, nullptr), 0);
+    serve();
+    EXPECT_EQ(machine.touches().back()[1].value, -1);
+    lift(machine);
+    come(machine.found(1));
+    EXPECT_GE(machine.panel.grabber(), 0);
+}
+
+TEST_F(TouchDriverTest, TheEndLetsGoOfEverything) {
+    come(machine.found(1));
+    drag(machine);
+    driver.stop();
+    EXPECT_LT(machine.panel.grabber(), 0);
+    EXPECT_EQ(machine.touches().back()[1].value, -1);
+}
+
+TEST_F(TouchDriverTest, WhatIsNoTouchDisplayIsNotConnected) {
+    auto device = EventNode::panel();
+    device.properties = {};
+    EventNode mouse(device);
+    kelvo::FoundDisplay found = machine.found(1);
+    found.file = kelvo::Descriptor(mouse.open());
+    come(std::move(found));
+    EXPECT_EQ(driver.core().status(), R"({"devices": [], "enabled": true})");
+}
+
+TEST_F(TouchDriverTest, WhereOneSourceIsMissingTheNextOneServes) {
+    kelvo::DisplaySource::Handlers first;
+    kelvo::DisplaySource::Handlers second;
+    driver.use(std::make_unique<ScriptedSource>(first), std::make_unique<ScriptedSource>(second));
+    first.missing();
+    serve();
+    ASSERT_TRUE(second.came);
+    second.came(machine.found(1));
+    serve();
+    EXPECT_EQ(driver.core().status(), R"({"devices": ["Panel"], "enabled": true})");
+}
+
+} // namespace
