@@ -139,7 +139,9 @@ bool EvdevDisplay::readNext(unsigned& flag) {
 }
 
 void EvdevDisplay::take(const input_event& event) {
-    if (!slots_.take(kernelEventOf(event)) || !isHeld_) return;
+    const touch::KernelEvent taken = kernelEventOf(event);
+    if (pen_ && isHeld_ && taken.time >= heldSince_) pen_(taken);
+    if (!slots_.take(taken) || !isHeld_) return;
     const touch::Frame frame = slots_.frame();
     if (frame.time >= heldSince_) listener_.panelReported(frame);
 }

@@ -7,9 +7,11 @@
 
 #include <libevdev/libevdev.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 struct input_event;
 
@@ -47,6 +49,7 @@ public:
     [[nodiscard]] const touch::PanelDescription& description() const override { return description_; }
     [[nodiscard]] touch::Size size() const override { return glass_.size(); }
     void setHeld(bool isHeld) override;
+    void setPen(std::function<void(const touch::KernelEvent& event)> pen) override { pen_ = std::move(pen); }
     [[nodiscard]] bool isHeldByAnother() const override { return isHeldByAnother_; }
 
 private:
@@ -67,6 +70,7 @@ private:
     touch::PanelDescription description_;
     touch::Glass glass_;
     touch::SlotTable slots_;
+    std::function<void(const touch::KernelEvent& event)> pen_;
     bool isWanted_ = false;
     bool isHeld_ = false;
     bool isHeldByAnother_ = false;

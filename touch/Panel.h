@@ -2,9 +2,11 @@
 
 #include "touch/Frame.h"
 #include "touch/Glass.h"
+#include "touch/KernelEvent.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace touch {
@@ -55,6 +57,9 @@ public:
     /// Whether this program is to have the panel to itself. That begins and ends only while no finger is on the glass,
     /// so that no touch is seen by half: at once, or when the last finger has been lifted.
     virtual void setHeld(bool isHeld) = 0;
+    /// From now on each event that is read while the panel is held goes to `pen` too, before the report it belongs to;
+    /// to none where that is empty.
+    virtual void setPen(std::function<void(const KernelEvent& event)> pen) = 0;
     /// Another program has the panel to itself.
     [[nodiscard]] virtual bool isHeldByAnother() const = 0;
 };

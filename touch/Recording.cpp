@@ -1,5 +1,6 @@
 #include "touch/Recording.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <stdexcept>
@@ -183,6 +184,56 @@ void Recording::play(const Glass& glass, const std::function<void(const Frame&)>
     for (const KernelEvent& event : events) {
         if (table.take(event)) see(table.frame());
     }
+}
+
+namespace {
+
+std::string hexadecimal(std::uint32_t number, std::size_t digits) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string text(digits, '0');
+    for (std::size_t i = digits; i > 0; --i, number /= 16) text[i - 1] = kDigits[number % 16];
+    return text;
+}
+
+std::string axisLine(std::int32_t code, const Axis& axis) {
+    return std::string("A: ")
+        .append(hexadecimal(static_cast<std::uint32_t>(code), 2))
+        .append(" ")
+        .append(std::to_string(axis.minimum))
+        .append(" ")
+        .append(std::to_string(axis.maximum))
+        .append(" 0 0 ")
+        .append(std::to_string(axis.resolution))
+        .append("\n");
+}
+
+/// A name must not begin another line.
+std::string onOneLine(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    return text;
+}
+
+} // namespace
+
+std::string textOf(const PanelDescription& panel) {
+    std::string text = std::string("# EVEMU 1.3\nN: ").append(onOneLine(panel.name)).append("\nI:");
+    for (const std::uint16_t id : {panel.bus, panel.vendor, panel.product, panel.version}) {
+        text.append(" ").append(hexadecimal(id, 4));
+    }
+    text.append("\nP: ").append(hexadecimal(kDirectProperty, 2)).append("\n");
+    text += axisLine(kSlotAxis, {.minimum = 0, .maximum = static_cast<std::int32_t>(panel.slots) - 1});
+    return text + axisLine(kPositionXAxis, panel.x) + axisLine(kPositionYAxis, panel.y);
+}
+
+std::string textOf(const KernelEvent& event) {
+    const auto seconds = event.time.count() / kMicrosecondsInSecond;
+    std::string microseconds = std::to_string(event.time.count() % kMicrosecondsInSecond);
+    microseconds.insert(0, 6 - microseconds.size(), '0');
+    std::string text("E: ");
+    text.append(std::to_string(seconds)).append(".").append(microseconds);
+    for (const std::uint16_t number : {event.type, event.code}) text.append(" ").append(hexadecimal(number, 4));
+    return text.append(" ").append(std::to_string(event.value)).append("\n");
 }
 
 } // namespace touch

@@ -5,6 +5,7 @@
 #include "touch/SlotTable.h"
 
 #include <functional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -26,5 +27,9 @@ struct Recording : PanelDescription {
 /// std::runtime_error, which names the line, for what cannot be read, and for panels that are no touch screens with
 /// slots.
 [[nodiscard]] Recording readRecording(std::string_view events, std::string_view description = {});
+
+/// A panel's description, and an event, as lines of that form.
+[[nodiscard]] std::string textOf(const PanelDescription& panel);
+[[nodiscard]] std::string textOf(const KernelEvent& event);
 
 } // namespace touch

@@ -2,20 +2,13 @@
 
 #include "touch/Frame.h"
 #include "touch/Glass.h"
+#include "touch/KernelEvent.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
 namespace touch {
-
-/// An event as the kernel has it.
-struct KernelEvent {
-    Time time{0};
-    std::uint16_t type = 0;
-    std::uint16_t code = 0;
-    std::int32_t value = 0;
-};
 
 /// The kernel's slots of one panel. An event says what has changed; a frame says how things stand.
 class SlotTable {

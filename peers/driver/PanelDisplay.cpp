@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 
 #include <chrono>
+#include <stdexcept>
 #include <utility>
 
 namespace kelvo {
@@ -31,7 +32,7 @@ std::unique_ptr<PanelDisplay> PanelDisplay::open(const OpenPanel& openPanel, std
     display->panel_ = openPanel(*display);
     if (!display->panel_) return nullptr;
     display->out_ = std::move(out);
-    display->display_ = std::make_unique<touch::TouchDisplay>(display->panel_->size(), *display->out_, logFault);
+    display->display_ = std::make_unique<touch::TouchDisplay>(display->panel_->size(), display->splitter_, logFault);
     display->display_->setDesktop(unknownDesktop());
     display->display_->setEnabled(false, now());
     return display;
@@ -58,6 +59,23 @@ PanelDisplay::State PanelDisplay::state() const {
     if (!isEnabled_) return State::Off;
     if (isHeld_) return State::Held;
     return panel_->isHeldByAnother() ? State::HeldByAnother : State::Waiting;
+}
+
+void PanelDisplay::beginRecording(const std::string& path, const std::string& settings) {
+    if (recording_) throw std::runtime_error("it is being recorded already");
+    recording_ = std::make_unique<RecordingFile>(path, panel_->description(), settings);
+    panel_->setPen([this](const touch::KernelEvent& event) { recording_->write(event); });
+}
+
+bool PanelDisplay::endRecording() {
+    panel_->setPen({});
+    const auto recording = std::exchange(recording_, nullptr);
+    return recording && recording->finish();
+}
+
+void PanelDisplay::Splitter::give(const touch::Output& output, touch::Time now) {
+    display_.out_->give(output, now);
+    if (display_.recording_) display_.recording_->write(output, now);
 }
 
 void PanelDisplay::panelIsHeld(touch::Time /*now*/) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "peers/driver/ContactFrame.h"
+#include "peers/driver/RecordingFile.h"
 #include "platform/NSObject.h"
 #include "platform/RunLoop.h"
 #include "touch/Panel.h"
@@ -8,6 +9,8 @@
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <utility>
 
 namespace kelvo {
 
@@ -44,7 +47,24 @@ public:
     void setWatched(bool isWatched);
     [[nodiscard]] State state() const;
 
+    /// Writes all that the fingers do, and what comes of it, into a new file. What cannot be done is a
+    /// std::runtime_error.
+    void beginRecording(const std::string& path, const std::string& settings);
+    /// False where not all could be written.
+    [[nodiscard]] bool endRecording();
+    [[nodiscard]] bool isRecording() const { return recording_ != nullptr; }
+
 private:
+    /// Gives to the devices, and to the recording where there is one.
+    class Splitter final : public touch::Outputs {
+    public:
+        explicit Splitter(PanelDisplay& display) : display_(display) {}
+        void give(const touch::Output& output, touch::Time now) override;
+
+    private:
+        PanelDisplay& display_;
+    };
+
     void panelIsHeld(touch::Time now) override;
     void panelIsFree(touch::Time now) override;
     void panelReported(const touch::Frame& frame) override;
@@ -56,6 +76,8 @@ private:
 
     Handlers handlers_;
     std::unique_ptr<touch::Outputs> out_;
+    std::unique_ptr<RecordingFile> recording_;
+    Splitter splitter_{*this};
     std::unique_ptr<touch::Panel> panel_;
     std::unique_ptr<touch::TouchDisplay> display_;
     std::shared_ptr<platform::NSTimer> timer_;

@@ -1,5 +1,6 @@
 #include "peers/driver/TouchDriver.h"
 
+#include "TDUtilities.h"
 #include "linux/EvdevDisplay.h"
 #include "linux/VirtualDevices.h"
 #include "peers/JsonLine.h"
@@ -198,12 +199,20 @@ void TouchDriver::setWatched(const std::string& name, bool isWatched) {
     if (display->panel) display->panel->setWatched(isWatched);
 }
 
-void TouchDriver::beginRecording(const std::string& name, const std::string& /*path*/) {
-    throw std::runtime_error("\"" + name + "\" cannot be recorded by this driver; use evemu-record");
+void TouchDriver::beginRecording(const std::string& name, const std::string& path) {
+    recordable(name).beginRecording(path, jsonLine(readSettingItemsFromPlist(getSettingsFilePath(name))));
 }
 
 void TouchDriver::endRecording(const std::string& name) {
-    throw std::runtime_error("\"" + name + "\" is not being recorded");
+    PanelDisplay& display = recordable(name);
+    if (!display.isRecording()) throw std::runtime_error("\"" + name + "\" is not being recorded");
+    if (!display.endRecording()) throw std::runtime_error("not all was written; see whether the disk is full");
+}
+
+PanelDisplay& TouchDriver::recordable(const std::string& name) {
+    Display* display = displayNamed(name);
+    if (display && display->panel) return *display->panel;
+    throw std::runtime_error("\"" + name + "\" belongs to another session now; switch back to this one");
 }
 
 // Its own commands

@@ -63,6 +63,7 @@ private:
     void changeSource();
     [[nodiscard]] bool give(Display& display, FoundDisplay found);
     [[nodiscard]] Display* displayWith(std::uint32_t id);
+    [[nodiscard]] PanelDisplay& recordable(const std::string& name);
     [[nodiscard]] Display* displayNamed(const std::string& name);
     [[nodiscard]] std::string newNameFor(const FoundDisplay& found);
 

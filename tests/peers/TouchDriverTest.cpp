@@ -7,6 +7,7 @@
 #include "support/EventNode.h"
 #include "support/PrivateBus.h"
 #include "support/TemporaryDirectory.h"
+#include "touch/Recording.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +15,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -205,6 +207,54 @@ TEST_F(TouchDriverTest, WhatIsNoTouchDisplayIsNotConnected) {
     found.file = kelvo::Descriptor(mouse.open());
     come(std::move(found));
     EXPECT_EQ(driver.core().status(), R"({"devices": [], "enabled": true})");
+}
+
+TEST_F(TouchDriverTest, ARecordingHasWhatThePanelSentAndPlaysTheSameAgain) {
+    come(machine.found(1));
+    const std::string path = home.path("fingers.events");
+    driver.beginRecording("Panel", path);
+    drag(machine);
+    lift(machine);
+    driver.endRecording("Panel");
+    const touch::Recording recording = touch::readRecording(home.read("fingers.events"));
+    EXPECT_EQ(recording.name, "Panel");
+    EXPECT_EQ(recording.vendor, 0x04f3);
+    EXPECT_EQ(recording.slots, 10U);
+    EXPECT_EQ(recording.x.maximum, 2000);
+    EXPECT_EQ(recording.y.resolution, 10);
+    std::size_t frames = 0;
+    touch::Frame last;
+    recording.play(touch::Glass(recording.x, recording.y), [&](const touch::Frame& frame) {
+        if (!frame.contacts.empty()) last = frame;
+        ++frames;
+    });
+    EXPECT_EQ(frames, 21U);
+    ASSERT_EQ(last.contacts.size(), 1U);
+    EXPECT_DOUBLE_EQ(last.contacts[0].place.x, 138.0);
+    const std::string text = home.read("fingers.events");
+    EXPECT_NE(text.find("# settings: {"), std::string::npos);
+    EXPECT_NE(text.find("\"step\": \"down\""), std::string::npos) << text;
+}
+
+TEST_F(TouchDriverTest, ARecordingOverwritesNoFile) {
+    come(machine.found(1));
+    home.write("diary", "mine");
+    EXPECT_THROW(driver.beginRecording("Panel", home.path("diary")), std::runtime_error);
+    EXPECT_THROW(driver.beginRecording("Panel", "relative"), std::runtime_error);
+    EXPECT_THROW(driver.beginRecording("Panel", home.path("no/folder/here")), std::runtime_error);
+    EXPECT_EQ(home.read("diary"), "mine");
+    EXPECT_THROW(driver.endRecording("Panel"), std::runtime_error);
+}
+
+TEST_F(TouchDriverTest, ADisplayIsRecordedOnceAtATime) {
+    come(machine.found(1));
+    driver.beginRecording("Panel", home.path("one"));
+    EXPECT_THROW(driver.beginRecording("Panel", home.path("two")), std::runtime_error);
+    driver.endRecording("Panel");
+    driver.beginRecording("Panel", home.path("two"));
+    tell.went(1);
+    serve();
+    EXPECT_FALSE(home.read("two").empty());
 }
 
 TEST_F(TouchDriverTest, WhereOneSourceIsMissingTheNextOneServes) {

@@ -2,7 +2,8 @@
 
 #include "touch/Panel.h"
 
-#include <string>
+#include <functional>
+#include <utility>
 
 namespace support {
 
@@ -27,9 +28,11 @@ public:
         if (isHeld) listener_.panelIsHeld(touch::Time(0));
         if (!isHeld) listener_.panelIsFree(touch::Time(0));
     }
+    void setPen(std::function<void(const touch::KernelEvent& event)> pen_) override { pen = std::move(pen_); }
     void report(const touch::Frame& frame) { listener_.panelReported(frame); }
     void vanish() { listener_.panelIsGone(); }
 
+    std::function<void(const touch::KernelEvent& event)> pen;
     bool isWanted = false;
     bool isHeld = false;
     bool isHeldBack = false;

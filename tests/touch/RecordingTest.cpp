@@ -204,4 +204,30 @@ TEST(Glass, OfAResolutionThatNoPanelHasIsOfUnknownSize) {
     EXPECT_NEAR(touch::Glass({0, 16'383, 800}, {0, 9'215, 800}).size().width, 20.47875, 1e-9);
 }
 
+TEST(ARecording, IsReadAsItWasWritten) {
+    const touch::PanelDescription panel{.name = "Panel\nE: 0",
+                                        .bus = 3,
+                                        .vendor = 0x04f3,
+                                        .product = 0xa10c,
+                                        .version = 1,
+                                        .x = {-5, 2000, 10},
+                                        .y = {0, 1000, 7},
+                                        .slots = 10};
+    const touch::KernelEvent event{touch::Time(12'000'034), 3, 0x39, -1};
+    const touch::KernelEvent later{touch::Time(13'000'004), 0, 0, 0};
+    const touch::Recording read = touch::readRecording(textOf(panel) + textOf(event) + textOf(later));
+    EXPECT_EQ(read.name, "Panel E: 0");
+    EXPECT_EQ(read.bus, 3);
+    EXPECT_EQ(read.vendor, 0x04f3);
+    EXPECT_EQ(read.product, 0xa10c);
+    EXPECT_EQ(read.slots, 10U);
+    EXPECT_EQ(read.x.minimum, -5);
+    EXPECT_EQ(read.y.resolution, 7);
+    ASSERT_EQ(read.events.size(), 2U);
+    EXPECT_EQ(read.events[1].time - read.events[0].time, later.time - event.time);
+    EXPECT_EQ(read.events[0].type, 3);
+    EXPECT_EQ(read.events[0].code, 0x39);
+    EXPECT_EQ(read.events[0].value, -1);
+}
+
 } // namespace

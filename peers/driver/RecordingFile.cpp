@@ -1,0 +1,28 @@
+#include "peers/driver/RecordingFile.h"
+
+#include <filesystem>
+#include <stdexcept>
+
+namespace kelvo {
+
+namespace {
+
+std::ofstream newFile(const std::string& path) {
+    if (!path.starts_with('/')) throw std::runtime_error("the file to record into is named by its whole path");
+    std::error_code unknown;
+    if (std::filesystem::exists(std::filesystem::symlink_status(path, unknown))) {
+        throw std::runtime_error(path + " is there already; name another file");
+    }
+    std::ofstream file(path, std::ios::binary);
+    if (!file) throw std::runtime_error(path + " cannot be written; name a file in a folder of yours");
+    return file;
+}
+
+} // namespace
+
+RecordingFile::RecordingFile(const std::string& path, const touch::PanelDescription& panel, const std::string& settings)
+    : file_(newFile(path)), printer_([this](const std::string& line) { file_ << "# " << line << '\n'; }) {
+    file_ << touch::textOf(panel) << "# settings: " << settings << '\n';
+}
+
+} // namespace kelvo
