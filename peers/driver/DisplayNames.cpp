@@ -61,7 +61,7 @@ std::string cleaned(std::string_view text) {
 /// Bare for the first display of that name, with its number for others.
 std::string numberedName(std::string_view name, std::size_t number) {
     if (number == 1) return std::string(name);
-    const std::string ending = " " + std::to_string(number);
+    const std::string ending = std::string(" ").append(std::to_string(number));
     return cutTo(kLongestName - ending.size(), name) + ending;
 }
 
