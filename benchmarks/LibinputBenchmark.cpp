@@ -1,4 +1,4 @@
-#include "support/EventNode.h"
+#include "tests/support/EventNode.h"
 
 #include <benchmark/benchmark.h>
 #include <libinput.h>
