@@ -2,6 +2,7 @@
 #include "hosts/window/Options.h"
 #include "hosts/window/PaneWindow.h"
 #include "hosts/window/SingleInstance.h"
+#include "linux/StandardStreams.h"
 #include "linux/TerminationSignals.h"
 #include "qt/FormTexts.h"
 
@@ -102,6 +103,7 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    kelvo::keepPlacesOfClosedStreams();
     const kelvo::Options options = kelvo::parseOptions({argv + 1, argv + argc});
     if (!options.error.empty()) return fail(kUsageError, options.error);
     if (options.help) return print(kelvo::helpText());

@@ -1,5 +1,6 @@
 #include "TDNames.h"
 #include "linux/BundleDirectory.h"
+#include "linux/StandardStreams.h"
 #include "linux/TerminationSignals.h"
 #include "peers/DriverCommand.h"
 #include "peers/PeerPlatform.h"
@@ -173,6 +174,7 @@ int run(Occasion occasion, int argc, char* argv[]) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    kelvo::keepPlacesOfClosedStreams();
     const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     Occasion occasion = Occasion::Launch;
     for (const std::string& argument : arguments) {

@@ -1,3 +1,4 @@
+#include "linux/StandardStreams.h"
 #include "peers/touchctl/CommandLine.h"
 #include "peers/touchctl/Commands.h"
 #include "peers/touchctl/Services.h"
@@ -8,9 +9,6 @@
 #include <iostream>
 #include <string>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 namespace {
 
 using kelvo::touchctl::Status;
@@ -18,15 +16,6 @@ using kelvo::touchctl::Status;
 int fail(Status status, const std::string& reason) {
     std::cerr << "kelvo-touchctl: " << reason << '\n';
     return static_cast<int>(status);
-}
-
-/// Takes the places of the standard streams that are closed, so that nothing else is opened there. What is read from
-/// them or written to them fails as it would without.
-void keepPlacesOfClosedStreams() {
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        const bool isClosed = ::fcntl(stream, F_GETFD) < 0;
-        if (isClosed) (void)::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-    }
 }
 
 /// The bundle lies at the same place to the program in the build folder and where it is installed.
@@ -53,7 +42,7 @@ Status run(const kelvo::touchctl::Words& arguments) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    keepPlacesOfClosedStreams();
+    kelvo::keepPlacesOfClosedStreams();
     try {
         const Status status = run({argv + std::min(argc, 1), argv + argc});
         if (!std::cout.flush()) return fail(Status::Failure, "the output cannot be written; see where it goes");
