@@ -7,7 +7,7 @@ import unittest
 
 import desk
 from panels import ELAN
-from touch_cases import Felt, PLACES
+from touch_cases import Felt, OneFinger, PLACES
 
 DRIVER = pathlib.Path("/usr/bin/kelvo-touch-driver")
 UNIT = "kelvo-touch-driver.service"
@@ -29,7 +29,7 @@ class WithDriver(Felt):
         cls.addClassCleanup(desk.run, "systemctl", "--user", "stop", UNIT)
         desk.run("systemctl", "--user", "start", UNIT)
         desk.wait_for(cls.has_display, "the driver to have the display")
-        desk.wait_for(cls.has_pointer, "the display's virtual devices in the X server")
+        desk.wait_for(cls.has_devices, "the display's virtual devices in the X server")
 
     @staticmethod
     def has_display():
@@ -40,12 +40,19 @@ class WithDriver(Felt):
         return ELAN.name in utilities.get("CurrentDeviceType", [])
 
     @staticmethod
-    def has_pointer():
-        return f"{ELAN.name} Pointer" in desk.pointers()
+    def has_devices():
+        """The X server takes the display and its virtual devices in no certain order."""
+        names = desk.pointers()
+        return names.count(ELAN.name) == 2 and all(
+            f"{ELAN.name} {device}" in names for device in ("Pointer", "Touchpad", "Keys"))
 
     def clicks(self, start):
         return [event for event in self.events(start)
                 if event["event"] in ("press", "release") and not event["emulated"]]
+
+
+class InTouchMode(OneFinger, WithDriver):
+    """One finger is passed on as a touch."""
 
 
 class InPointerMode(WithDriver):

@@ -51,6 +51,11 @@ class OneFinger:
                 self.assertEqual([each["event"] for each in touches], ["touch begin", "touch end"])
                 self.assert_place(touches[0], place)
 
+
+
+class WithoutDriver(OneFinger, Felt):
+    """A machine whose driver does not run has a plain touch screen."""
+
     def test_a_drag_is_felt_from_where_it_begins_to_where_it_ends(self):
         start = len(self.felt.lines)
         self.panel.drag((0.1, 0.2), (0.8, 0.7))
@@ -59,10 +64,6 @@ class OneFinger:
         self.assert_place(touches[0], (0.1, 0.2))
         self.assert_place(touches[-1], (0.8, 0.7))
         self.assertIn("touch update", [each["event"] for each in touches])
-
-
-class WithoutDriver(OneFinger, Felt):
-    """A machine whose driver does not run has a plain touch screen."""
 
 
 if __name__ == "__main__":
