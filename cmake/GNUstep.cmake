@@ -29,8 +29,10 @@ if(KELVO_BUILD_SYSTEM_PREFERENCES)
   target_compile_definitions(kelvo-gnustep INTERFACE
     GNUSTEP GNUSTEP_BASE_LIBRARY=1 GNU_GUI_LIBRARY=1 GNU_RUNTIME=1 _NATIVE_OBJC_EXCEPTIONS)
   # C++ members of Objective-C objects are made and destroyed with them. g++ reads a closure's captures as a message's
-  # arguments first, and warns of values that are not used there.
+  # arguments first, and warns of values that are not used there; later ones take a
+  # capture that is moved from a variable of its name for one that is moved to itself.
   target_compile_options(kelvo-gnustep INTERFACE
-    -std=c++20 -fobjc-exceptions -fobjc-call-cxx-cdtors -fconstant-string-class=NSConstantString -Wno-unused-value)
+    -std=c++20 -fobjc-exceptions -fobjc-call-cxx-cdtors -fconstant-string-class=NSConstantString -Wno-unused-value
+    $<$<VERSION_GREATER_EQUAL:$<CXX_COMPILER_VERSION>,13>:-Wno-self-move>)
   target_link_libraries(kelvo-gnustep INTERFACE ${PREFERENCE_PANES} gnustep-gui gnustep-base objc)
 endif()

@@ -8,7 +8,7 @@ if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 add_library(kelvo-settings INTERFACE)
-target_compile_options(kelvo-settings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+target_compile_options(kelvo-settings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 if(KELVO_SANITIZE)
   target_compile_options(kelvo-settings INTERFACE -fsanitize=${KELVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(kelvo-settings INTERFACE -fsanitize=${KELVO_SANITIZE})

@@ -63,7 +63,8 @@ std::optional<touch::Size> manualPictureIn(const NSMutableDictionary& settings) 
 touch::GestureRecord recordOf(const NSMutableDictionary& stored) {
     touch::GestureRecord record;
     record.name = stored.objectForKey(keys::name).string().value_or("");
-    for (const Value& action : stored.objectForKey(keys::descriptor).array().objects()) {
+    const NSMutableArray actions = stored.objectForKey(keys::descriptor).array();
+    for (const Value& action : actions.objects()) {
         record.descriptor.push_back(action.string().value_or(""));
     }
     record.selectedIndex = stored.objectForKey(keys::selectedIndex).longLongValue();

@@ -52,7 +52,8 @@ TEST_F(TouchctlGestureRules, NothingThatTheRowsMakeIsStrange) {
                 const std::size_t place = round == 0 ? i : gSettings.count() - 1 - i;
                 const NSMutableDictionary record = gSettings.objectAtIndex(place).dictionary();
                 const std::string name = record.objectForKey("Name").string().value_or("");
-                for (const Value& action : record.objectForKey("Descriptor").array().objects()) {
+                const NSMutableArray actions = record.objectForKey("Descriptor").array();
+                for (const Value& action : actions.objects()) {
                     for (const char* deed : {"on", "off"}) {
                         changeGesture(name, {deed, action.string().value_or("")});
                         EXPECT_THAT(odditiesOf(gSettings, {}), IsEmpty()) << name << action.description() << deed;

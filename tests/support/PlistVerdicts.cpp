@@ -55,12 +55,14 @@ std::string exactly(const Value& value) {
         return "date " + std::to_string(static_cast<std::int64_t>(value.date()->timeIntervalSinceReferenceDate));
     case Value::Kind::Array: {
         std::string text = "[";
-        for (const Value& item : value.array().objects()) text += exactly(item) + ',';
+        const platform::NSMutableArray items = value.array();
+        for (const Value& item : items.objects()) text += exactly(item) + ',';
         return text + ']';
     }
     case Value::Kind::Dictionary: {
         std::string text = "{";
-        for (const auto& [key, item] : value.dictionary().entries()) {
+        const platform::NSMutableDictionary items = value.dictionary();
+        for (const auto& [key, item] : items.entries()) {
             text += inHexadecimal(key) + ':' + exactly(item) + ',';
         }
         return text + '}';
