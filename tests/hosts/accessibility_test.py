@@ -45,12 +45,17 @@ GESTURE_STOPS = [
     ("check box", "App Exposé"), ("combo box", "App Exposé Swipe down with three fingers"),
     ("check box", "Launchpad"), ("check box", "Show the desktop")]
 # What a user can act on, and what is said without being asked for.
-CONTROLS = {"push button", "check box", "radio button", "slider", "text", "combo box", "page tab"}
+CONTROLS = {"button", "check box", "radio button", "slider", "text", "combo box", "page tab"}
+
+
+def role_of(widget):
+    """The name of what a widget is; older libraries say "push button"."""
+    return widget.getRoleName().removeprefix("push ")
 
 
 def label_of(widget):
     """What a widget is called: its label and its own name, in that order."""
-    return " ".join(dict.fromkeys(names_of(widget))) if widget.getRoleName() == "combo box" else widget.name
+    return " ".join(dict.fromkeys(names_of(widget))) if role_of(widget) == "combo box" else widget.name
 
 
 class Reader:
@@ -70,7 +75,7 @@ class Reader:
     def hear(self, event):
         try:
             source = event.source
-            what = (source.getRoleName(), label_of(source))
+            what = (role_of(source), label_of(source))
             self.events.append((event.type.name, event.detail1, *what, source.description))
         except Exception:  # The widget is gone already, which comes as an error of any of several kinds.
             return
@@ -187,7 +192,7 @@ class KeyboardAlone(OnStage):
 
     def widget(self, role, name):
         return wait_for(lambda: next((each for each in self.showing()
-                                      if each.getRoleName() == role and label_of(each).startswith(name)), None),
+                                      if role_of(each) == role and label_of(each).startswith(name)), None),
                         f"the {role} {name!r}")
 
     def showing(self):
@@ -200,7 +205,7 @@ class KeyboardAlone(OnStage):
                 continue
             found.append(widget)
             # The choices of a pop-up count as showing though its menu is closed.
-            if widget.getRoleName() != "combo box":
+            if role_of(widget) != "combo box":
                 waiting += [child for child in widget if child]
         return found
 
@@ -209,8 +214,8 @@ class KeyboardAlone(OnStage):
 
     def assert_named_apart(self):
         """Each control has a name of its own, and is of a kind that says how to use it."""
-        controls = [(each.getRoleName(), label_of(each)) for each in self.showing()
-                    if each.getState().contains(pyatspi.STATE_FOCUSABLE) or each.getRoleName() in CONTROLS]
+        controls = [(role_of(each), label_of(each)) for each in self.showing()
+                    if each.getState().contains(pyatspi.STATE_FOCUSABLE) or role_of(each) in CONTROLS]
         for role, name in controls:
             self.assertTrue(name, f"a {role} without a name among {controls}")
             self.assertIn(role, CONTROLS | {"page tab list", "label", "alert"}, name)
@@ -222,15 +227,15 @@ class KeyboardAlone(OnStage):
         self.show(DISPLAY)
         self.assert_ring([
             ("combo box", "Settings for: Calibration"), ("radio button", "Manual, for an on-screen display of"),
-            ("text", "Width in pixels"), ("text", "Height in pixels"), ("push button", "Apply"), STATUS_MENU])
+            ("text", "Width in pixels"), ("text", "Height in pixels"), ("button", "Apply"), STATUS_MENU])
         self.assert_named_apart()
 
         self.show_tab(TOUCH)
         self.assert_ring([
             ("combo box", "Settings for: Touch and Gestures"), ("page tab list", "Touch"),
-            ("push button", RATE_AREA), ("slider", "Double-click speed"), ("push button", "Normal Speed"),
-            ("slider", "Double-click size"), ("text", "Double-click size as a number"), ("push button", "Normal Size"),
-            ("push button", TEST_AREA), ("check box", "Press and hold to right-click"), STATUS_MENU])
+            ("button", RATE_AREA), ("slider", "Double-click speed"), ("button", "Normal Speed"),
+            ("slider", "Double-click size"), ("text", "Double-click size as a number"), ("button", "Normal Size"),
+            ("button", TEST_AREA), ("check box", "Press and hold to right-click"), STATUS_MENU])
         self.assert_named_apart()
 
         self.go_to("Touch")
@@ -295,25 +300,25 @@ class KeyboardAlone(OnStage):
     def test_areas_are_double_clicked_with_the_space_bar_and_say_what_came_of_it(self):
         self.show(DISPLAY)
         self.show_tab(TOUCH)
-        self.assertEqual(self.widget("push button", RATE_AREA).description, "")
-        self.assertEqual(self.widget("push button", TEST_AREA).description, "")
+        self.assertEqual(self.widget("button", RATE_AREA).description, "")
+        self.assertEqual(self.widget("button", TEST_AREA).description, "")
 
         self.go_to(RATE_AREA)
         self.press("space", "space")
         message, payload = self.sent()
         self.assertEqual(message, 0)
-        self.reader.wait("property-change:accessible-description", "push button", RATE_AREA,
+        self.reader.wait("property-change:accessible-description", "button", RATE_AREA,
                          description=f"{payload['DoubleClickRate']:.2f} s")
 
         self.go_to("Double-click speed")
         self.press("Home")  # So that a slow machine is fast enough.
         self.go_to(TEST_AREA)
         self.press("space")
-        self.reader.wait("property-change:accessible-description", "push button", TEST_AREA,
+        self.reader.wait("property-change:accessible-description", "button", TEST_AREA,
                          description=NOT_COUNTED)
         self.assert_counts(lambda: self.screen.keys("space", "space"))
 
-        action = self.widget("push button", TEST_AREA).queryAction()
+        action = self.widget("button", TEST_AREA).queryAction()
         self.assertEqual(action.getName(0), "Press")
         self.reader.forget()
         self.assert_counts(lambda: [action.doAction(0), action.doAction(0)])
@@ -369,7 +374,7 @@ class KeyboardAlone(OnStage):
         self.go_to("0°")
         self.assertEqual(self.widget("panel", "Rotation").childCount, 4)
 
-        self.assertEqual(self.focus_after_sheet("Down"), ("push button", "Rotate"))
+        self.assertEqual(self.focus_after_sheet("Down"), ("button", "Rotate"))
         sheet = self.widget("alert", SHEET)
         self.assertTrue(sheet.description.startswith("Touches follow the picture only when"))
         self.reader.wait("state-changed:showing", "alert", SHEET, detail=1)
@@ -441,8 +446,8 @@ class KeyboardAlone(OnStage):
         roles = [role for role, _ in self.ring("Tab")]
         start = roles.index("combo box")
         self.assertEqual(roles[start:] + roles[:start],
-                         ["combo box", "page tab list", "push button", "slider", "push button", "slider", "text",
-                          "push button", "push button", "check box", "check box"])
+                         ["combo box", "page tab list", "button", "slider", "button", "slider", "text",
+                          "button", "button", "check box", "check box"])
         while self.focus_after("Tab")[0] != "slider":
             pass
         self.press("Left")
@@ -464,14 +469,14 @@ class KeyboardAlone(OnStage):
         self.fail("no double click counts")
 
     def counted(self):
-        return self.reader.heard("property-change:accessible-description", "push button", TEST_AREA,
+        return self.reader.heard("property-change:accessible-description", "button", TEST_AREA,
                                  description=COUNTED)
 
     def focus_after_sheet(self, key):
         """Where the focus is once the key has opened the sheet: it first goes to the row."""
         self.press(key)
         self.screen.wait_shown(SHEET)
-        wait_until(lambda: self.reader.focused[-1][0] == "push button", "the focus to be in the sheet")
+        wait_until(lambda: self.reader.focused[-1][0] == "button", "the focus to be in the sheet")
         return self.reader.focused[-1]
 
 

@@ -1,6 +1,6 @@
 """The pane as a module of the desktop's own hosts, operated with a real pointer under a virtual X server: its life, its
-port and the driver that it reaches, seen from outside. Takes the build folder, the plug-in's folder in it and the
-variable LD_PRELOAD=... for the hosts."""
+port and the driver that it reaches, seen from outside. Takes the build folder, the plug-in's folder in it, the variable
+LD_PRELOAD=... for the hosts, and the major version of their frameworks."""
 
 import json
 import pathlib
@@ -17,9 +17,10 @@ from peers import LatePeer, Lines, Peer, wait_until
 from screen import wait_for
 from stage import OnStage
 
-BUILD, PLUGIN_FOLDER, PRELOAD = sys.argv[1:4]
-del sys.argv[1:4]
+BUILD, PLUGIN_FOLDER, PRELOAD, MAJOR = sys.argv[1:5]
+del sys.argv[1:5]
 
+KCMSHELL, SYSTEM_SETTINGS = f"kcmshell{MAJOR}", "systemsettings"
 MODULE = "kcm_kelvo_touch_display"
 # One that comes with the hosts themselves.
 OTHER_MODULE = "kcm_filetypes"
@@ -140,21 +141,21 @@ class KcmShell(Host):
 
     def test_leads_the_pane_through_its_life(self):
         self.start_driver()
-        self.start_host("kcmshell5", MODULE, OTHER_MODULE)
+        self.start_host(KCMSHELL, MODULE, OTHER_MODULE)
 
         self.lead_through_its_life(leave=lambda: self.screen.click("File Associations"),
                                    come_back=lambda: self.screen.click("Touch Display"),
                                    steps_of_coming_back=["willSelect"])
 
     def test_handles_a_click_as_soon_as_the_wait_is_over(self):
-        self.handle_what_was_done_during_a_wait("kcmshell5")
+        self.handle_what_was_done_during_a_wait(KCMSHELL)
 
     def test_says_why_there_is_no_pane(self):
         folder = self.world.folder / "incomplete"
         for place, files in ((PLUGIN_FOLDER, f"{MODULE}.so"), ("lib", "libkelvo-touch-platform.so")):
             (folder / place).mkdir(parents=True, exist_ok=True)
             shutil.copy(pathlib.Path(BUILD, place, files), folder / place)
-        self.start_host("kcmshell5", MODULE, folder=folder)
+        self.start_host(KCMSHELL, MODULE, folder=folder)
 
         self.screen.wait_shown(APOLOGY)
         self.close()
@@ -172,13 +173,13 @@ class SystemSettings(Host):
 
     def test_leads_the_pane_through_its_life(self):
         self.start_driver()
-        self.start_host("systemsettings5", MODULE)
+        self.start_host(SYSTEM_SETTINGS, MODULE)
 
         self.lead_through_its_life(leave=lambda: self.go_to(OTHER_MODULE), come_back=lambda: self.go_to(MODULE),
                                    steps_of_coming_back=["mainViewDidLoad", "willSelect"])
 
     def test_handles_a_click_as_soon_as_the_wait_is_over(self):
-        self.handle_what_was_done_during_a_wait("systemsettings5")
+        self.handle_what_was_done_during_a_wait(SYSTEM_SETTINGS)
 
     def test_may_destroy_the_module_while_the_pane_waits_for_the_driver(self):
         self.world.set_utilities(DISPLAY, SelectedMenuItem=TOUCH_TAB)
@@ -189,7 +190,7 @@ class SystemSettings(Host):
             wait_until(lambda: self.life.steps() == left, "the pane to be left before the driver has answered")
 
         with Peer(self.world, DRIVER, heard=leave_meanwhile) as driver:
-            self.start_host("systemsettings5", MODULE)
+            self.start_host(SYSTEM_SETTINGS, MODULE)
             self.life.expect("mainViewDidLoad", "willSelect")
             self.screen.click(NORMAL_SPEED)
             wait_until(lambda: driver.received, "the driver to hear of the setting")
