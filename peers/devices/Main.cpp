@@ -1,5 +1,6 @@
 #include "linux/EvdevDisplay.h"
 #include "linux/PollRunLoop.h"
+#include "linux/StandardStreams.h"
 #include "linux/SystemBus.h"
 #include "linux/TerminationSignals.h"
 #include "linux/TouchScreenMonitor.h"
@@ -66,6 +67,7 @@ int printSeat(std::string_view phys) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    kelvo::keepPlacesOfClosedStreams();
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     try {
         if (words.empty()) return run();

@@ -1,4 +1,5 @@
 #include "linux/PollRunLoop.h"
+#include "linux/StandardStreams.h"
 #include "linux/SystemBus.h"
 #include "linux/TerminationSignals.h"
 #include "peers/PeerPlatform.h"
@@ -54,6 +55,7 @@ int run() {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    kelvo::keepPlacesOfClosedStreams();
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     try {
         if (words.empty()) return run();

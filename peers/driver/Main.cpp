@@ -1,4 +1,5 @@
 #include "linux/PollRunLoop.h"
+#include "linux/StandardStreams.h"
 #include "linux/TerminationSignals.h"
 #include "peers/DriverCommand.h"
 #include "peers/PeerPlatform.h"
@@ -122,6 +123,7 @@ int perform(const Words& words) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    kelvo::keepPlacesOfClosedStreams();
     const Words words(argv + std::min(argc, 1), argv + argc);
     try {
         if (!words.empty() && (words[0] == "--help" || words[0] == "-h")) {

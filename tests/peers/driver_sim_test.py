@@ -106,6 +106,15 @@ class DriverSimulator(unittest.TestCase):
             self.assertEqual(self.world.plist(name), defaults)
             self.assertIs(self.world.plist(name)["RotateMode"], False)
 
+    def test_runs_where_its_streams_are_closed(self):
+        process = self.world.start("sh", "-c", "exec \"$0\" run --connect Desk <&- >&-", SIMULATOR)
+        wait_until(lambda: self.world.run(SIMULATOR, "status")[0] == 0, "the simulator to answer")
+        self.world.send(DRIVER, 3, {"RotateMode": 2, "DeviceName": "Desk"})
+
+        wait_until(lambda: self.world.plist("Settings_Desk.plist")["RotateMode"] == 2, "the setting to be stored")
+        process.terminate()
+        self.assertEqual(process.wait(), 0)
+
     def test_writes_its_files_before_it_tells_the_pane(self):
         simulator = Simulator(self.world)
         found = []
