@@ -47,7 +47,8 @@ public:
 
     /// The connection for calls to sd-bus; null once it is closed. Whoever has queued something calls process().
     [[nodiscard]] sd_bus* bus() const { return bus_.get(); }
-    [[nodiscard]] bool isOpen() const { return bus_ != nullptr; }
+    /// False as soon as the bus is known to be gone, though what is told of that may be outstanding.
+    [[nodiscard]] bool isOpen() const { return bus_ && sd_bus_is_open(bus_.get()) > 0; }
     /// Whether the bus has accepted this connection and taken everything that was queued.
     [[nodiscard]] bool hasSentEverything() const;
 
