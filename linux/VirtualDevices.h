@@ -47,12 +47,12 @@ private:
     void write(const Descriptor& node);
 
     VirtualNodes nodes_;
-    input_absinfo touchX_;
-    input_absinfo touchY_;
-    input_absinfo pointerX_;
-    input_absinfo pointerY_;
-    input_absinfo padX_;
-    input_absinfo padY_;
+    input_absinfo touchX_{};
+    input_absinfo touchY_{};
+    input_absinfo pointerX_{};
+    input_absinfo pointerY_{};
+    input_absinfo padX_{};
+    input_absinfo padY_{};
     Fingers touches_{};
     Fingers padFingers_{};
     std::array<std::size_t, 2> toldCount_{};
