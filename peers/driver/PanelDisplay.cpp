@@ -1,20 +1,12 @@
 #include "peers/driver/PanelDisplay.h"
 
-#include "platform/Log.h"
-
-#include <chrono>
+#include <cstdint>
 #include <stdexcept>
 #include <utility>
 
 namespace kelvo {
 
 namespace {
-
-touch::Time now() {
-    return std::chrono::duration_cast<touch::Time>(std::chrono::steady_clock::now().time_since_epoch());
-}
-
-void logFault(touch::Fault fault) { platform::NSLog("this must not happen: %@", nameOf(fault)); }
 
 /// What is known of a desktop that was not asked. Where it is not known that touches can be taken back, nothing is
 /// given out that might have to be.
@@ -34,13 +26,12 @@ std::unique_ptr<PanelDisplay> PanelDisplay::open(const OpenPanel& openPanel, std
     display->out_ = std::move(out);
     display->display_ = std::make_unique<touch::TouchDisplay>(display->panel_->size(), display->splitter_, logFault);
     display->display_->setDesktop(unknownDesktop());
-    display->display_->setEnabled(false, now());
+    display->display_->setEnabled(false, displayTime());
     return display;
 }
 
 PanelDisplay::~PanelDisplay() {
-    if (timer_) timer_->invalidate();
-    if (display_) display_->setEnabled(false, now());
+    if (display_) display_->setEnabled(false, displayTime());
 }
 
 void PanelDisplay::setEnabled(bool isEnabled) {
@@ -93,7 +84,7 @@ void PanelDisplay::panelReported(const touch::Frame& frame) {
     hasFingers_ = !frame.contacts.empty();
     if (isWatched_) tellWatcher(frame);
     display_->frame(frame);
-    awaitDeadline();
+    timer_.awaitDeadlineOf(*display_);
 }
 
 void PanelDisplay::panelIsGone() {
@@ -106,8 +97,8 @@ void PanelDisplay::panelIsGone() {
 
 void PanelDisplay::giveAsWanted() {
     const bool isGiving = isEnabled_ && isHeld_ && !isWatched_;
-    if (isGiving != display_->isEnabled()) display_->setEnabled(isGiving, now());
-    awaitDeadline();
+    if (isGiving != display_->isEnabled()) display_->setEnabled(isGiving, displayTime());
+    timer_.awaitDeadlineOf(*display_);
 }
 
 void PanelDisplay::tellWatcher(const touch::Frame& frame) {
@@ -118,18 +109,6 @@ void PanelDisplay::tellWatcher(const touch::Frame& frame) {
         told.contacts.push_back({contact.id, contact.place.x / glass.width, contact.place.y / glass.height});
     }
     handlers_.watched(told);
-}
-
-void PanelDisplay::awaitDeadline() {
-    if (timer_) timer_->invalidate();
-    timer_.reset();
-    const auto deadline = display_->deadline();
-    if (!deadline) return;
-    const double seconds = std::chrono::duration<double>(*deadline - now()).count();
-    timer_ = platform::NSTimer::scheduledTimerWithTimeInterval(seconds, *this, [this] {
-        display_->timeout(now());
-        awaitDeadline();
-    });
 }
 
 } // namespace kelvo

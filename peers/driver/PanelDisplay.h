@@ -1,9 +1,8 @@
 #pragma once
 
 #include "peers/driver/ContactFrame.h"
+#include "peers/driver/DisplayTimer.h"
 #include "peers/driver/RecordingFile.h"
-#include "platform/NSObject.h"
-#include "platform/RunLoop.h"
 #include "touch/Panel.h"
 #include "touch/TouchDisplay.h"
 
@@ -16,7 +15,7 @@ namespace kelvo {
 
 /// A display with a panel: what its fingers mean is given out while the panel is held. Timeouts come when they are due,
 /// and nothing wakes up without a finger.
-class PanelDisplay final : public platform::NSObject, private touch::Panel::Listener {
+class PanelDisplay final : private touch::Panel::Listener {
 public:
     /// What a display does. None of them may destroy it but `gone`, which comes last.
     struct Handlers {
@@ -72,7 +71,6 @@ private:
 
     void giveAsWanted();
     void tellWatcher(const touch::Frame& frame);
-    void awaitDeadline();
 
     Handlers handlers_;
     std::unique_ptr<touch::Outputs> out_;
@@ -80,7 +78,7 @@ private:
     Splitter splitter_{*this};
     std::unique_ptr<touch::Panel> panel_;
     std::unique_ptr<touch::TouchDisplay> display_;
-    std::shared_ptr<platform::NSTimer> timer_;
+    DisplayTimer timer_;
     bool isEnabled_ = false;
     bool isWatched_ = false;
     bool isHeld_ = false;

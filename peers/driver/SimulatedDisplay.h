@@ -1,13 +1,11 @@
 #pragma once
 
 #include "peers/driver/ContactFrame.h"
+#include "peers/driver/DisplayTimer.h"
 #include "peers/driver/OutputPrinter.h"
-#include "platform/NSObject.h"
-#include "platform/RunLoop.h"
 #include "touch/TouchDisplay.h"
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,10 +13,10 @@ namespace kelvo {
 
 /// A display of 24 inches without a panel: its fingers are made up, and what they come to is printed. Timeouts come
 /// when they are due.
-class SimulatedDisplay : public platform::NSObject {
+class SimulatedDisplay {
 public:
     SimulatedDisplay(const std::string& name, std::function<void(const std::string&)> printLine);
-    ~SimulatedDisplay() override;
+    ~SimulatedDisplay();
     SimulatedDisplay(const SimulatedDisplay&) = delete;
     SimulatedDisplay& operator=(const SimulatedDisplay&) = delete;
 
@@ -32,11 +30,9 @@ public:
     [[nodiscard]] bool hasFingers() const { return hasFingers_; }
 
 private:
-    void awaitDeadline();
-
     OutputPrinter printer_;
     touch::TouchDisplay display_;
-    std::shared_ptr<platform::NSTimer> timer_;
+    DisplayTimer timer_;
     bool hasFingers_ = false;
 };
 
