@@ -61,11 +61,14 @@ TerminationSignals::TerminationSignals(platform::CFRunLoop& runLoop, std::functi
     wake.sa_flags = SA_RESTART;
     sigaction(SIGINT, &wake, &oldInterrupt_);
     sigaction(SIGTERM, &wake, &oldTerminate_);
+    sigaction(SIGHUP, nullptr, &oldHangUp_);
+    if (oldHangUp_.sa_handler != SIG_IGN) sigaction(SIGHUP, &wake, nullptr);
 }
 
 TerminationSignals::~TerminationSignals() {
     sigaction(SIGINT, &oldInterrupt_, nullptr);
     sigaction(SIGTERM, &oldTerminate_, nullptr);
+    sigaction(SIGHUP, &oldHangUp_, nullptr);
 }
 
 } // namespace kelvo

@@ -8,8 +8,8 @@
 
 namespace kelvo {
 
-/// Brings SIGINT and SIGTERM to the main loop for as long as it lives; there is one at a time. Processes started
-/// meanwhile get the signals' usual meaning.
+/// Brings SIGINT, SIGTERM and SIGHUP to the main loop for as long as it lives; there is one at a time. Whoever was
+/// started to outlive its terminal does. Processes started meanwhile get the signals' usual meaning.
 class TerminationSignals {
 public:
     /// Calls `terminate` on `runLoop` after a signal. A system out of descriptors is a std::system_error.
@@ -25,6 +25,7 @@ private:
     std::unique_ptr<platform::CFFileDescriptor> watch_;
     struct sigaction oldInterrupt_ = {};
     struct sigaction oldTerminate_ = {};
+    struct sigaction oldHangUp_ = {};
 };
 
 } // namespace kelvo

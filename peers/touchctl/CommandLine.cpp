@@ -157,6 +157,16 @@ const std::vector<Command>& commands() {
          1,
          1,
          {}},
+        {Id::Record,
+         "record",
+         "DEVICE [FILE]",
+         "record what fingers do on a connected display, until Ctrl-C",
+         "The driver makes the FILE, which must not be there yet: what the display reports and what comes of it, by "
+         "the\nsettings of the moment. Ctrl-C or SIGTERM ends it. Without a FILE, ends a recording that was left "
+         "behind.\n",
+         1,
+         2,
+         {}},
         {Id::Watch,
          "watch",
          "",

@@ -11,6 +11,7 @@
 #include "peers/touchctl/Displays.h"
 #include "peers/touchctl/Doctor.h"
 #include "peers/touchctl/DriverControl.h"
+#include "peers/touchctl/DriverPresence.h"
 #include "peers/touchctl/FileAccess.h"
 #include "peers/touchctl/GestureRows.h"
 #include "peers/touchctl/GestureRules.h"
@@ -18,6 +19,7 @@
 #include "peers/touchctl/Settings.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <limits>
 #include <optional>
@@ -323,6 +325,53 @@ Status switchDriver(const Words& words) {
 
 // Looking on
 
+/// The driver has another folder than who asks it to write there.
+std::string wholePathOf(const std::string& file) {
+    if (file.empty() || file == "-") {
+        throw Failure(Status::Usage, "the driver records into a file of its own making; name a file");
+    }
+    return std::filesystem::absolute(file).lexically_normal().string();
+}
+
+/// Until the user ends it. What ends it before that is a Failure.
+void awaitEndOfRecording(platform::CFRunLoop& loop, const DriverPresence& driver, const bool& isEnded) {
+    constexpr double kForever = std::numeric_limits<double>::infinity();
+    loop.runUntil([&] { return isEnded || driver.state() != DriverPresence::State::Running; }, kForever);
+    if (isEnded) return;
+    if (driver.state() == DriverPresence::State::Ended) {
+        throw Failure(Status::NoDriver, "the driver ended, and the recording with it; it may lack its last moments");
+    }
+    throw Failure(Status::Failure,
+                  "the session bus went away; when it is back, end the recording with \"kelvo-touchctl record\" and "
+                  "the display");
+}
+
+void endRecording(const std::string& name) {
+    try {
+        performAtDriver({"record", name});
+    } catch (const Failure& failure) {
+        throw Failure(failure.status(), "the recording is not complete: " + std::string(failure.what()));
+    }
+}
+
+Status record(PollRunLoop& loop, const Words& words) {
+    chooseDisplay(words[0]);
+    if (words.size() == 1) {
+        performAtDriver({"record", words[0]});
+        return Status::Success;
+    }
+    const std::string file = wholePathOf(words[1]);
+    bool isEnded = false;
+    const TerminationSignals signals(loop, [&] { isEnded = true; });
+    const DriverPresence driver(loop);
+    performAtDriver({"record", words[0], file});
+    printNow("recording into " + withVisibleControlCharacters(file) + " until Ctrl-C");
+    awaitEndOfRecording(loop, driver, isEnded);
+    endRecording(words[0]);
+    print(withVisibleControlCharacters(file) + " is complete");
+    return Status::Success;
+}
+
 Status watch(PollRunLoop& loop) {
     // Who looks on waits for longer than a person would.
     if (!hasSessionBus()) throw Failure(Status::NoDriver, kNoBus);
@@ -376,6 +425,8 @@ Status perform(const Invocation& invocation, Services& services, const std::stri
         return importProfile(invocation, services.ports);
     case Command::Id::Driver:
         return switchDriver(invocation.words);
+    case Command::Id::Record:
+        return record(services.runLoop, invocation.words);
     case Command::Id::Watch:
         return watch(services.runLoop);
     case Command::Id::Doctor:

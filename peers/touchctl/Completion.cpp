@@ -85,11 +85,11 @@ Words optionsOf(const Words& words) {
 
 Words wordsAfter(const Words& words) {
     const std::string& command = words[0];
-    const bool changes = command == "set" || command == "gesture" || command == "import";
+    const bool needsConnection = command == "set" || command == "gesture" || command == "import" || command == "record";
     if (command == "driver") return words.size() == 1 ? Words{"on", "off"} : Words();
     if (words.size() == 1) {
-        const bool takesDisplay = changes || command == "show" || command == "get" || command == "export";
-        return takesDisplay ? displayNames(changes) : Words();
+        const bool takesDisplay = needsConnection || command == "show" || command == "get" || command == "export";
+        return takesDisplay ? displayNames(needsConnection) : Words();
     }
     if (command == "set") return afterSet(words);
     if (command == "get") return words.size() == 2 ? namesOfValues() : Words();

@@ -16,7 +16,7 @@ constexpr double kLongSeconds = 20.0;
 
 TEST(TerminationSignals, EachSignalReachesTheMainLoop) {
     PollRunLoop runLoop;
-    for (const int signal : {SIGTERM, SIGINT}) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         int terminations = 0;
         const TerminationSignals signals(runLoop, [&] { ++terminations; });
         std::raise(signal);
@@ -34,6 +34,22 @@ TEST(TerminationSignals, ManySignalsAtOnceAreOneTermination) {
     runLoop.runUntil([&] { return terminations > 0; }, kLongSeconds);
     runLoop.runUntil([] { return false; }, 0.0);
     EXPECT_EQ(terminations, 1);
+}
+
+TEST(TerminationSignals, AProgramThatIsToOutliveItsTerminalDoes) {
+    PollRunLoop runLoop;
+    struct sigaction before = {};
+    struct sigaction ignore = {};
+    ignore.sa_handler = SIG_IGN;
+    ASSERT_EQ(sigaction(SIGHUP, &ignore, &before), 0);
+    int terminations = 0;
+    {
+        const TerminationSignals signals(runLoop, [&] { ++terminations; });
+        std::raise(SIGHUP);
+        runLoop.runUntil([] { return false; }, 0.0);
+    }
+    EXPECT_EQ(terminations, 0);
+    sigaction(SIGHUP, &before, nullptr);
 }
 
 TEST(TerminationSignals, SignalsHaveTheirOldMeaningAfterwards) {

@@ -15,6 +15,7 @@ import xml.etree.ElementTree as ElementTree
 
 import dbus.bus
 import dbus.lowlevel
+import dbus.service
 from peers import INTERFACE, NAME_PREFIX, PATH, Lines, Peer, World, wait_until
 
 PROGRAM, SIMULATOR, SOURCE = sys.argv[1:4]
@@ -25,7 +26,7 @@ PANE = "PreferenceMessagePort"
 
 FAILURE, USAGE, NO_DRIVER, NO_DEVICE, FINDINGS = range(1, 6)
 
-COMMANDS = ("list", "show", "get", "set", "gesture", "export", "import", "driver", "watch", "doctor")
+COMMANDS = ("list", "show", "get", "set", "gesture", "export", "import", "driver", "record", "watch", "doctor")
 
 ROTATE = {"Name": "Rotate", "Descriptor": ["RotateWithTwoFingers"], "SelectedIndex": 0, "IsEnable": True,
           "MoreGesture": False}
@@ -721,6 +722,117 @@ class Profiles(TouchctlTest):
         self.expect(FAILURE, "RotateMode is to be", "export", "Desk")
 
 
+class CommandedDriver(dbus.service.Object):
+    """The control channel of a driver that does as a test says: it knows the commands and answers as `answer` does."""
+
+    def __init__(self, world, answer):
+        self.bus = dbus.bus.BusConnection(world.address)
+        self.bus.set_exit_on_disconnect(False)
+        self.bus_name = dbus.service.BusName(NAME_PREFIX + "Driver", self.bus, do_not_queue=True)
+        super().__init__(self.bus, "/com/kelvo/TouchDisplay/Driver")
+        self.answer = answer
+        self.commands = []
+
+    def end(self):
+        self.remove_from_connection()
+        del self.bus_name
+        self.bus.close()
+
+    @dbus.service.method(NAME_PREFIX + "Driver", in_signature="as", out_signature="bs")
+    def Perform(self, words):
+        self.commands.append([str(word) for word in words])
+        return self.answer(self.commands[-1])
+
+
+class Recording(TouchctlTest):
+    def setUp(self):
+        super().setUp()
+        self.connect_in_file("Desk")
+        self.file = self.world.folder / "fingers.events"
+        self.refusals = {}
+        self.driver = CommandedDriver(self.world, self.answer)
+
+    def answer(self, words):
+        refusal = self.refusals.get(len(words))
+        return (False, refusal) if refusal else (True, "{}")
+
+    def record(self, file):
+        process = self.world.start(PROGRAM, "record", "Desk", file)
+        lines = Lines(process.stdout)
+        wait_until(lines.read, "the first line")
+        return process, lines
+
+    def end(self, process):
+        wait_until(lambda: process.poll() is not None, "the end")
+        return process.returncode, process.stderr.read()
+
+    def test_goes_on_until_it_is_interrupted_and_is_then_complete(self):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            process, lines = self.record(self.file)
+            self.assertEqual(lines.lines, [f"recording into {self.file} until Ctrl-C"])
+            self.assertEqual(self.driver.commands, [["record", "Desk", str(self.file)]])
+            process.send_signal(number)
+            self.assertEqual(self.end(process), (0, ""))
+            self.assertEqual(self.driver.commands, [["record", "Desk", str(self.file)], ["record", "Desk"]])
+            self.assertEqual(process.stdout.read(), f"{self.file} is complete\n")
+            self.driver.commands.clear()
+
+    def test_names_the_file_to_the_driver_by_its_whole_path(self):
+        process = self.world.start("sh", "-c", "cd \"$1\" && exec \"$0\" record Desk ./a.events", PROGRAM,
+                                   self.world.folder)
+        wait_until(lambda: self.driver.commands, "the command")
+        self.assertEqual(self.driver.commands, [["record", "Desk", f"{self.world.folder}/a.events"]])
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(self.end(process), (0, ""))
+
+    def test_that_was_left_behind_is_ended_without_a_file(self):
+        self.assertEqual(self.succeed("record", "Desk"), "")
+        self.assertEqual(self.driver.commands, [["record", "Desk"]])
+        self.refusals[2] = '"Desk" is not being recorded'
+        self.expect(FAILURE, "is not being recorded", "record", "Desk")
+
+    def test_that_the_driver_refuses_says_why_and_does_not_begin(self):
+        self.refusals[3] = "/x is there already; name another file"
+        self.expect(FAILURE, "/x is there already", "record", "Desk", "/x")
+        self.assertEqual(self.driver.commands, [["record", "Desk", "/x"]])
+
+    def test_that_could_not_be_ended_as_it_should_is_not_called_complete(self):
+        process, _ = self.record(self.file)
+        self.refusals[2] = "not all was written; see whether the disk is full"
+        process.send_signal(signal.SIGINT)
+        status, errors = self.end(process)
+        self.assertEqual(status, FAILURE)
+        self.assertIn("not all was written", errors)
+        self.assertNotIn("is complete\n", process.stdout.read())
+
+    def test_ends_with_the_driver(self):
+        process, _ = self.record(self.file)
+        self.driver.end()
+        status, errors = self.end(process)
+        self.assertEqual(status, NO_DRIVER)
+        self.assertIn("the driver ended", errors)
+
+    def test_ends_with_the_bus(self):
+        process, _ = self.record(self.file)
+        self.world.stop_bus()
+        status, errors = self.end(process)
+        self.assertEqual(status, FAILURE)
+        self.assertIn("the session bus went away", errors)
+        self.world.start_bus()
+
+    def test_needs_a_display_a_driver_and_a_file(self):
+        self.expect_each(NO_DEVICE, [(("record", "Nowhere", "x"), "there is no display \"Nowhere\""),
+                                     (("record", "Nowhere"), "there is no display \"Nowhere\"")])
+        self.expect_each(USAGE, [(("record", "Desk", file), "name a file") for file in ("-", "")])
+        self.assertEqual(self.driver.commands, [])
+        self.driver.end()
+        self.expect(NO_DRIVER, "no driver runs", "record", "Desk", "x")
+        self.simulate("Desk")
+        self.expect(FAILURE, "has no fingers", "record", "Desk", "x")
+        self.connect_in_file("Desk", enabled=False)
+        self.expect(NO_DRIVER, "driver on", "record", "Desk", "x")
+
+
 class Watching(TouchctlTest):
     def watch(self):
         process = self.world.start(PROGRAM, "watch")
@@ -1148,6 +1260,8 @@ class Completion(TouchctlTest):
         self.assertEqual(after("gesture", "Desk", "App"), ["AppExpos\u00e9"])
         self.assertEqual(after("gesture", "Desk", "Rotate", ""), ["on", "off", "RotateWithTwoFingers"])
         self.assertEqual(after("import", "Desk", ""), [""])
+        self.assertEqual(after("record", ""), ["Desk", "Wall\\ 2"])
+        self.assertEqual(after("record", "Desk", ""), [""])
 
     def test_zsh(self):
         def after(*words):
