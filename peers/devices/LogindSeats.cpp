@@ -33,7 +33,7 @@ LogindSeats::LogindSeats(platform::CFRunLoop& loop, std::function<void()> change
     });
 }
 
-std::optional<uid_t> LogindSeats::activeUser(const std::string& seat) const {
+std::optional<uid_t> activeUserAt(const std::string& seat) {
     char* session = nullptr;
     uid_t user = 0;
     if (sd_seat_get_active(seat.c_str(), &session, &user) < 0) return std::nullopt;

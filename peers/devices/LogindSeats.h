@@ -14,13 +14,16 @@ struct LoginMonitorReleaser {
     void operator()(sd_login_monitor* monitor) const { sd_login_monitor_unref(monitor); }
 };
 
+/// The user whose own session is active on a seat, as the login manager has it; see Seats.
+[[nodiscard]] std::optional<uid_t> activeUserAt(const std::string& seat);
+
 /// The seats as the login manager has them.
 class LogindSeats final : public Seats {
 public:
     /// `changed` is called after something about a seat has changed. Where there is no login manager nobody is active.
     LogindSeats(platform::CFRunLoop& loop, std::function<void()> changed);
 
-    [[nodiscard]] std::optional<uid_t> activeUser(const std::string& seat) const override;
+    [[nodiscard]] std::optional<uid_t> activeUser(const std::string& seat) const override { return activeUserAt(seat); }
 
 private:
     std::function<void()> changed_;

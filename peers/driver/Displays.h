@@ -22,6 +22,8 @@ public:
     virtual void setDriverEnabled(bool isEnabled) = 0;
     /// A display that is watched gives its raw contacts to its watcher and nothing else out.
     virtual void setWatched(const std::string& name, bool isWatched) = 0;
+    /// Whether the display is this session's at the moment.
+    [[nodiscard]] virtual bool isActive(const std::string& name) const = 0;
 
     /// Writes all that the fingers do into a file, until endRecording(). What cannot be done is a std::runtime_error
     /// that says why.

@@ -139,8 +139,14 @@ bool DriverCore::isConnected(const std::string& name) const {
 }
 
 std::string DriverCore::status() const {
-    return jsonLine(
-        NSMutableDictionary::dictionaryWithObjectsAndKeys({{deviceList(), "devices"}, {isDriverEnabled_, "enabled"}}));
+    auto line =
+        NSMutableDictionary::dictionaryWithObjectsAndKeys({{deviceList(), "devices"}, {isDriverEnabled_, "enabled"}});
+    auto inactive = NSMutableArray::arrayWithObjects();
+    for (const Display& display : connected_) {
+        if (!displays_.isActive(display.name)) inactive.addObject(display.name);
+    }
+    if (inactive.count() > 0) line.setObjectForKey(inactive, "inactive");
+    return jsonLine(line);
 }
 
 void DriverCore::sendFrame(const std::string& name, const ContactFrame& frame) { channel_->sendFrame(name, frame); }

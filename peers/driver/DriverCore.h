@@ -59,7 +59,7 @@ public:
     void showTab(std::int64_t index);
 
     [[nodiscard]] bool isConnected(const std::string& name) const;
-    /// The state as one line of JSON.
+    /// The state as one line of JSON; "inactive" has those displays that are another session's at the moment.
     [[nodiscard]] std::string status() const;
     /// The raw contacts of a display, for whoever watches it.
     void sendFrame(const std::string& name, const ContactFrame& frame);

@@ -24,6 +24,7 @@ public:
     void forget(const std::string& name) override;
     void setDriverEnabled(bool isEnabled) override;
     void setWatched(const std::string& name, bool isWatched) override;
+    [[nodiscard]] bool isActive(const std::string& name) const override { return displays_.contains(name); }
     void beginRecording(const std::string& name, const std::string& path) override;
     void endRecording(const std::string& name) override;
 

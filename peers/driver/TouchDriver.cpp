@@ -32,6 +32,12 @@ std::string_view nameOf(PanelDisplay::State state) {
     return "in use";
 }
 
+std::string propertyListOf(const NSMutableDictionary& dictionary) {
+    const auto data = platform::PropertyLists::current().createXMLData(dictionary);
+    if (!data) throw std::runtime_error("a display has a name that no property list holds");
+    return {data->begin(), data->end()};
+}
+
 } // namespace
 
 TouchDriver::TouchDriver(platform::CFRunLoop& loop, std::function<void(std::size_t count)> displaysChanged)
@@ -199,6 +205,11 @@ void TouchDriver::setWatched(const std::string& name, bool isWatched) {
     if (display->panel) display->panel->setWatched(isWatched);
 }
 
+bool TouchDriver::isActive(const std::string& name) const {
+    return std::any_of(displays_.begin(), displays_.end(),
+                       [&](const Display& display) { return display.name == name && display.panel; });
+}
+
 void TouchDriver::beginRecording(const std::string& name, const std::string& path) {
     recordable(name).beginRecording(path, jsonLine(readSettingItemsFromPlist(getSettingsFilePath(name))));
 }
@@ -218,11 +229,15 @@ PanelDisplay& TouchDriver::recordable(const std::string& name) {
 // Its own commands
 
 std::vector<ControlCommand> TouchDriver::ownCommands() {
-    return {{"states", 0, 0, [this](const ControlCommand::Words&) { return states(); }}};
+    return {{"states", 0, 1, [this](const ControlCommand::Words& words) {
+                 if (words.empty()) return jsonLine(states());
+                 if (words[0] == "plist") return propertyListOf(states());
+                 throw std::runtime_error(R"("states" is written as JSON, or as a property list: "states plist")");
+             }}};
 }
 
 /// What each display is doing, and why one that is there is not used.
-std::string TouchDriver::states() const {
+NSMutableDictionary TouchDriver::states() const {
     auto used = NSMutableDictionary::dictionary();
     for (const Display& display : displays_) {
         used.setObjectForKey(display.panel ? nameOf(display.panel->state()) : "inactive", display.name);
@@ -231,7 +246,7 @@ std::string TouchDriver::states() const {
     for (const auto& [id, nameAndReason] : refused_) {
         refused.setObjectForKey(nameAndReason.second, nameAndReason.first);
     }
-    return jsonLine(NSMutableDictionary::dictionaryWithObjectsAndKeys({{used, "displays"}, {refused, "refused"}}));
+    return NSMutableDictionary::dictionaryWithObjectsAndKeys({{used, "displays"}, {refused, "refused"}});
 }
 
 } // namespace kelvo

@@ -4,6 +4,7 @@
 #include "peers/driver/DriverCore.h"
 #include "peers/driver/PanelDisplay.h"
 #include "platform/NSObject.h"
+#include "platform/PropertyList.h"
 #include "platform/RunLoop.h"
 
 #include <cstdint>
@@ -37,6 +38,7 @@ public:
     void forget(const std::string& name) override;
     void setDriverEnabled(bool isEnabled) override;
     void setWatched(const std::string& name, bool isWatched) override;
+    [[nodiscard]] bool isActive(const std::string& name) const override;
     void beginRecording(const std::string& name, const std::string& path) override;
     void endRecording(const std::string& name) override;
 
@@ -53,7 +55,7 @@ private:
     };
 
     [[nodiscard]] std::vector<ControlCommand> ownCommands();
-    [[nodiscard]] std::string states() const;
+    [[nodiscard]] platform::NSMutableDictionary states() const;
 
     void later(std::function<void()> event);
     void serveEvents();

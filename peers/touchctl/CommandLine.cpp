@@ -180,7 +180,7 @@ const std::vector<Command>& commands() {
         {Id::Doctor,
          "doctor",
          "",
-         "report on versions, bus, ports, files and permissions",
+         "report on versions, bus, ports, touch displays, files and permissions",
          "Names the fix for each thing that is wrong. There is nothing private in the report: displays are numbered "
          "in\n"
          "the order of \"list\", and no user, machine or display is named.\n",

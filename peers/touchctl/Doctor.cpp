@@ -6,8 +6,10 @@
 #include "linux/Journal.h"
 #include "peers/touchctl/Displays.h"
 #include "peers/touchctl/FileAccess.h"
+#include "peers/touchctl/Report.h"
 #include "peers/touchctl/Services.h"
 #include "peers/touchctl/Settings.h"
+#include "peers/touchctl/TouchHardware.h"
 #include "platform/Files.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemVersion.h"
@@ -30,25 +32,6 @@ namespace {
 using platform::NSFileManager;
 using platform::NSMutableDictionary;
 using platform::Value;
-
-/// The lines of the report, as they are found out.
-class Report {
-public:
-    explicit Report(std::ostream& out) : out_(out) {}
-
-    void section(const char* title) { out_ << title << '\n'; }
-    void fine(const std::string& text) { out_ << "  ok       " << text << '\n'; }
-    void note(const std::string& text) { out_ << "  note     " << text << '\n'; }
-    void problem(const std::string& text, const std::string& fix) {
-        out_ << "  PROBLEM  " << text << "\n           fix: " << fix << '\n';
-        ++problems_;
-    }
-    [[nodiscard]] int problems() const { return problems_; }
-
-private:
-    std::ostream& out_;
-    int problems_ = 0;
-};
 
 /// A file of the product's: where it is, what the report calls it, and how a fix names it, which tells no display's
 /// name.
@@ -312,6 +295,7 @@ Status writeReport(std::ostream& out, const std::string& panePath) {
         reportOtherPort(report, kPreferencePortName, "the settings pane");
         reportOtherPort(report, kStatusBarPortName, "the status-bar utility");
     }
+    reportTouchHardware(report, touchHardware(driver));
     reportFiles(report, driver);
     const int problems = report.problems();
     out << '\n'

@@ -169,7 +169,7 @@ TEST_F(TouchDriverTest, ADisplayOfAnotherSessionStaysConnectedAndComesBack) {
     come(machine.found(1));
     tell.suspended(1);
     serve();
-    EXPECT_EQ(driver.core().status(), R"({"devices": ["Panel"], "enabled": true})");
+    EXPECT_EQ(driver.core().status(), R"({"devices": ["Panel"], "enabled": true, "inactive": ["Panel"]})");
     EXPECT_LT(machine.panel.grabber(), 0);
     come(machine.found(1));
     EXPECT_EQ(driver.core().status(), R"({"devices": ["Panel"], "enabled": true})");

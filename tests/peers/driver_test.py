@@ -84,6 +84,8 @@ class Driver(unittest.TestCase):
         self.assertEqual(json.loads(self.perform("status").stdout), {"devices": [], "enabled": True})
         self.assertEqual(json.loads(self.perform("disable").stdout), {"devices": [], "enabled": False})
         self.assertEqual(json.loads(self.perform("states").stdout), {"displays": {}, "refused": {}})
+        self.assertEqual(plistlib.loads(self.perform("states", "plist").stdout.encode()), {"displays": {}, "refused": {}})
+        self.assertIn("property list", self.perform("states", "yaml").stdout)
         utilities = self.folder / "Library/Preferences/KelvoTouchDisplay/Utilities.plist"
         stored = plistlib.loads(utilities.read_bytes())
         self.assertEqual((stored["CurrentDeviceType"], stored["DriverEnable"]), ([], False))

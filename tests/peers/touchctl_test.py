@@ -937,6 +937,27 @@ class Watching(TouchctlTest):
         self.assertEqual(process.returncode, FAILURE)
 
 
+class ServiceManager(dbus.service.Object):
+    """The user's service manager, which knows the driver's unit alone."""
+
+    def __init__(self, world):
+        self.bus = dbus.bus.BusConnection(world.address)
+        self.bus.set_exit_on_disconnect(False)
+        self.bus_name = dbus.service.BusName("org.freedesktop.systemd1", self.bus, do_not_queue=True)
+        super().__init__(self.bus, "/org/freedesktop/systemd1/unit/kelvo_2dtouch_2ddriver_2eservice")
+        self.properties = {"Result": "success", "NRestarts": dbus.UInt32(0)}
+
+    def end(self):
+        self.remove_from_connection()
+        del self.bus_name
+        self.bus.close()
+
+    @dbus.service.method("org.freedesktop.DBus.Properties", in_signature="ss", out_signature="v")
+    def Get(self, interface, name):
+        assert interface == "org.freedesktop.systemd1.Service", interface
+        return self.properties[name]
+
+
 class Doctor(TouchctlTest):
     def report(self):
         status, output, errors = self.ctl("doctor")
@@ -970,6 +991,35 @@ class Doctor(TouchctlTest):
         problems, output = self.report()
         self.assertEqual(problems, ["there is no session bus, or it does not answer"])
         self.assertIn("DBUS_SESSION_BUS_ADDRESS", output)
+
+    def test_asks_the_driver_for_its_displays_and_names_that_there_is_none(self):
+        self.connect_in_file("Desk")
+        states = plistlib.dumps({"displays": {}, "refused": {}}).decode()
+        driver = CommandedDriver(self.world, lambda words: (True, states))
+        self.addCleanup(driver.end)
+        with Peer(self.world, DRIVER):
+            self.assertEqual(self.report()[0], ["no touch display is found"])
+        self.assertEqual(driver.commands, [["states", "plist"]])
+
+    def test_a_driver_that_knows_no_such_question_is_another_makers(self):
+        self.connect_in_file("Desk")
+        for answer in ((False, "there is no command"), (True, "nonsense"), (True, "")):
+            driver = CommandedDriver(self.world, lambda words, answer=answer: answer)
+            with Peer(self.world, DRIVER):
+                self.assertEqual(self.report()[0], [])
+            driver.end()
+
+    def test_names_a_driver_that_its_watchdog_has_ended(self):
+        self.simulate("Desk")
+        unit = ServiceManager(self.world)
+        self.addCleanup(unit.end)
+        self.assertEqual(self.report()[0], [])
+        unit.properties = {"Result": "watchdog", "NRestarts": dbus.UInt32(3)}
+        self.assertEqual(self.report()[0], ["the driver hung, and its watchdog ended it"])
+        unit.properties = {"Result": "success", "NRestarts": dbus.UInt32(1)}
+        problems, output = self.report()
+        self.assertEqual(problems, [])
+        self.assertIn("started again, 1 time since", output)
 
     def test_names_damaged_files_and_values_of_wrong_kinds(self):
         with Peer(self.world, DRIVER):
