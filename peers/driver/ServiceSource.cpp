@@ -18,6 +18,10 @@ namespace kelvo {
 
 namespace {
 
+/// A lost bus is looked for at these intervals, each twice the one before.
+constexpr double kFirstRetrySeconds = 0.1;
+constexpr double kLongestRetrySeconds = 2.0;
+
 /// The message's own end when it goes; this one stays.
 Descriptor duplicateOf(int file) { return Descriptor(::fcntl(file, F_DUPFD_CLOEXEC, 0)); }
 
@@ -40,20 +44,40 @@ int guarded(const Act& act) noexcept {
 } // namespace
 
 ServiceSource::ServiceSource(platform::CFRunLoop& loop, std::string address)
-    : loop_(loop), address_(std::move(address)) {}
+    : loop_(loop), address_(std::move(address)), retryInterval_(kFirstRetrySeconds) {}
 
-ServiceSource::~ServiceSource() = default;
+ServiceSource::~ServiceSource() {
+    if (retry_) retry_->invalidate();
+}
 
 void ServiceSource::begin(Handlers handlers) {
     handlers_ = std::move(handlers);
+    if (connect()) return;
+    // A copy, since it may destroy this.
+    const auto missing = handlers_.missing;
+    missing();
+}
+
+bool ServiceSource::connect() {
+    // What hangs on a connection goes before it.
+    signals_.reset();
+    owner_.reset();
+    list_.reset();
+    requests_.clear();
     connection_ = BusConnection::open(loop_, address_, [this] { afterProcessing(); });
-    if (connection_ && listen() && askForDisplays()) {
-        connection_->process();
-    } else {
-        // A copy, since it may destroy this.
-        const auto missing = handlers_.missing;
-        missing();
-    }
+    if (!connection_ || !listen() || !askForDisplays()) return false;
+    connection_->process();
+    return true;
+}
+
+/// Until it is there again; whether it is shows in the first answer.
+void ServiceSource::connectLater() {
+    if (retry_) return;
+    retry_ = loop_.scheduleTimer(retryInterval_, [this] {
+        retry_.reset();
+        if (!connect()) connectLater();
+    });
+    retryInterval_ = std::min(2.0 * retryInterval_, kLongestRetrySeconds);
 }
 
 bool ServiceSource::listen() {
@@ -85,6 +109,7 @@ int ServiceSource::onDisplays(sd_bus_message* answer, void* self, sd_bus_error* 
 }
 
 void ServiceSource::takeList(sd_bus_message* answer) {
+    retryInterval_ = kFirstRetrySeconds;
     if (const sd_bus_error* error = sd_bus_message_get_error(answer)) {
         isMissing_ = !hasLooked_ && isAbsence(*error);
         if (!isMissing_) {
@@ -127,12 +152,12 @@ int ServiceSource::onOwnerChanged(sd_bus_message* signal, void* self, sd_bus_err
         auto& source = *static_cast<ServiceSource*>(self);
         const char* owner = nullptr;
         if (sd_bus_message_read(signal, "sss", nullptr, nullptr, &owner) <= 0) return;
-        if (std::string_view(owner).empty()) source.suspendAll();
+        if (std::string_view(owner).empty()) source.loseAll();
         if (!source.askForDisplays()) platform::NSLog("kelvo-touch-devices cannot be asked");
     });
 }
 
-void ServiceSource::suspendAll() {
+void ServiceSource::loseAll() {
     for (const std::uint32_t id : std::exchange(held_, {})) handlers_.went(id);
 }
 
@@ -175,11 +200,14 @@ void ServiceSource::takeAnswer(Request& request, sd_bus_message* answer) {
 
 void ServiceSource::afterProcessing() {
     requests_.remove_if([](const Request& request) { return request.isOver; });
-    if (!connection_->isOpen() && !isMissing_) suspendAll();
-    const bool isMissing = isMissing_ || (!connection_->isOpen() && !hasLooked_);
-    if (!isMissing) return;
-    const auto missing = handlers_.missing;
-    missing();
+    const bool isLost = !connection_->isOpen();
+    if (isMissing_ || (isLost && !hasLooked_)) {
+        const auto missing = handlers_.missing;
+        return missing();
+    }
+    if (!isLost) return;
+    loseAll();
+    connectLater();
 }
 
 } // namespace kelvo

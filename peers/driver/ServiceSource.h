@@ -11,7 +11,8 @@
 
 namespace kelvo {
 
-/// The displays that `kelvo-touch-devices` hands out. The bus starts that service when it is first asked.
+/// The displays that `kelvo-touch-devices` hands out. The bus starts that service when it is first asked. A bus that
+/// went away is found again.
 class ServiceSource final : public DisplaySource {
 public:
     /// `address` is that of the system's bus. The loop outlives the source.
@@ -35,13 +36,15 @@ private:
     static int onSignal(sd_bus_message* signal, void* self, sd_bus_error* error) noexcept;
     static int onOwnerChanged(sd_bus_message* signal, void* self, sd_bus_error* error) noexcept;
 
+    [[nodiscard]] bool connect();
     [[nodiscard]] bool listen();
     [[nodiscard]] bool askForDisplays();
     void takeList(sd_bus_message* answer);
     void takeSignal(sd_bus_message* signal);
     void ask(std::uint32_t id, const std::string& name);
     void takeAnswer(Request& request, sd_bus_message* answer);
-    void suspendAll();
+    void loseAll();
+    void connectLater();
     void afterProcessing();
 
     platform::CFRunLoop& loop_;
@@ -55,6 +58,8 @@ private:
     std::vector<std::uint32_t> held_;
     bool hasLooked_ = false;
     bool isMissing_ = false;
+    double retryInterval_;
+    std::shared_ptr<platform::NSTimer> retry_;
 };
 
 } // namespace kelvo

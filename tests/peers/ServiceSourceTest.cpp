@@ -31,20 +31,20 @@ protected:
     }
     void plug() { service->come({"/dev/input/event5", "Panel", "seat0", ""}); }
     void begin() {
-        source.begin({[this](kelvo::FoundDisplay display) {
-                          told += "came " + std::to_string(display.id) + " " + display.name + " with " +
-                                  hardware.nameOf(display.file.number()) + " " +
-                                  hardware.nameOf(display.nodes[3].number()) + "; ";
-                          kept.push_back(std::move(display));
-                      },
-                      [this](std::uint32_t id) { told += "suspended " + std::to_string(id) + "; "; },
-                      [this](std::uint32_t id) { told += "went " + std::to_string(id) + "; "; },
-                      [this](std::uint32_t id, const std::string& name, const std::string& reason) {
-                          told += "refused " + std::to_string(id) + " " + name + "; ";
-                          why = reason;
-                      },
-                      [this](std::size_t count) { told += "looked " + std::to_string(count) + "; "; },
-                      [this] { told += "missing; "; }});
+        source->begin({[this](kelvo::FoundDisplay display) {
+                           told += "came " + std::to_string(display.id) + " " + display.name + " with " +
+                                   hardware.nameOf(display.file.number()) + " " +
+                                   hardware.nameOf(display.nodes[3].number()) + "; ";
+                           kept.push_back(std::move(display));
+                       },
+                       [this](std::uint32_t id) { told += "suspended " + std::to_string(id) + "; "; },
+                       [this](std::uint32_t id) { told += "went " + std::to_string(id) + "; "; },
+                       [this](std::uint32_t id, const std::string& name, const std::string& reason) {
+                           told += "refused " + std::to_string(id) + " " + name + "; ";
+                           why = reason;
+                       },
+                       [this](std::size_t count) { told += "looked " + std::to_string(count) + "; "; },
+                       [this] { told += "missing; "; }});
     }
     void await(const std::string& expected) {
         loop.runUntil([&] { return told == expected; }, 20.0);
@@ -62,7 +62,7 @@ protected:
     std::string told;
     std::string why;
     std::vector<kelvo::FoundDisplay> kept;
-    kelvo::ServiceSource source{loop, bus.address()};
+    std::unique_ptr<kelvo::ServiceSource> source = std::make_unique<kelvo::ServiceSource>(loop, bus.address());
 };
 
 constexpr char kCame[] = "came 1 Panel with /dev/input/event5 3; ";
@@ -112,6 +112,38 @@ TEST_F(ServiceSourceTest, ADisplayGoesWithTheServiceAndComesBackWithTheNextOne) 
     startService();
     plug();
     await(kCame);
+}
+
+TEST_F(ServiceSourceTest, ADisplayGoesWithTheBusAndComesBackWithTheNextOne) {
+    plug();
+    begin();
+    await(std::string("looked 1; ") + kCame);
+    for (int i = 0; i < 2; ++i) {
+        bus.kill();
+        await("went 1; ");
+        // For longer than until the bus is first looked for.
+        loop.runUntil([] { return false; }, 0.4);
+        bus.start();
+        await(kCame);
+    }
+    service->go("/dev/input/event5");
+    await("went 1; ");
+}
+
+TEST_F(ServiceSourceTest, ASourceThatGoesWhileItLooksForTheBusLooksNoMore) {
+    plug();
+    begin();
+    await(std::string("looked 1; ") + kCame);
+    bus.kill();
+    await("went 1; ");
+    source = std::make_unique<kelvo::ServiceSource>(loop, bus.address());
+    bus.start();
+    EXPECT_TRUE(polkit.open());
+    service.reset();
+    startService();
+    plug();
+    begin();
+    await(std::string("looked 1; ") + kCame);
 }
 
 TEST_F(ServiceSourceTest, WithoutTheServiceTheSourceIsMissing) {
