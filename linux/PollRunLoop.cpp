@@ -37,13 +37,11 @@ struct WatchedDescriptor {
 
 using WatchedDescriptors = std::vector<std::shared_ptr<WatchedDescriptor>>;
 
-std::vector<pollfd> pollEntries(const WatchedDescriptors& watched) {
-    std::vector<pollfd> entries;
-    entries.reserve(watched.size());
+void writePollEntries(const WatchedDescriptors& watched, std::vector<pollfd>& entries) {
+    entries.clear();
     // A negative descriptor is skipped by the system; one that is asked for no events would still report a hang-up.
     for (const auto& each : watched)
         entries.push_back({each->events() == 0 ? -1 : each->descriptor, each->events(), 0});
-    return entries;
 }
 
 timespec asTimespec(std::chrono::nanoseconds wait) {
@@ -64,6 +62,11 @@ struct PollRunLoop::Registry {
     std::map<Place, std::shared_ptr<Timer>> timers;
     unsigned long nextNumber = 0;
     WatchedDescriptors watched;
+
+    // What a turn of the loop began with. They keep their memory, so that a turn allocates nothing; a nested loop
+    // writes its own into them, after which the turn around it reads them no more.
+    WatchedDescriptors watchedInTurn;
+    std::vector<pollfd> entriesInTurn;
 };
 
 class PollRunLoop::Timer : public platform::NSTimer {
@@ -148,19 +151,20 @@ void PollRunLoop::runOnce(Clock::time_point latest) {
     if (latest != Clock::time_point::max())
         wait = asTimespec(std::max<Clock::duration>(latest - Clock::now(), Clock::duration::zero()));
 
-    const auto watched = registry_->watched;
-    auto entries = pollEntries(watched);
+    auto& watched = registry_->watchedInTurn = registry_->watched;
+    auto& entries = registry_->entriesInTurn;
+    writePollEntries(watched, entries);
     // A failure is a signal that came in between: nothing is ready then, and the next turn waits again.
     const int readyCount = ppoll(entries.data(), entries.size(), wait ? &*wait : nullptr, nullptr);
     const auto turn = ++turn_;
 
     fireTimersDueBy(Clock::now());
-    if (readyCount <= 0) return;
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        // A nested loop has served the descriptors since; what is still ready shows again in the next turn.
-        if (turn != turn_) return;
-        if (watched[i]->wants(entries[i].revents)) watched[i]->ready();
+    // A nested loop has served the descriptors since; what is still ready shows again in the next turn.
+    for (std::size_t i = 0; readyCount > 0 && turn == turn_ && i < entries.size(); ++i) {
+        // A copy, since a nested loop may forget it while it is being called.
+        if (const auto each = watched[i]; each->wants(entries[i].revents)) each->ready();
     }
+    watched.clear();
 }
 
 /// A timer that is scheduled meanwhile waits for the next turn even if it is due, so that timers which renew themselves

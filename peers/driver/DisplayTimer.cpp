@@ -1,6 +1,7 @@
 #include "peers/driver/DisplayTimer.h"
 
 #include "platform/Log.h"
+#include "platform/RunLoop.h"
 
 #include <chrono>
 
@@ -12,20 +13,24 @@ touch::Time displayTime() {
 
 void logFault(touch::Fault fault) { platform::NSLog("this must not happen: %@", nameOf(fault)); }
 
-DisplayTimer::~DisplayTimer() {
-    if (timer_) timer_->invalidate();
+DisplayTimer::DisplayTimer(touch::TouchDisplay& display)
+    : display_(display), alarm_(platform::CFRunLoop::getCurrent(), [this] { ring(); }) {}
+
+void DisplayTimer::awaitDeadline() {
+    const auto deadline = display_.deadline();
+    if (deadline == awaited_) return;
+    awaited_ = deadline;
+    if (deadline) {
+        alarm_.setTo(*deadline);
+    } else {
+        alarm_.clear();
+    }
 }
 
-void DisplayTimer::awaitDeadlineOf(touch::TouchDisplay& display) {
-    if (timer_) timer_->invalidate();
-    timer_.reset();
-    const auto deadline = display.deadline();
-    if (!deadline) return;
-    const double seconds = std::chrono::duration<double>(*deadline - displayTime()).count();
-    timer_ = platform::NSTimer::scheduledTimerWithTimeInterval(seconds, *this, [this, &display] {
-        display.timeout(displayTime());
-        awaitDeadlineOf(display);
-    });
+void DisplayTimer::ring() {
+    awaited_.reset();
+    display_.timeout(displayTime());
+    awaitDeadline();
 }
 
 } // namespace kelvo

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "platform/NSObject.h"
-#include "platform/RunLoop.h"
+#include "linux/Alarm.h"
 #include "touch/TouchDisplay.h"
 
-#include <memory>
+#include <optional>
 
 namespace kelvo {
 
@@ -14,19 +13,22 @@ namespace kelvo {
 /// What a display says of itself that cannot be goes into the log.
 void logFault(touch::Fault fault);
 
-/// Tells a display of its deadlines as they come due. Nothing wakes up where none is awaited.
-class DisplayTimer final : public platform::NSObject {
+/// Tells a display of its deadlines as they come due. Nothing wakes up where none is awaited, and nothing is allocated.
+class DisplayTimer {
 public:
-    DisplayTimer() = default;
-    DisplayTimer(const DisplayTimer&) = delete;
-    DisplayTimer& operator=(const DisplayTimer&) = delete;
-    ~DisplayTimer() override;
+    /// The display outlives the timer.
+    explicit DisplayTimer(touch::TouchDisplay& display);
 
-    /// Called after all that may have changed the deadline. The display outlives the timer.
-    void awaitDeadlineOf(touch::TouchDisplay& display);
+    /// Called after all that may have changed the deadline.
+    void awaitDeadline();
 
 private:
-    std::shared_ptr<platform::NSTimer> timer_;
+    void ring();
+
+    touch::TouchDisplay& display_;
+    Alarm alarm_;
+    /// What the alarm is set to.
+    std::optional<touch::Time> awaited_;
 };
 
 } // namespace kelvo

@@ -25,6 +25,7 @@ std::unique_ptr<PanelDisplay> PanelDisplay::open(const OpenPanel& openPanel, std
     if (!display->panel_) return nullptr;
     display->out_ = std::move(out);
     display->display_ = std::make_unique<touch::TouchDisplay>(display->panel_->size(), display->splitter_, logFault);
+    display->timer_.emplace(*display->display_);
     display->display_->setDesktop(unknownDesktop());
     display->display_->setEnabled(false, displayTime());
     return display;
@@ -84,7 +85,7 @@ void PanelDisplay::panelReported(const touch::Frame& frame) {
     hasFingers_ = !frame.contacts.empty();
     if (isWatched_) tellWatcher(frame);
     display_->frame(frame);
-    timer_.awaitDeadlineOf(*display_);
+    timer_->awaitDeadline();
 }
 
 void PanelDisplay::panelIsGone() {
@@ -98,7 +99,7 @@ void PanelDisplay::panelIsGone() {
 void PanelDisplay::giveAsWanted() {
     const bool isGiving = isEnabled_ && isHeld_ && !isWatched_;
     if (isGiving != display_->isEnabled()) display_->setEnabled(isGiving, displayTime());
-    timer_.awaitDeadlineOf(*display_);
+    timer_->awaitDeadline();
 }
 
 void PanelDisplay::tellWatcher(const touch::Frame& frame) {

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -78,7 +79,7 @@ private:
     Splitter splitter_{*this};
     std::unique_ptr<touch::Panel> panel_;
     std::unique_ptr<touch::TouchDisplay> display_;
-    DisplayTimer timer_;
+    std::optional<DisplayTimer> timer_;
     bool isEnabled_ = false;
     bool isWatched_ = false;
     bool isHeld_ = false;

@@ -19,7 +19,7 @@ SimulatedDisplay::~SimulatedDisplay() { display_.setEnabled(false, displayTime()
 
 void SimulatedDisplay::setGiving(bool isGiving) {
     if (isGiving != display_.isEnabled()) display_.setEnabled(isGiving, displayTime());
-    timer_.awaitDeadlineOf(display_);
+    timer_.awaitDeadline();
 }
 
 ContactFrame SimulatedDisplay::frameOf(std::vector<ContactFrame::Contact> contacts) {
@@ -34,7 +34,7 @@ void SimulatedDisplay::see(const ContactFrame& frame) {
     }
     hasFingers_ = !seen.contacts.empty();
     display_.frame(seen);
-    timer_.awaitDeadlineOf(display_);
+    timer_.awaitDeadline();
 }
 
 } // namespace kelvo

@@ -32,7 +32,7 @@ public:
 private:
     OutputPrinter printer_;
     touch::TouchDisplay display_;
-    DisplayTimer timer_;
+    DisplayTimer timer_{display_};
     bool hasFingers_ = false;
 };
 

@@ -1,7 +1,8 @@
 #include "peers/driver/PanelDisplay.h"
 
+#include "linux/PollRunLoop.h"
+#include "peers/PeerPlatform.h"
 #include "support/FakePanel.h"
-#include "support/FakePlatform.h"
 
 #include <gtest/gtest.h>
 
@@ -75,7 +76,8 @@ protected:
         return std::find(given.begin(), given.end(), kind) != given.end();
     }
 
-    support::FakePlatform platform;
+    kelvo::PollRunLoop loop;
+    kelvo::PeerPlatform services{"panel-display-test", loop};
     std::vector<Output::Kind> given;
     std::string told;
     kelvo::ContactFrame last;
@@ -172,13 +174,35 @@ TEST_F(PanelDisplayTest, AfterWatchingFingersThatAreStillThereCountForNothing) {
     EXPECT_TRUE(wasGiven(Output::Kind::ButtonDown));
 }
 
+TEST_F(PanelDisplayTest, WhatIsDueComesWithoutAnotherFrame) {
+    touch::Settings settings;
+    settings.fingerMode = touch::FingerMode::Pointer;
+    settings.longPress = std::chrono::milliseconds(300);
+    display->setSettings(settings);
+    display->setEnabled(true);
+    const touch::Time landed = now();
+    finger(50.0, 50.0);
+    loop.runUntil([&] { return wasGiven(Output::Kind::ButtonDown); }, 20.0);
+    EXPECT_TRUE(wasGiven(Output::Kind::ButtonDown));
+    EXPECT_GE(now() - landed, *settings.longPress);
+}
+
 TEST_F(PanelDisplayTest, WithoutAFingerNothingWakesUp) {
     display->setEnabled(true);
-    EXPECT_EQ(platform.runLoop.pendingTimers(), 0U);
+    int looks = 0;
+    loop.runUntil(
+        [&] {
+            ++looks;
+            return false;
+        },
+        0.05);
+    // Before it waits, and when it has waited in vain.
+    EXPECT_EQ(looks, 2);
 }
 
 TEST(APanelThatIsNone, MakesNoDisplay) {
-    const support::FakePlatform platform;
+    kelvo::PollRunLoop loop;
+    const kelvo::PeerPlatform services("panel-display-test", loop);
     std::vector<Output::Kind> given;
     EXPECT_FALSE(PanelDisplay::open([](touch::Panel::Listener&) { return nullptr; }, std::make_unique<Kinds>(given),
                                     {[] {}, [](const kelvo::ContactFrame&) {}, [] {}}));
