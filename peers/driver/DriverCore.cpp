@@ -96,7 +96,7 @@ void DriverCore::stop() {
     tellOfDisconnection();
 }
 
-void DriverCore::connect(const std::string& name) {
+void DriverCore::connect(const std::string& name, std::optional<touch::Size> nativePixels) {
     checkDisplayName(name);
     if (isConnected(name)) throw std::runtime_error("\"" + name + "\" is connected already; see \"status\"");
     const NSMutableDictionary settings = readSettingItemsFromPlist(getSettingsFilePath(name));
@@ -106,6 +106,7 @@ void DriverCore::connect(const std::string& name) {
     }
     followOtherFiles();
     connected_.push_back({name, settings});
+    if (nativePixels) storeNativePixels(connected_.back(), *nativePixels);
     apply(connected_.back());
     tellPane(kMessageIDForDeviceIsConnected, connection(true));
 }
@@ -242,6 +243,13 @@ bool DriverCore::takeSettings(const NSMutableDictionary& payload) {
     if (!display) return false;
     change(*display, withoutDeviceName(payload));
     return true;
+}
+
+void DriverCore::storeNativePixels(Display& display, touch::Size pixels) {
+    if (nativePixelsOf(display.settings) == pixels) return;
+    change(display, NSMutableDictionary::dictionaryWithObjectsAndKeys(
+                        {{static_cast<std::int64_t>(pixels.width), keys::nativeWidth},
+                         {static_cast<std::int64_t>(pixels.height), keys::nativeHeight}}));
 }
 
 /// The display does as it was told whether or not that can be stored.

@@ -51,8 +51,8 @@ public:
     // Each of these makes its change and tells the pane. What cannot be done is a std::runtime_error that names the
     // fix.
 
-    /// A display came; its settings file is made first.
-    void connect(const std::string& name);
+    /// A display came; its settings file is made first, and has its own resolution where that is known.
+    void connect(const std::string& name, std::optional<touch::Size> nativePixels = std::nullopt);
     void disconnect(const std::string& name);
     void setDriverEnabled(bool enabled);
     /// Asks the pane to show a tab.
@@ -80,6 +80,7 @@ private:
     void receive(std::int32_t messageId, std::span<const std::uint8_t> data, const std::string& sender);
     [[nodiscard]] bool takeSettings(const platform::NSMutableDictionary& payload);
     void apply(const Display& display) const;
+    void storeNativePixels(Display& display, touch::Size pixels);
     void change(Display& display, const platform::NSMutableDictionary& items);
     void tellPaneUnlessItKnows(const std::string& sender);
     void tellPaneOfSettings();

@@ -6,18 +6,6 @@
 
 namespace kelvo {
 
-namespace {
-
-/// What is known of a desktop that was not asked. Where it is not known that touches can be taken back, nothing is
-/// given out that might have to be.
-touch::Desktop unknownDesktop() {
-    touch::Desktop desktop;
-    desktop.takesTouchesBack = false;
-    return desktop;
-}
-
-} // namespace
-
 std::unique_ptr<PanelDisplay> PanelDisplay::open(const OpenPanel& openPanel, std::unique_ptr<touch::Outputs> out,
                                                  Handlers handlers) {
     auto display = std::make_unique<PanelDisplay>(std::move(handlers));
@@ -26,7 +14,6 @@ std::unique_ptr<PanelDisplay> PanelDisplay::open(const OpenPanel& openPanel, std
     display->out_ = std::move(out);
     display->display_ = std::make_unique<touch::TouchDisplay>(display->panel_->size(), display->splitter_, logFault);
     display->timer_.emplace(*display->display_);
-    display->display_->setDesktop(unknownDesktop());
     display->display_->setEnabled(false, displayTime());
     return display;
 }

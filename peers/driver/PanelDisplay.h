@@ -41,6 +41,7 @@ public:
     PanelDisplay& operator=(const PanelDisplay&) = delete;
 
     void setSettings(const touch::Settings& settings) { display_->setSettings(settings); }
+    void setDesktop(const touch::Desktop& desktop) { display_->setDesktop(desktop); }
     /// Off, the panel is everybody's, and what is down is lifted at once.
     void setEnabled(bool isEnabled);
     /// Watched, its fingers lead to nothing else.

@@ -32,6 +32,13 @@ std::string_view nameOf(PanelDisplay::State state) {
     return "in use";
 }
 
+KnownDevice knownDeviceAt(const Descriptor& file) {
+    const Evdev device = evdevOf(file.number());
+    if (!device) return {};
+    const touch::PanelDescription panel = panelDescriptionOf(device.get());
+    return knownDevice(panel.vendor, panel.product);
+}
+
 std::string propertyListOf(const NSMutableDictionary& dictionary) {
     const auto data = platform::PropertyLists::current().createXMLData(dictionary);
     if (!data) throw std::runtime_error("a display has a name that no property list holds");
@@ -107,19 +114,33 @@ void TouchDriver::come(FoundDisplay found) {
     refused_.erase(found.id);
     if (Display* known = displayWith(found.id)) {
         (void)give(*known, std::move(found));
-        return;
+    } else {
+        connect(std::move(found));
     }
+}
+
+void TouchDriver::connect(FoundDisplay found) {
     const std::string kernelName = found.name;
-    displays_.push_back({found.id, newNameFor(found), {}, false, nullptr, nullptr});
+    const KnownDevice known = knownDeviceAt(found.file);
+    if (!known.name.empty()) found.name = known.name;
+    displays_.push_back({found.id, newNameFor(found), {}, known, false, nullptr, nullptr});
     Display& display = displays_.back();
     try {
         if (!give(display, std::move(found))) throw std::runtime_error("it is no touch display any more");
-        core_.connect(display.name);
+        core_.connect(display.name, desktopOf(display).nativePixels);
     } catch (const std::runtime_error& error) {
         platform::NSLog("%@ is not used: %@", kernelName, std::string_view(error.what()));
         displays_.pop_back();
     }
     displaysChanged_(displays_.size());
+}
+
+/// Where it is not known that touches can be taken back, nothing is given out that might have to be.
+touch::Desktop TouchDriver::desktopOf(const Display& display) const {
+    touch::Desktop desktop;
+    desktop.takesTouchesBack = false;
+    desktop.nativePixels = display.known.nativePixels;
+    return desktop;
 }
 
 std::string TouchDriver::newNameFor(const FoundDisplay& found) {
@@ -134,7 +155,7 @@ bool TouchDriver::give(Display& display, FoundDisplay found) {
     auto out = std::make_unique<VirtualDevices>(std::move(found.nodes), panelDescriptionOf(device.get()));
     display.panel = PanelDisplay::open(
         [&](touch::Panel::Listener& listener) -> std::unique_ptr<touch::Panel> {
-            return EvdevDisplay::open(loop_, std::move(found.file), listener);
+            return EvdevDisplay::open(loop_, std::move(found.file), listener, display.known.size);
         },
         std::move(out),
         {[this] { core_.followOtherFiles(); },
@@ -143,6 +164,7 @@ bool TouchDriver::give(Display& display, FoundDisplay found) {
     if (!display.panel) return false;
     display.devices = std::move(found.devices);
     display.panel->setSettings(display.settings);
+    display.panel->setDesktop(desktopOf(display));
     display.panel->setWatched(display.isWatched);
     display.panel->setEnabled(isDriverEnabled_);
     return true;

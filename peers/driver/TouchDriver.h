@@ -2,6 +2,7 @@
 
 #include "peers/driver/DisplaySource.h"
 #include "peers/driver/DriverCore.h"
+#include "peers/driver/KnownDevices.h"
 #include "peers/driver/PanelDisplay.h"
 #include "platform/NSObject.h"
 #include "platform/PropertyList.h"
@@ -47,6 +48,7 @@ private:
         std::uint32_t id = 0;
         std::string name;
         touch::Settings settings;
+        KnownDevice known;
         bool isWatched = false;
         /// None while another session has it.
         std::unique_ptr<PanelDisplay> panel;
@@ -63,6 +65,8 @@ private:
     void suspend(std::uint32_t id);
     void go(std::uint32_t id);
     void changeSource();
+    [[nodiscard]] touch::Desktop desktopOf(const Display& display) const;
+    void connect(FoundDisplay found);
     [[nodiscard]] bool give(Display& display, FoundDisplay found);
     [[nodiscard]] Display* displayWith(std::uint32_t id);
     [[nodiscard]] PanelDisplay& recordable(const std::string& name);

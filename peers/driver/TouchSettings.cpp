@@ -26,12 +26,6 @@ using platform::Value;
 /// In the entry of a display that has been calibrated: glass to picture, six reals, row by row.
 constexpr std::string_view kMatrix = "Matrix";
 
-/// The number that a value is read as; none where there is none to read.
-std::optional<double> numberIn(const Value& value) {
-    if (!value.hasNumber() || std::isnan(value.doubleValue())) return std::nullopt;
-    return value.doubleValue();
-}
-
 /// Far more than any setting is held to, and far less than a time can hold.
 touch::Time timeOf(double seconds) {
     constexpr double kMostSeconds = 1e6;
@@ -108,6 +102,11 @@ touch::Matrix calibrationIn(const NSMutableDictionary& calibration) {
 }
 
 } // namespace
+
+std::optional<double> numberIn(const Value& value) {
+    if (!value.hasNumber() || std::isnan(value.doubleValue())) return std::nullopt;
+    return value.doubleValue();
+}
 
 SettingsContext currentSettingsContext() {
     return {NSMutableDictionary::dictionaryWithContentsOfFile(getDockPreferenceFilePath()),

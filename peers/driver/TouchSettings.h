@@ -10,6 +10,9 @@
 
 namespace kelvo {
 
+/// The number that a value is read as; none where there is none to read.
+[[nodiscard]] std::optional<double> numberIn(const platform::Value& value);
+
 /// What a display's settings come to, beside the display's own file: the system's switches of its gestures, which
 /// system that is, and the calibrations.
 struct SettingsContext {

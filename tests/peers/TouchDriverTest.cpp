@@ -41,11 +41,11 @@ private:
 
 /// A panel and its four virtual devices.
 struct Machine {
-    EventNode panel{EventNode::panel()};
+    EventNode panel;
     std::array<std::unique_ptr<EventNode>, kelvo::kVirtualDevices> devices;
 
-    Machine() {
-        for (auto& device : devices) device = std::make_unique<EventNode>(EventNode::Device{});
+    explicit Machine(const EventNode::Device& device = EventNode::panel()) : panel(device) {
+        for (auto& each : devices) each = std::make_unique<EventNode>(EventNode::Device{});
     }
 
     kelvo::FoundDisplay found(std::uint32_t id, const std::string& identity = "") {
@@ -92,6 +92,7 @@ protected:
     TemporaryDirectory home;
     PrivateBus bus;
     EnvironmentVariable homeVariable{"HOME", home.path()};
+    EnvironmentVariable libraryVariable{"KELVO_LOCAL_LIBRARY", home.path("machine")};
     EnvironmentVariable busVariable{"DBUS_SESSION_BUS_ADDRESS", bus.address()};
     kelvo::PollRunLoop loop;
     kelvo::PeerPlatform services{"touch-driver-test", loop};
@@ -145,6 +146,61 @@ TEST_F(TouchDriverTest, ASecondDisplayLikeTheFirstHasANameOfItsOwn) {
     drag(second);
     EXPECT_FALSE(second.touches().empty());
     EXPECT_TRUE(machine.touches().empty());
+}
+
+/// How many frames a finger that goes 1.5 % of the glass leads to.
+class APanelWithoutASize : public TouchDriverTest {
+protected:
+    static EventNode::Device device() {
+        auto device = EventNode::panel();
+        for (auto& [code, axis] : device.axes) axis.resolution = 0;
+        return device;
+    }
+    std::size_t framesOfALittleMovement() {
+        Machine small(device());
+        come(small.found(7));
+        for (std::int32_t x = 1000; x <= 1030; x += 10) {
+            small.panel.touch(0, 5, x, 500);
+            small.panel.report(now());
+            serve();
+        }
+        lift(small);
+        const std::size_t frames = small.touches().size();
+        tell.went(7);
+        serve();
+        return frames;
+    }
+    void know(const std::string& entry) {
+        home.write("machine/Preferences/KelvoTouchDisplay/DeviceList.plist",
+                   R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict><key>04f3:0732</key><dict>)" +
+                       entry + "</dict></dict></plist>");
+    }
+};
+
+TEST_F(APanelWithoutASize, HasTheSizeThatTheMachinesListSays) {
+    constexpr std::size_t kTap = 2;
+    know("<key>Width</key><integer>100</integer><key>Height</key><integer>50</integer>");
+    EXPECT_EQ(framesOfALittleMovement(), kTap);
+    know("<key>Width</key><integer>1000</integer><key>Height</key><integer>500</integer>");
+    EXPECT_GT(framesOfALittleMovement(), kTap);
+}
+
+TEST_F(APanelWithoutASize, HasTheNameThatTheMachinesListSays) {
+    know("<key>Name</key><string>Kelvo/15</string>");
+    come(machine.found(1));
+    EXPECT_EQ(driver.core().status(), R"({"devices": ["Kelvo 15"], "enabled": true})");
+}
+
+TEST_F(TouchDriverTest, ThePanelsOwnResolutionIsStoredWithItsSettings) {
+    home.write("machine/Preferences/KelvoTouchDisplay/SupportResolutionList.plist",
+               R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict><key>04F3:0732</key><dict>)"
+               "<key>Width</key><integer>1920</integer><key>Height</key><integer>1080</integer></dict></dict></plist>");
+    come(machine.found(1));
+    const auto settings = platform::NSMutableDictionary::dictionaryWithContentsOfFile(
+        home.path("Library/Preferences/KelvoTouchDisplay/Settings_Panel.plist"));
+    EXPECT_EQ(settings.objectForKey("NativeWidth").longLongValue(), 1920);
+    EXPECT_EQ(settings.objectForKey("NativeHeight").longLongValue(), 1080);
+    EXPECT_TRUE(settings.objectForKey("DriverVersion").string());
 }
 
 TEST_F(TouchDriverTest, ADriverThatIsSwitchedOffLetsGoOfItsDisplays) {
