@@ -53,6 +53,14 @@ public:
         check(saveSettingItemsToPlist(items, path), "the settings file cannot be written");
     }
 
+    /// Does what the user changes, and sees to it that the driver's end has answered by the time that it is done.
+    template <typename Change>
+    void change(const Change& change) const {
+        const std::int64_t before = platform_.answered();
+        change();
+        check(platform_.answered() == before + 1, "a change is not one message that is answered");
+    }
+
     static std::string panePath;
 
 private:
@@ -88,15 +96,23 @@ public:
         form().repaint();
     }
 
+    /// Until it is sent and on the screen.
     void moveSlider() {
-        auto& slider = child<QSlider>("rateSlider_");
-        slider.setValue(slider.value() == slider.minimum() ? slider.maximum() : slider.value() - 1);
+        world_.change([this] {
+            auto& slider = child<QSlider>("rateSlider_");
+            slider.setValue(slider.value() == slider.minimum() ? slider.maximum() : slider.value() - 1);
+            QApplication::processEvents();
+        });
     }
 
     /// The check box of a gesture in the middle.
     QCheckBox& someSwitch() {
         const auto switches = form().findChildren<QCheckBox*>("clickBtn");
         return *switches[switches.size() / 2 - 1];
+    }
+
+    void click(QCheckBox& gesture) {
+        world_.change([&] { gesture.click(); });
     }
 
 private:
@@ -132,7 +148,7 @@ void changeHere(benchmark::State& state) {
     double value = 0.0;
     while (state.KeepRunning()) {
         value = value > 0.8 ? 0.0 : value + 0.01;
-        slider.performSetDoubleValue(value);
+        world.change([&] { slider.performSetDoubleValue(value); });
     }
 }
 
@@ -183,7 +199,7 @@ void buildList(benchmark::State& state) {
 void changeOneOf(benchmark::State& state) {
     Tab tab(state.range(0));
     QCheckBox& gesture = tab.someSwitch();
-    while (state.KeepRunning()) gesture.click();
+    while (state.KeepRunning()) tab.click(gesture);
 }
 
 void encodeList(benchmark::State& state) {

@@ -11,11 +11,12 @@
 @end
 
 /// A rectangle that others are put into at their frames, in a scroll view. It grows downwards to hold what lies below
-/// its bottom; its coordinates stay as they are.
+/// its bottom; its coordinates stay as they are. However many come, go or move at once, it looks at them all one time.
 @interface KelvoContainer : NSView {
     NSSize formSize_;
+    BOOL isGrowthDue_;
 }
-- (void)growToHoldAll;
+- (void)growToHoldAllSoon;
 @end
 
 /// A rectangle that someone else draws and that tells of presses.

@@ -32,7 +32,16 @@ constexpr CGFloat kTextInset = 24.0;
 
 @implementation KelvoContainer
 
+- (void)growToHoldAllSoon {
+    if (isGrowthDue_) return;
+    isGrowthDue_ = YES;
+    NSArray* const modes =
+        [NSArray arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode, nil];
+    [self performSelector:@selector(growToHoldAll) withObject:nil afterDelay:0.0 inModes:modes];
+}
+
 - (void)growToHoldAll {
+    isGrowthDue_ = NO;
     if (NSEqualSizes(formSize_, NSZeroSize)) formSize_ = [self frame].size;
     CGFloat below = 0.0;
     for (NSView* view : kelvo::elementsOf<NSView>([self subviews])) below = MAX(below, -NSMinY([view frame]));

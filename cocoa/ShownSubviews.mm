@@ -23,7 +23,7 @@ void ShownSubviews::show() {
     std::for_each(begin, end, [](const Subview& gone) { [gone.shown.get() removeFromSuperview]; });
     shown_.erase(begin, end);
     while (shown_.size() < models.size()) putIn(*models[shown_.size()]);
-    [container_.get() growToHoldAll];
+    [container_.get() growToHoldAllSoon];
     [container_.get() setNeedsDisplay:YES];
 }
 
@@ -38,7 +38,7 @@ void ShownSubviews::putIn(platform::NSView& model) {
     const auto held = Retained<NSView>::sharing(view);
     auto changes = model.observeChanges([this, &model, held] {
         place(held.get(), model);
-        [container_.get() growToHoldAll];
+        [container_.get() growToHoldAllSoon];
     });
     shown_.push_back({&model, held, std::move(changes)});
 }

@@ -35,7 +35,8 @@ private:
 QtNibs::QtNibs(std::string bundleIdentifier, Forms forms)
     : bundleIdentifier_(std::move(bundleIdentifier)),
       forms_(std::move(forms)),
-      pictograms_(std::make_shared<Pictograms>(bundleIdentifier_)) {
+      pictograms_(std::make_shared<Pictograms>(bundleIdentifier_)),
+      connections_(std::make_unique<QObject>()) {
     describeOwnWidgets();
 }
 
@@ -53,8 +54,12 @@ std::unique_ptr<platform::NSNib> QtNibs::instantiate(const std::string& name, pl
     const FormBinder binder(name, *form, owner, widgetOfView, pictograms_);
     FormBinding binding = binder.bind(view);
 
-    std::erase_if(widgets_, [](const auto& known) { return known.second.isNull(); });
     widgets_[&view] = form.get();
+    QObject::connect(form.get(), &QObject::destroyed, connections_.get(), [this, gone = &view] {
+        // Another view may have come to the same place in memory since.
+        const auto known = widgets_.find(gone);
+        if (known != widgets_.end() && known->second.isNull()) widgets_.erase(known);
+    });
     return std::make_unique<QtNib>(std::move(binding), std::move(form));
 }
 

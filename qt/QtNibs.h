@@ -32,6 +32,7 @@ private:
     std::shared_ptr<Pictograms> pictograms_;
     WidestTexts widestTexts_;
     std::map<const platform::NSView*, QPointer<QWidget>> widgets_;
+    std::unique_ptr<QObject> connections_;
 };
 
 } // namespace kelvo

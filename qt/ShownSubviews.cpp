@@ -6,9 +6,12 @@
 
 #include <QApplication>
 #include <QScrollArea>
+#include <QStyle>
 
 #include <algorithm>
 #include <iterator>
+#include <map>
+#include <set>
 #include <utility>
 
 namespace kelvo {
@@ -24,21 +27,61 @@ QScrollArea* scrollAreaOf(const QWidget& content) {
     return area && area->widget() == &content ? area : nullptr;
 }
 
+/// A widget with where its view's frame puts it, read from the left.
+struct Framed {
+    QWidget* widget;
+    const NSView* view;
+    QRect geometry;
+};
+
+/// How far down each column is moved for all to stand one below the other, by its left edge; empty when they fit beside
+/// each other.
+std::map<int, int> offsetsOfColumns(const std::vector<Framed>& views, int width) {
+    std::map<int, int> bottoms;
+    int right = 0;
+    for (const Framed& each : views) {
+        int& bottom = bottoms[each.geometry.x()];
+        bottom = std::max(bottom, each.geometry.bottom() + 1);
+        right = std::max(right, each.geometry.right() + 1);
+    }
+    std::map<int, int> offsets;
+    if (right <= width) return offsets;
+    int above = 0;
+    for (const auto& [left, bottom] : bottoms) {
+        offsets[left] = above;
+        above += bottom;
+    }
+    return offsets;
+}
+
+QRect movedWithItsColumn(QRect geometry, const std::map<int, int>& offsets) {
+    const auto column = offsets.find(geometry.x());
+    if (column == offsets.end()) return geometry;
+    geometry.moveTo(offsets.begin()->first, geometry.y() + column->second);
+    return geometry;
+}
+
+/// Of `views`, whose last one is in front, shows at each place the first one from there that is not hidden itself.
+void showWhatIsInFront(const std::vector<Framed>& views) {
+    std::set<std::pair<int, int>> taken;
+    std::for_each(views.rbegin(), views.rend(), [&](const Framed& each) {
+        const bool isSeen = !each.view->isHidden() && taken.emplace(each.geometry.x(), each.geometry.y()).second;
+        each.widget->setVisible(isSeen);
+    });
+}
+
 } // namespace
 
 ShownSubviews::ShownSubviews(QWidget& container, NSView& view, WidgetOfView widgetOfView)
     : container_(&container),
       view_(view),
       widgetOfView_(std::move(widgetOfView)),
-      height_(container.height()),
       connections_(std::make_unique<QObject>()) {
     view_.setFrame({0.0, 0.0, static_cast<double>(container.width()), static_cast<double>(container.height())});
     changes_ = view_.observeChanges([this] { show(); });
     show();
     if (const QScrollArea* area = scrollAreaOf(container)) {
-        viewportWatch_ = std::make_unique<ResizeWatch>(*area->viewport(), [this] {
-            if (container_) growToHoldAll();
-        });
+        viewportWatch_ = std::make_unique<ResizeWatch>(*area->viewport(), [this] { arrange(); });
     }
     QObject::connect(qApp, &QApplication::focusChanged, connections_.get(), [this](QWidget*, QWidget* focused) {
         if (focused && container_ && container_->isAncestorOf(focused)) scrollTo(*focused);
@@ -54,12 +97,7 @@ void ShownSubviews::show() {
     const auto [first, last] = platform::goneSubviews(shown_, views);
     takeOut(first, last);
     while (shown_.size() < views.size()) putIn(*views[shown_.size()]);
-
-    if (height_ != view_.frame().height) {
-        height_ = view_.frame().height;
-        placeAll();
-    }
-    growToHoldAll();
+    arrangeSoon();
 }
 
 void ShownSubviews::takeOut(std::size_t first, std::size_t last) {
@@ -71,29 +109,20 @@ void ShownSubviews::takeOut(std::size_t first, std::size_t last) {
         if (!each.widget || each.widget->parentWidget() != container_) continue;
         each.widget->hide();
         each.widget->setParent(nullptr);
-        showWhatIsInFrontAt(each.position);
     }
 }
 
 void ShownSubviews::putIn(NSView& view) {
     QWidget* const widget = widgetOfView_(view);
     if (!widget) {
-        shown_.push_back({&view, nullptr, nullptr, {}, {}});
+        shown_.push_back({&view, nullptr, nullptr, {}});
         return;
     }
     widget->setParent(container_);
     QWidget* const lastBefore = lastTabStop();
     QWidget* const last =
         lastBefore ? putBehindInTabOrder(*lastBefore, *widget) : putInsideInTabOrder(*container_, *widget);
-    auto changes = view.observeChanges([this, &view] {
-        const auto moved =
-            std::find_if(shown_.begin(), shown_.end(), [&](const Subview& each) { return each.view == &view; });
-        if (moved == shown_.end() || !moved->widget) return;
-        place(*moved);
-        growToHoldAll();
-    });
-    shown_.push_back({&view, widget, last, widget->pos(), std::move(changes)});
-    place(shown_.back());
+    shown_.push_back({&view, widget, last, view.observeChanges([this] { arrangeSoon(); })});
 }
 
 QWidget* ShownSubviews::lastTabStop() const {
@@ -102,90 +131,47 @@ QWidget* ShownSubviews::lastTabStop() const {
     return last == shown_.rend() ? nullptr : last->lastTabStop.data();
 }
 
-void ShownSubviews::place(Subview& subview) const {
-    const QRect framed = framedGeometryOf(subview);
-    const QPoint before = std::exchange(subview.position, framed.topLeft());
-    subview.widget->setGeometry(mirroredIn(*container_, arranged(framed)));
-    if (subview.position != before) showWhatIsInFrontAt(before);
-    showWhatIsInFrontAt(subview.position);
+void ShownSubviews::arrangeSoon() {
+    if (std::exchange(isArrangementDue_, true)) return;
+    QMetaObject::invokeMethod(
+        connections_.get(), [this] { arrangeIfDue(); }, Qt::QueuedConnection);
 }
 
-void ShownSubviews::placeAll() {
-    for (Subview& each : shown_) {
-        if (each.widget) place(each);
-    }
+void ShownSubviews::arrangeIfDue() {
+    if (isArrangementDue_) arrange();
 }
 
-void ShownSubviews::showWhatIsInFrontAt(QPoint position) const {
-    bool isInFront = true;
-    std::for_each(shown_.rbegin(), shown_.rend(), [&](const Subview& each) {
-        if (!each.widget || each.position != position) return;
-        const bool isHidden = each.view->isHidden();
-        each.widget->setVisible(isInFront && !isHidden);
-        isInFront = isInFront && isHidden;
-    });
-}
-
-void ShownSubviews::growToHoldAll() {
-    const platform::NSRect frame = view_.frame();
-    QRect held = geometryFromFrame({0.0, 0.0, frame.width, frame.height}, frame.height);
-    const QRect own = held;
+void ShownSubviews::arrange() {
+    isArrangementDue_ = false;
+    if (!container_) return;
+    const platform::NSRect own = view_.frame();
+    std::vector<Framed> views;
     for (const Subview& each : shown_) {
-        if (each.widget) held |= framedGeometryOf(each);
+        if (each.widget) views.push_back({each.widget, each.view, geometryFromFrame(each.view->frame(), own.height)});
     }
-    const QScrollArea* const area = scrollAreaOf(*container_);
-    const int room = area ? area->viewport()->width() : held.right() + 1;
-    const auto offsetsBefore = std::exchange(offsets_, offsetsOfColumnsIn(room));
-    if (!offsets_.empty()) {
-        held = own & QRect(0, 0, room, own.height());
-        for (const Subview& each : shown_) {
-            if (each.widget) held |= arranged(framedGeometryOf(each));
-        }
-    }
-    if (offsets_ != offsetsBefore) placeAll();
 
-    const int widthBefore = container_->width();
-    container_->resize(held.right() + 1, held.bottom() + 1);
-    // What is placed from the right moves with the right edge.
-    if (container_->layoutDirection() == Qt::RightToLeft && container_->width() != widthBefore) placeAll();
+    QRect held = geometryFromFrame({0.0, 0.0, own.width, own.height}, own.height);
+    if (const QScrollArea* const area = scrollAreaOf(*container_)) {
+        const int room = area->viewport()->width();
+        const auto offsets = offsetsOfColumns(views, room);
+        if (!offsets.empty()) held.setWidth(std::min(held.width(), room));
+        for (Framed& each : views) each.geometry = movedWithItsColumn(each.geometry, offsets);
+    }
+    for (const Framed& each : views) held |= each.geometry;
+    const QRect whole(QPoint(0, 0), held.bottomRight());
+    for (const Framed& each : views) {
+        each.widget->setGeometry(QStyle::visualRect(container_->layoutDirection(), whole, each.geometry));
+    }
+    showWhatIsInFront(views);
+    // This comes last, since a scroll bar that comes or goes with it makes another arrangement.
+    container_->resize(whole.size());
 }
 
-QRect ShownSubviews::framedGeometryOf(const Subview& subview) const {
-    return geometryFromFrame(subview.view->frame(), height_);
-}
-
-/// Empty when the columns fit beside each other.
-std::map<int, int> ShownSubviews::offsetsOfColumnsIn(int width) const {
-    std::map<int, int> bottoms;
-    int right = 0;
-    for (const Subview& each : shown_) {
-        if (!each.widget) continue;
-        const QRect framed = framedGeometryOf(each);
-        int& bottom = bottoms[framed.x()];
-        bottom = std::max(bottom, framed.bottom() + 1);
-        right = std::max(right, framed.right() + 1);
-    }
-    std::map<int, int> offsets;
-    if (right <= width) return offsets;
-    int above = 0;
-    for (const auto& [left, bottom] : bottoms) {
-        offsets[left] = above;
-        above += bottom;
-    }
-    return offsets;
-}
-
-QRect ShownSubviews::arranged(QRect framed) const {
-    const auto column = offsets_.find(framed.x());
-    if (column == offsets_.end()) return framed;
-    framed.moveTo(offsets_.begin()->first, framed.y() + column->second);
-    return framed;
-}
-
-void ShownSubviews::scrollTo(QWidget& focused) const {
+void ShownSubviews::scrollTo(QWidget& focused) {
     // What was pressed is on the screen, and must not move away before it is let go.
     QScrollArea* const area = scrollAreaOf(*container_);
     if (!area || QGuiApplication::mouseButtons() != Qt::NoButton) return;
+    arrangeIfDue();
     QWidget* subview = &focused;
     while (subview->parentWidget() != container_) subview = subview->parentWidget();
     area->ensureWidgetVisible(subview, 0, 0);

@@ -4,14 +4,11 @@
 #include "qt/ResizeWatch.h"
 
 #include <QObject>
-#include <QPoint>
 #include <QPointer>
-#include <QRect>
 #include <QWidget>
 
 #include <cstddef>
 #include <functional>
-#include <map>
 #include <memory>
 #include <vector>
 
@@ -26,6 +23,9 @@ using WidgetOfView = std::function<QWidget*(const platform::NSView&)>;
 /// The Tab key goes through the views in their order.
 ///
 /// Of views at the same place only the one in front can be seen, so only that one can be reached.
+///
+/// Views come and go one at a time, and change likewise; once the program has done with that, all are put where they
+/// belong in one go, before anything is painted.
 class ShownSubviews {
 public:
     ShownSubviews(QWidget& container, platform::NSView& view, WidgetOfView widgetOfView);
@@ -38,8 +38,6 @@ private:
         const platform::NSView* view = nullptr;
         QPointer<QWidget> widget;
         QPointer<QWidget> lastTabStop;
-        /// Where its frame puts it, read from the left.
-        QPoint position;
         platform::Subscription changes;
     };
 
@@ -47,22 +45,16 @@ private:
     void takeOut(std::size_t first, std::size_t last);
     void putIn(platform::NSView& view);
     [[nodiscard]] QWidget* lastTabStop() const;
-    void place(Subview& subview) const;
-    void placeAll();
-    void showWhatIsInFrontAt(QPoint position) const;
-    void growToHoldAll();
-    [[nodiscard]] QRect framedGeometryOf(const Subview& subview) const;
-    [[nodiscard]] QRect arranged(QRect framed) const;
-    [[nodiscard]] std::map<int, int> offsetsOfColumnsIn(int width) const;
-    void scrollTo(QWidget& focused) const;
+    void arrangeSoon();
+    void arrangeIfDue();
+    void arrange();
+    void scrollTo(QWidget& focused);
 
     QPointer<QWidget> container_;
     platform::NSView& view_;
     WidgetOfView widgetOfView_;
-    double height_;
     std::vector<Subview> shown_;
-    /// Of columns that stand one below the other, how far down each is moved, by its left edge; empty when none is.
-    std::map<int, int> offsets_;
+    bool isArrangementDue_ = false;
     platform::Subscription changes_;
     std::unique_ptr<QObject> connections_;
     std::unique_ptr<ResizeWatch> viewportWatch_;

@@ -41,6 +41,9 @@ public:
     int count = 0;
 };
 
+/// What the program has changed is shown by the time that it has done with it.
+void letProgramEnd() { QCoreApplication::sendPostedEvents(); }
+
 /// An area of 400 by 300 in a scroll area between two fields. Its rows are views whose widget has a check box.
 class SubviewsTest : public FormFixture {
 protected:
@@ -113,6 +116,7 @@ TEST_F(SubviewsTest, AreasFrameComesFromTheForm) { EXPECT_EQ(model_.frame(), (NS
 TEST_F(SubviewsTest, RowStandsWhereItsFrameSaysFromTheTop) {
     const Row& first = put({10.0, 270.0, 200.0, 30.0});
     const Row& second = put({210.0, 240.0, 180.0, 30.0});
+    letProgramEnd();
     EXPECT_EQ(first.widget->parentWidget(), &area_);
     EXPECT_EQ(first.widget->geometry(), QRect(10, 0, 200, 30));
     EXPECT_EQ(second.widget->geometry(), QRect(210, 30, 180, 30));
@@ -122,17 +126,20 @@ TEST_F(SubviewsTest, RowStandsWhereItsFrameSaysFromTheTop) {
 TEST_F(SubviewsTest, RowFollowsItsFrame) {
     const Row& row = put({10.0, 270.0, 200.0, 30.0});
     row.view->setFrame({20.0, 200.0, 210.0, 40.0});
+    letProgramEnd();
     EXPECT_EQ(row.widget->geometry(), QRect(20, 60, 210, 40));
 }
 
 TEST_F(SubviewsTest, RowsKeepTheirDistanceFromTheTopWhenTheAreaGrows) {
     const Row& row = put({10.0, 270.0, 200.0, 30.0});
     model_.setFrame({0.0, 0.0, 400.0, 350.0});
+    letProgramEnd();
     EXPECT_EQ(row.widget->geometry(), QRect(10, 50, 200, 30));
 }
 
 TEST_F(SubviewsTest, RowsBelowTheBottomMakeTheAreaTallerAndScroll) {
     put({10.0, -60.0, 200.0, 30.0});
+    letProgramEnd();
     EXPECT_EQ(area_.size(), QSize(400, 360));
     EXPECT_GT(scroller_.verticalScrollBar()->maximum(), 0);
     EXPECT_EQ(model_.frame().height, 300.0);
@@ -140,13 +147,17 @@ TEST_F(SubviewsTest, RowsBelowTheBottomMakeTheAreaTallerAndScroll) {
 
 TEST_F(SubviewsTest, AreaShrinksAgainWhenTheyGo) {
     const Row& row = put({10.0, -60.0, 500.0, 30.0});
+    letProgramEnd();
     row.view->removeFromSuperview();
+    letProgramEnd();
     EXPECT_EQ(area_.size(), QSize(400, 300));
 }
 
 TEST_F(SubviewsTest, RowThatIsTakenOutLeavesTheArea) {
     const Row& row = put({10.0, 270.0, 200.0, 30.0});
+    letProgramEnd();
     row.view->removeFromSuperview();
+    letProgramEnd();
     EXPECT_EQ(row.widget->parentWidget(), nullptr);
     EXPECT_FALSE(row.widget->isVisible());
 }
@@ -155,8 +166,10 @@ TEST_F(SubviewsTest, ViewWithoutAWidgetIsNotShown) {
     const auto bare = std::make_shared<NSView>();
     model_.addSubview(bare);
     const Row& row = put({10.0, 270.0, 200.0, 30.0});
+    letProgramEnd();
     EXPECT_EQ(row.widget->geometry(), QRect(10, 0, 200, 30));
     bare->removeFromSuperview();
+    letProgramEnd();
     EXPECT_TRUE(row.widget->isVisible());
 }
 
@@ -164,12 +177,16 @@ TEST_F(SubviewsTest, ComingGoingAndMovingOfOneRowLeavesTheOthersAlone) {
     const Row& first = put({10.0, 270.0, 200.0, 30.0});
     const Row& middle = put({10.0, 240.0, 200.0, 30.0});
     const Row& last = put({10.0, 210.0, 200.0, 30.0});
+    letProgramEnd();
     const Disturbances ofFirst(*first.widget);
     const Disturbances ofLast(*last.widget);
 
     put({10.0, 180.0, 200.0, 30.0});
+    letProgramEnd();
     middle.view->setFrame({10.0, 240.0, 220.0, 30.0});
+    letProgramEnd();
     middle.view->removeFromSuperview();
+    letProgramEnd();
 
     EXPECT_EQ(ofFirst.count, 0);
     EXPECT_EQ(ofLast.count, 0);
@@ -178,25 +195,30 @@ TEST_F(SubviewsTest, ComingGoingAndMovingOfOneRowLeavesTheOthersAlone) {
 TEST_F(SubviewsTest, OfRowsAtOnePlaceOnlyTheFrontOneIsSeenAndReached) {
     const Row& older = put({10.0, 270.0, 270.0, 30.0});
     const Row& newer = put({10.0, 270.0, 200.0, 30.0});
+    letProgramEnd();
     EXPECT_FALSE(older.widget->isVisible());
     EXPECT_TRUE(newer.widget->isVisible());
     EXPECT_THAT(tabStops(), ElementsAre(newer.box));
 
     newer.view->removeFromSuperview();
+    letProgramEnd();
     EXPECT_TRUE(older.widget->isVisible());
 }
 
 TEST_F(SubviewsTest, HiddenRowIsNotShownByComingOrMoving) {
     Row& row = put({10.0, 270.0, 200.0, 30.0});
     row.view->setHidden(true);
+    letProgramEnd();
     EXPECT_FALSE(row.widget->isVisible());
     row.view->setFrame({10.0, 200.0, 200.0, 30.0});
+    letProgramEnd();
     EXPECT_FALSE(row.widget->isVisible());
 }
 
 TEST_F(SubviewsTest, OverlappingRowThatCameLaterIsInFront) {
     put({10.0, 270.0, 200.0, 30.0});
     const Row& newer = put({50.0, 260.0, 200.0, 30.0});
+    letProgramEnd();
     EXPECT_EQ(area_.childAt(60, 20)->parentWidget() == newer.widget.get() ||
                   area_.childAt(60, 20) == newer.widget.get(),
               true);
@@ -206,16 +228,19 @@ TEST_F(SubviewsTest, TabKeyGoesThroughTheRowsInTheirOrderAndOn) {
     const Row& first = put({10.0, 270.0, 200.0, 30.0});
     const Row& second = put({210.0, 270.0, 180.0, 30.0});
     const Row& third = put({10.0, 240.0, 200.0, 30.0});
+    letProgramEnd();
     EXPECT_THAT(tabStops(), ElementsAre(first.box, second.box, third.box));
 
     second.view->removeFromSuperview();
     const Row& fourth = put({10.0, 210.0, 200.0, 30.0});
+    letProgramEnd();
     EXPECT_THAT(tabStops(), ElementsAre(first.box, third.box, fourth.box));
 }
 
 TEST_F(SubviewsTest, RowsThatReplaceAllOthersAreReachedAtTheSamePlace) {
     put({10.0, 270.0, 200.0, 30.0}).view->removeFromSuperview();
     const Row& row = put({10.0, 270.0, 200.0, 30.0});
+    letProgramEnd();
     EXPECT_THAT(tabStops(), ElementsAre(row.box));
 }
 
@@ -223,6 +248,7 @@ TEST_F(SubviewsTest, ColumnsStandBelowEachOtherWhereTheyDoNotFitSideBySide) {
     const Row& first = put({10.0, 270.0, 200.0, 30.0});
     const Row& below = put({10.0, 220.0, 200.0, 50.0});
     const Row& beside = put({210.0, 270.0, 220.0, 30.0});
+    letProgramEnd();
     EXPECT_EQ(beside.widget->geometry(), QRect(210, 0, 220, 30));
 
     form_.resize(400, 200);
@@ -232,12 +258,15 @@ TEST_F(SubviewsTest, ColumnsStandBelowEachOtherWhereTheyDoNotFitSideBySide) {
     EXPECT_EQ(beside.widget->geometry(), QRect(10, 80, 220, 30));
     EXPECT_EQ(scroller_.horizontalScrollBar()->maximum(), 0);
     const Row& last = put({210.0, 240.0, 180.0, 30.0});
+    letProgramEnd();
     EXPECT_EQ(last.widget->geometry(), QRect(10, 110, 180, 30));
     const Row& third = put({10.0, 190.0, 200.0, 30.0});
+    letProgramEnd();
     EXPECT_EQ(third.widget->geometry(), QRect(10, 80, 200, 30));
     EXPECT_EQ(beside.widget->geometry(), QRect(10, 110, 220, 30));
 
     third.view->removeFromSuperview();
+    letProgramEnd();
     EXPECT_EQ(beside.widget->geometry(), QRect(10, 80, 220, 30));
     form_.resize(500, 200);
     QCoreApplication::processEvents();
@@ -245,9 +274,48 @@ TEST_F(SubviewsTest, ColumnsStandBelowEachOtherWhereTheyDoNotFitSideBySide) {
     EXPECT_EQ(area_.width(), 430);
 }
 
+TEST_F(SubviewsTest, HoweverManyRowsComeChangeAndGoAtOnceTheAreaGrowsAndShrinksOnce) {
+    constexpr int kRows = 200;
+    const Disturbances ofArea(area_);
+    for (int row = 0; row < kRows; ++row) put({10.0, 270.0 - 30.0 * row, 200.0, 30.0});
+    for (const Row& row : rowsInOrder_) row.view->setNeedsDisplay(true);
+    letProgramEnd();
+    EXPECT_EQ(area_.height(), 30 * kRows);
+    EXPECT_EQ(ofArea.count, 1);
+
+    for (const Row& row : rowsInOrder_) row.view->removeFromSuperview();
+    letProgramEnd();
+    EXPECT_EQ(area_.height(), 300);
+    EXPECT_EQ(ofArea.count, 2);
+}
+
+TEST_F(SubviewsTest, RowsOfColumnsThatStandBelowEachOtherArePutInPlaceOnceEach) {
+    put({210.0, 270.0, 400.0, 30.0});
+    letProgramEnd();
+    std::list<Disturbances> ofRows;
+    for (int row = 0; row < 100; ++row) {
+        for (const double left : {10.0, 210.0}) {
+            ofRows.emplace_back(*put({left, 240.0 - 30.0 * row, 180.0, 30.0}).widget);
+        }
+    }
+    letProgramEnd();
+    EXPECT_EQ(rowsInOrder_.back().widget->geometry(), QRect(10, 30 * (101 + 100), 180, 30));
+    // It is moved to its place, takes its size and is shown.
+    for (const Disturbances& each : ofRows) EXPECT_LE(each.count, 3);
+}
+
+TEST_F(SubviewsTest, FocusThatComesBeforeTheProgramHasEndedScrollsToWhereItsRowWillStand) {
+    const Row& far = put({10.0, -600.0, 200.0, 30.0});
+    far.widget->show();
+    far.box->setFocus();
+    const QRect seen(QPoint(0, 0), scroller_.viewport()->size());
+    EXPECT_TRUE(seen.contains(QRect(far.widget->mapTo(scroller_.viewport(), QPoint(0, 0)), far.widget->size())));
+}
+
 TEST_F(SubviewsTest, KeyboardFocusScrollsItsRowIntoView) {
     put({10.0, 270.0, 200.0, 30.0});
     const Row& far = put({10.0, -600.0, 200.0, 30.0});
+    letProgramEnd();
     behind_.setFocus();
     QTest::keyClick(&behind_, Qt::Key_Backtab);
     ASSERT_EQ(QApplication::focusWidget(), far.box);
@@ -265,9 +333,11 @@ TEST_F(SubviewsTest, ViewsThatWereThereBeforeTheFormAreShown) {
 
 TEST_F(SubviewsTest, UntiedAreaFollowsNothing) {
     const Row& row = put({10.0, 270.0, 200.0, 30.0});
+    letProgramEnd();
     binding_.reset();
     row.view->setFrame({0.0, 0.0, 1.0, 1.0});
     model_.setFrame({0.0, 0.0, 1.0, 1.0});
+    letProgramEnd();
     EXPECT_EQ(row.widget->geometry(), QRect(10, 0, 200, 30));
 }
 
