@@ -3,34 +3,14 @@
 #include "linux/VirtualDevices.h"
 #include "peers/PeerPlatform.h"
 #include "peers/driver/PanelDisplay.h"
+#include "support/CountedAllocations.h"
 #include "support/EventNode.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <memory>
-#include <new>
-
-namespace {
-
-std::size_t allocations = 0;
-
-void* allocate(std::size_t size) {
-    ++allocations;
-    if (void* const memory = std::malloc(size > 0 ? size : 1)) return memory;
-    throw std::bad_alloc();
-}
-
-} // namespace
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
 
 namespace {
 
@@ -64,9 +44,9 @@ protected:
 
     /// So many turns of the loop as a frame may need, and what they allocate.
     std::size_t serve() {
-        const std::size_t before = allocations;
+        const std::size_t before = support::allocations();
         for (int i = 0; i < 4; ++i) loop.runUntil([] { return false; }, 0.0005);
-        return allocations - before;
+        return support::allocations() - before;
     }
 
     /// A hand lands, goes and lifts; what the driver allocates meanwhile.
@@ -103,9 +83,9 @@ TEST_F(TouchDriverAllocation, HappensAtNoFrameAndAtNoTimeoutOnceTheDriverHasBegu
     EXPECT_EQ(allocated, 0U);
     EXPECT_EQ(hands, 8);
     // So that this test can fail at all.
-    const std::size_t before = allocations;
+    const std::size_t before = support::allocations();
     delete new int;
-    EXPECT_GT(allocations, before);
+    EXPECT_GT(support::allocations(), before);
 }
 
 } // namespace

@@ -1,28 +1,7 @@
+#include "support/CountedAllocations.h"
 #include "tests/touch/Script.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-std::size_t allocations = 0;
-
-void* allocate(std::size_t size) {
-    ++allocations;
-    if (void* const memory = std::malloc(size > 0 ? size : 1)) return memory;
-    throw std::bad_alloc();
-}
-
-} // namespace
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
 
 namespace {
 
@@ -57,13 +36,13 @@ TEST(Allocation, HappensAtNoFrameOnceTheSettingsAreInForce) {
     touch::TouchDisplay display(stage.glass, counter, [](touch::Fault fault) { ADD_FAILURE() << nameOf(fault); });
     display.setSettings(stage.settings);
     playHands(display, 1, 0s);
-    const std::size_t before = allocations;
+    const std::size_t before = support::allocations();
     for (std::int32_t fingers = 1; fingers <= 16; ++fingers) playHands(display, fingers, 100s * fingers);
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(support::allocations(), before);
     EXPECT_GT(counter.steps, 1000U);
     // So that this test can fail at all.
     delete new int;
-    EXPECT_GT(allocations, before);
+    EXPECT_GT(support::allocations(), before);
 }
 
 } // namespace
