@@ -13,13 +13,68 @@ Action chord(std::initializer_list<std::string_view> names) {
     return action;
 }
 
+/// Fingers on the glass go on with it until they lift.
+bool isFollowed(Gesture gesture) {
+    return gesture == Gesture::Scroll || gesture == Gesture::ZoomInOrOut || gesture == Gesture::Rotate;
+}
+
+/// Its fingers have been lifted before it is known.
+bool isTap(Gesture gesture) {
+    return gesture == Gesture::SecondaryClick || gesture == Gesture::LookUp || gesture == Gesture::SmartZoom;
+}
+
+std::string_view reasonAgainstFingers(std::int32_t fingers, Gesture gesture) {
+    if (isTap(gesture)) return "it is a tap, which leaves no fingers to follow";
+    if (isFollowed(gesture)) {
+        return fingers == 0 || fingers == 2 ? "" : "desktops scroll, zoom and turn by two fingers alone";
+    }
+    if (gesture == Gesture::NotificationCenter && fingers == 0) return "two fingers on a touchpad would only scroll";
+    return fingers == 0 || fingers == 3 || fingers == 4 ? "" : "desktops know swipes of three and four fingers alone";
+}
+
+std::string_view reasonAgainstKeys(const FixedList<std::int32_t, Action::kMostKeys>& keys) {
+    if (keys.empty()) return "there is no key";
+    for (const std::int32_t* key = keys.begin(); key != keys.end(); ++key) {
+        if (nameOfChordKey(*key).empty()) return "there is no such key";
+        if (std::find(keys.begin(), key, *key) != key) return "a key is there twice";
+    }
+    return "";
+}
+
 } // namespace
+
+bool Action::operator==(const Action& other) const {
+    return kind == other.kind && fingers == other.fingers && std::ranges::equal(keys, other.keys);
+}
 
 std::optional<std::int32_t> codeOfChordKey(std::string_view name) {
     const auto* const found =
         std::find_if(kChordKeys.begin(), kChordKeys.end(), [&](const ChordKey& each) { return each.name == name; });
     if (found == kChordKeys.end()) return std::nullopt;
     return found->code;
+}
+
+std::string_view nameOfChordKey(std::int32_t code) {
+    const auto* const found =
+        std::find_if(kChordKeys.begin(), kChordKeys.end(), [&](const ChordKey& each) { return each.code == code; });
+    return found == kChordKeys.end() ? std::string_view() : found->name;
+}
+
+std::string_view reasonAgainst(const Action& action, Gesture gesture) {
+    if (gesture == Gesture::ScrollDirection) return "it only says which way content scrolls";
+    switch (action.kind) {
+    case Action::Kind::Nothing:
+        return "";
+    case Action::Kind::Fingers:
+        return reasonAgainstFingers(action.fingers, gesture);
+    case Action::Kind::Chord:
+        if (isFollowed(gesture)) return "it goes on for as long as the fingers move, which no key does";
+        return reasonAgainstKeys(action.keys);
+    case Action::Kind::RightClick:
+    case Action::Kind::Call:
+        return isFollowed(gesture) ? "it goes on for as long as the fingers move" : "";
+    }
+    return "";
 }
 
 ActionTable::ActionTable() {

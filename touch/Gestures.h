@@ -55,6 +55,8 @@ enum class Direction : std::uint8_t { None, Left, Right, Up, Down };
 /// The name of a gesture's record, "AppExposé" with its accent.
 [[nodiscard]] std::string_view nameOf(Gesture gesture);
 [[nodiscard]] std::optional<Gesture> gestureNamed(std::string_view name);
+/// Whether what it does may differ by the way it goes, left or right.
+[[nodiscard]] bool hasWays(Gesture gesture);
 [[nodiscard]] std::string_view nameOf(Shape shape);
 [[nodiscard]] std::string_view nameOf(Direction direction);
 /// How many fingers a shape has.

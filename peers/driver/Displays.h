@@ -1,5 +1,6 @@
 #pragma once
 
+#include "peers/actions/ActionsInForce.h"
 #include "touch/Settings.h"
 
 #include <string>
@@ -16,6 +17,8 @@ public:
 
     /// What the display is to do from its next finger on. Called first when it connects.
     virtual void setSettings(const std::string& name, const touch::Settings& settings) = 0;
+    /// What gestures do from the next finger on, on every display.
+    virtual void setActions(const ActionsInForce& actions) = 0;
     /// The driver has let go of the display.
     virtual void forget(const std::string& name) = 0;
     /// A driver that is switched off gives nothing out and holds no display.

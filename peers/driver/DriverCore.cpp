@@ -153,11 +153,21 @@ std::string DriverCore::status() const {
 void DriverCore::sendFrame(const std::string& name, const ContactFrame& frame) { channel_->sendFrame(name, frame); }
 
 void DriverCore::followOtherFiles() {
+    followActions();
     auto dates = settingsContextDates();
     if (contextDates_ == dates) return;
     contextDates_ = std::move(dates);
     context_ = currentSettingsContext();
     for (const Display& display : connected_) apply(display);
+}
+
+void DriverCore::followActions() {
+    auto dates = actionFileDates(session_);
+    if (actionDates_ == dates) return;
+    actionDates_ = std::move(dates);
+    const ActionsInForce actions(session_);
+    for (const std::string& complaint : actions.complaints()) platform::NSLog("%@", complaint);
+    displays_.setActions(actions);
 }
 
 // The control channel

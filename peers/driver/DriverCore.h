@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/BusProcesses.h"
+#include "peers/actions/DesktopSession.h"
 #include "peers/driver/ControlChannel.h"
 #include "peers/driver/Displays.h"
 #include "peers/driver/TouchSettings.h"
@@ -81,6 +82,7 @@ private:
     [[nodiscard]] bool takeSettings(const platform::NSMutableDictionary& payload);
     void apply(const Display& display) const;
     void storeNativePixels(Display& display, touch::Size pixels);
+    void followActions();
     void change(Display& display, const platform::NSMutableDictionary& items);
     void tellPaneUnlessItKnows(const std::string& sender);
     void tellPaneOfSettings();
@@ -105,6 +107,8 @@ private:
     BusProcesses processes_;
     SettingsContext context_;
     std::optional<std::vector<std::optional<platform::NSDate>>> contextDates_;
+    DesktopSession session_ = currentDesktopSession();
+    std::optional<std::vector<std::optional<platform::NSDate>>> actionDates_;
 };
 
 } // namespace kelvo

@@ -21,6 +21,8 @@ public:
     [[nodiscard]] DriverCore& core() { return core_; }
 
     void setSettings(const std::string& name, const touch::Settings& settings) override;
+    /// Prints by the driver's own table, so that it says the same on every desktop.
+    void setActions(const ActionsInForce& /*actions*/) override {}
     void forget(const std::string& name) override;
     void setDriverEnabled(bool isEnabled) override;
     void setWatched(const std::string& name, bool isWatched) override;

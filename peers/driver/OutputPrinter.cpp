@@ -4,7 +4,6 @@
 #include "platform/PropertyList.h"
 #include "touch/Actions.h"
 
-#include <algorithm>
 #include <cmath>
 #include <string_view>
 
@@ -75,9 +74,8 @@ Value rounded(double number) {
 }
 
 Value nameOfKey(std::int32_t code) {
-    const auto* const key =
-        std::ranges::find(touch::kChordKeys, code, [](const touch::ChordKey& each) { return each.code; });
-    return key == touch::kChordKeys.end() ? Value(code) : Value(key->name);
+    const std::string_view name = touch::nameOfChordKey(code);
+    return name.empty() ? Value(code) : Value(name);
 }
 
 } // namespace

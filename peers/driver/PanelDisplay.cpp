@@ -55,6 +55,7 @@ bool PanelDisplay::endRecording() {
 void PanelDisplay::Splitter::give(const touch::Output& output, touch::Time now) {
     display_.out_->give(output, now);
     if (display_.recording_) display_.recording_->write(output, now);
+    if (output.kind == touch::Output::Kind::Call) display_.handlers_.called(output.gesture, output.direction);
 }
 
 void PanelDisplay::panelIsHeld(touch::Time /*now*/) {

@@ -24,6 +24,8 @@ public:
         std::function<void()> handBegins;
         /// The raw contacts of a display that is watched.
         std::function<void(const ContactFrame& frame)> watched;
+        /// A gesture that is a call of the desktop's own has been made.
+        std::function<void(touch::Gesture gesture, touch::Direction direction)> called;
         /// Its panel is no longer there, or no longer its own.
         std::function<void()> gone;
     };

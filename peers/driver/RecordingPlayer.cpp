@@ -3,7 +3,6 @@
 #include "TDUtilities.h"
 #include "peers/driver/DisplayNames.h"
 #include "peers/driver/OutputPrinter.h"
-#include "peers/driver/SystemGestures.h"
 #include "peers/driver/TouchSettings.h"
 #include "platform/Files.h"
 #include "platform/PropertyList.h"
@@ -91,15 +90,6 @@ NSMutableDictionary settingsFor(const RecordingChoice& choice, const std::string
     return settings;
 }
 
-/// As a driver that starts finds them, which makes those that are missing.
-SettingsContext contextOfADriver() {
-    SettingsContext context = currentSettingsContext();
-    NSFileManager& files = NSFileManager::defaultManager();
-    if (!files.fileExistsAtPath(getDockPreferenceFilePath())) context.dockPreferences = newDockPreferences();
-    if (!files.fileExistsAtPath(getGlobalPreferenceFilePath())) context.globalPreferences = newGlobalPreferences();
-    return context;
-}
-
 void sayFault(touch::Fault fault) { throw std::logic_error("this must not happen: " + std::string(nameOf(fault))); }
 
 } // namespace
@@ -128,7 +118,7 @@ void playRecording(const RecordingChoice& choice, const std::function<void(const
     const touch::Recording recording = recordingAt(choice.path);
     const std::string name = nameFor(choice, recording.name);
     const NSMutableDictionary stored = settingsFor(choice, name);
-    touch::Settings settings = touchSettingsOf(name, stored, contextOfADriver());
+    touch::Settings settings = touchSettingsOf(name, stored, settingsContextOfDriver());
     if (choice.isPointer) settings.fingerMode = touch::FingerMode::Pointer;
     touch::Desktop desktop;
     desktop.takesTouchesBack = !choice.keepsTouches;

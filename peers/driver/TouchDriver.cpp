@@ -48,7 +48,7 @@ std::string propertyListOf(const NSMutableDictionary& dictionary) {
 } // namespace
 
 TouchDriver::TouchDriver(platform::CFRunLoop& loop, std::function<void(std::size_t count)> displaysChanged)
-    : loop_(loop), displaysChanged_(std::move(displaysChanged)), core_(*this, {}, ownCommands()) {}
+    : loop_(loop), displaysChanged_(std::move(displaysChanged)), caller_(loop), core_(*this, {}, ownCommands()) {}
 
 TouchDriver::~TouchDriver() = default;
 
@@ -140,6 +140,7 @@ touch::Desktop TouchDriver::desktopOf(const Display& display) const {
     touch::Desktop desktop;
     desktop.takesTouchesBack = false;
     desktop.nativePixels = display.known.nativePixels;
+    desktop.actions = actions_.table();
     return desktop;
 }
 
@@ -160,6 +161,9 @@ bool TouchDriver::give(Display& display, FoundDisplay found) {
         std::move(out),
         {[this] { core_.followOtherFiles(); },
          [this, name = display.name](const ContactFrame& frame) { core_.sendFrame(name, frame); },
+         [this](touch::Gesture gesture, touch::Direction direction) {
+             caller_.call(actions_.actionFor(gesture, direction).call);
+         },
          [this, id = display.id] { suspend(id); }});
     if (!display.panel) return false;
     display.devices = std::move(found.devices);
@@ -204,6 +208,13 @@ void TouchDriver::setSettings(const std::string& name, const touch::Settings& se
     if (!display) return;
     display->settings = settings;
     if (display->panel) display->panel->setSettings(settings);
+}
+
+void TouchDriver::setActions(const ActionsInForce& actions) {
+    actions_ = actions;
+    for (const Display& display : displays_) {
+        if (display.panel) display.panel->setDesktop(desktopOf(display));
+    }
 }
 
 void TouchDriver::forget(const std::string& name) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "peers/actions/ActionsInForce.h"
+#include "peers/driver/BusCaller.h"
 #include "peers/driver/DisplaySource.h"
 #include "peers/driver/DriverCore.h"
 #include "peers/driver/KnownDevices.h"
@@ -36,6 +38,7 @@ public:
     [[nodiscard]] DriverCore& core() { return core_; }
 
     void setSettings(const std::string& name, const touch::Settings& settings) override;
+    void setActions(const ActionsInForce& actions) override;
     void forget(const std::string& name) override;
     void setDriverEnabled(bool isEnabled) override;
     void setWatched(const std::string& name, bool isWatched) override;
@@ -76,6 +79,8 @@ private:
     platform::CFRunLoop& loop_;
     std::function<void(std::size_t count)> displaysChanged_;
     bool isDriverEnabled_ = true;
+    ActionsInForce actions_;
+    BusCaller caller_;
     std::list<Display> displays_;
     /// Why a display that is there is not used, by what the source calls it.
     std::map<std::uint32_t, std::pair<std::string, std::string>> refused_;

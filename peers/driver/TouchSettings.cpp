@@ -3,6 +3,7 @@
 #include "TDGestureCatalogue.h"
 #include "TDNames.h"
 #include "TDUtilities.h"
+#include "peers/driver/SystemGestures.h"
 #include "platform/Files.h"
 #include "platform/SystemVersion.h"
 
@@ -113,6 +114,14 @@ SettingsContext currentSettingsContext() {
             NSMutableDictionary::dictionaryWithContentsOfFile(getGlobalPreferenceFilePath()),
             platform::Gestalt(platform::gestaltSystemVersion),
             NSMutableDictionary::dictionaryWithContentsOfFile(getAdvanceCalibrationFilePath())};
+}
+
+SettingsContext settingsContextOfDriver() {
+    SettingsContext context = currentSettingsContext();
+    platform::NSFileManager& files = platform::NSFileManager::defaultManager();
+    if (!files.fileExistsAtPath(getDockPreferenceFilePath())) context.dockPreferences = newDockPreferences();
+    if (!files.fileExistsAtPath(getGlobalPreferenceFilePath())) context.globalPreferences = newGlobalPreferences();
+    return context;
 }
 
 std::vector<std::optional<platform::NSDate>> settingsContextDates() {

@@ -26,6 +26,9 @@ struct SettingsContext {
 /// The files as they are now. A system's file that cannot be read says that all its gestures are off.
 [[nodiscard]] SettingsContext currentSettingsContext();
 
+/// As a driver has them, which makes those of the system's files that are missing.
+[[nodiscard]] SettingsContext settingsContextOfDriver();
+
 /// When each of those files was changed last; equal while nobody changes any.
 [[nodiscard]] std::vector<std::optional<platform::NSDate>> settingsContextDates();
 

@@ -167,6 +167,27 @@ const std::vector<Command>& commands() {
          1,
          2,
          {}},
+        {Id::Actions,
+         "actions",
+         "[DEVICE | set GESTURE ACTION | reset [GESTURE]] [--json]",
+         "what gestures do on this desktop, or change that",
+         "One line for each gesture: on or off, the fingers that make it, what it does and how, and the file that "
+         "says\n"
+         "so; without a DEVICE for the first that is connected. \"set\" has a gesture do something else on this\n"
+         "desktop, from the next finger on, \"reset\" what it did before, or all of them. FullScreenApps and\n"
+         "SwipeBetweenPages may have \"left\" or \"right\" before the ACTION, for the way the fingers go.\n"
+         "\n"
+         "ACTION:\n"
+         "  nothing                                 nothing at all\n"
+         "  fingers [NUMBER]                        what the desktop does with as many fingers on a touchpad\n"
+         "  keys KEY[+KEY]...                       the keys of a chord, at most four, such as Control+Alt+Left\n"
+         "  right-click                             the right button, where the fingers are\n"
+         "  call SERVICE PATH INTERFACE METHOD [ARGUMENT...]\n"
+         "                                          a call on the session bus; an ARGUMENT is a text, or as dbus-send\n"
+         "                                          takes it: string:TEXT, int32:NUMBER, double:NUMBER, boolean:true\n",
+         0,
+         kAnyNumber,
+         {kJsonOption}},
         {Id::Watch,
          "watch",
          "",

@@ -7,6 +7,7 @@
 #include "linux/Journal.h"
 #include "linux/TerminationSignals.h"
 #include "peers/JsonLine.h"
+#include "peers/touchctl/Actions.h"
 #include "peers/touchctl/Completion.h"
 #include "peers/touchctl/Displays.h"
 #include "peers/touchctl/Doctor.h"
@@ -427,6 +428,8 @@ Status perform(const Invocation& invocation, Services& services, const std::stri
         return switchDriver(invocation.words);
     case Command::Id::Record:
         return record(services.runLoop, invocation.words);
+    case Command::Id::Actions:
+        return actions(invocation, services.files);
     case Command::Id::Watch:
         return watch(services.runLoop);
     case Command::Id::Doctor:

@@ -1,6 +1,7 @@
 #include "peers/touchctl/Completion.h"
 
 #include "TDNames.h"
+#include "peers/touchctl/Actions.h"
 #include "peers/touchctl/CommandLine.h"
 #include "peers/touchctl/Displays.h"
 #include "peers/touchctl/GestureRows.h"
@@ -87,6 +88,7 @@ Words wordsAfter(const Words& words) {
     const std::string& command = words[0];
     const bool needsConnection = command == "set" || command == "gesture" || command == "import" || command == "record";
     if (command == "driver") return words.size() == 1 ? Words{"on", "off"} : Words();
+    if (command == "actions") return completionsOfActions(Words(words.begin() + 1, words.end()));
     if (words.size() == 1) {
         const bool takesDisplay = needsConnection || command == "show" || command == "get" || command == "export";
         return takesDisplay ? displayNames(needsConnection) : Words();

@@ -45,6 +45,9 @@ protected:
                  told += "watched " + std::to_string(frame.contacts.size()) + " ";
                  last = frame;
              },
+             [this](touch::Gesture gesture, touch::Direction) {
+                 told += "called " + std::string(nameOf(gesture)) + " ";
+             },
              [this] {
                  told += "gone ";
                  display.reset();
@@ -204,8 +207,9 @@ TEST(APanelThatIsNone, MakesNoDisplay) {
     kelvo::PollRunLoop loop;
     const kelvo::PeerPlatform services("panel-display-test", loop);
     std::vector<Output::Kind> given;
-    EXPECT_FALSE(PanelDisplay::open([](touch::Panel::Listener&) { return nullptr; }, std::make_unique<Kinds>(given),
-                                    {[] {}, [](const kelvo::ContactFrame&) {}, [] {}}));
+    EXPECT_FALSE(
+        PanelDisplay::open([](touch::Panel::Listener&) { return nullptr; }, std::make_unique<Kinds>(given),
+                           {[] {}, [](const kelvo::ContactFrame&) {}, [](touch::Gesture, touch::Direction) {}, [] {}}));
 }
 
 } // namespace

@@ -34,7 +34,8 @@ protected:
             [&](touch::Panel::Listener& listener) {
                 return kelvo::EvdevDisplay::open(loop, std::move(file), listener);
             },
-            std::move(out), {[this] { ++hands; }, [](const kelvo::ContactFrame&) {}, [] {}});
+            std::move(out),
+            {[this] { ++hands; }, [](const kelvo::ContactFrame&) {}, [](touch::Gesture, touch::Direction) {}, [] {}});
         touch::Settings settings;
         settings.longPress = std::chrono::milliseconds(300);
         display->setSettings(settings);

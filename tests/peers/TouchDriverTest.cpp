@@ -13,7 +13,9 @@
 
 #include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -58,6 +60,7 @@ struct Machine {
         return display;
     }
     [[nodiscard]] const std::vector<std::vector<input_event>>& touches() const { return devices[0]->written; }
+    [[nodiscard]] const std::vector<std::vector<input_event>>& keys() const { return devices[3]->written; }
 };
 
 class TouchDriverTest : public testing::Test {
@@ -82,6 +85,18 @@ protected:
             on.panel.report(now());
             serve();
         }
+    }
+    void tapWithThree() {
+        for (const int slot : {0, 1, 2}) machine.panel.touch(slot, 10 + slot, 900 + 200 * slot, 500);
+        machine.panel.report(now());
+        serve();
+        for (const int slot : {0, 1, 2}) machine.panel.lift(slot);
+        machine.panel.report(now());
+        serve();
+    }
+    void setLookUp(const std::string& action) {
+        home.write("Library/Preferences/KelvoTouchDisplay/Actions.plist",
+                   "<plist version=\"1.0\"><dict><key>LookUp</key><dict>" + action + "</dict></dict></plist>");
     }
     void lift(Machine& on) {
         on.panel.lift(0);
@@ -311,6 +326,32 @@ TEST_F(TouchDriverTest, ADisplayIsRecordedOnceAtATime) {
     tell.went(1);
     serve();
     EXPECT_FALSE(home.read("two").empty());
+}
+
+TEST_F(TouchDriverTest, AGestureThatIsACallIsMadeOnTheSessionBus) {
+    // One that fails ends the call at once.
+    home.write("called.sh", "touch " + home.path("called") + "; exit 1");
+    bus.addActivatableService("org.example.Called", "/bin/sh " + home.path("called.sh"));
+    come(machine.found(1));
+    setLookUp("<key>Kind</key><string>Call</string><key>Service</key><string>org.example.Called</string>"
+              "<key>Path</key><string>/</string><key>Interface</key><string>org.example.Called</string>"
+              "<key>Method</key><string>Look</string>"
+              "<key>Arguments</key><array><string>up</string><true/><integer>3</integer><real>0.5</real></array>");
+    tapWithThree();
+    loop.runUntil([&] { return std::filesystem::exists(home.path("called")); }, 20.0);
+    EXPECT_TRUE(std::filesystem::exists(home.path("called")));
+}
+
+TEST_F(TouchDriverTest, ActionsThatChangeCountFromTheNextFingerOn) {
+    come(machine.found(1));
+    setLookUp("<key>Kind</key><string>Chord</string><key>Keys</key><array><string>F9</string></array>");
+    tapWithThree();
+    ASSERT_FALSE(machine.keys().empty());
+    EXPECT_EQ(machine.keys().front().front().code, KEY_F9);
+    const std::size_t written = machine.keys().size();
+    setLookUp("<key>Kind</key><string>Nothing</string>");
+    tapWithThree();
+    EXPECT_EQ(machine.keys().size(), written);
 }
 
 TEST_F(TouchDriverTest, WhereOneSourceIsMissingTheNextOneServes) {
