@@ -126,9 +126,7 @@ std::optional<Gesture> gestureNamed(std::string_view name) {
     return static_cast<Gesture>(found - kGestureNames.begin());
 }
 
-bool hasWays(Gesture gesture) {
-    return gesture == Gesture::SwipeBetweenPages || gesture == Gesture::FullScreenApps;
-}
+bool hasWays(Gesture gesture) { return gesture == Gesture::SwipeBetweenPages || gesture == Gesture::FullScreenApps; }
 
 std::string_view nameOf(Shape shape) { return kShapes[static_cast<std::size_t>(shape)].name; }
 

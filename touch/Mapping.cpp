@@ -25,10 +25,6 @@ constexpr Matrix turnBy(std::int64_t quarterTurns) {
     return kTurns[static_cast<std::size_t>(withinFullTurn(quarterTurns))];
 }
 
-constexpr Point mapped(const Matrix& by, Point place) {
-    return {by[0] * place.x + by[1] * place.y + by[2], by[3] * place.x + by[4] * place.y + by[5]};
-}
-
 /// `first`, and then `next`.
 constexpr Matrix chained(const Matrix& first, const Matrix& next) {
     const Point origin = mapped(next, {first[2], first[5]});
@@ -89,6 +85,8 @@ Mapping::Mapping(Size glass, const Settings& settings, const Desktop& desktop)
 }
 
 Point Mapping::handOf(Point glass) const { return mapped(handFromGlass_, glass); }
+
+Point Mapping::screenOf(Point hand) const { return mapped(pointerFromPicture_, mapped(pictureFromHand_, hand)); }
 
 bool Mapping::isOnPicture(Point hand) const {
     const Point place = mapped(pictureFromHand_, hand);

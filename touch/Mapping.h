@@ -5,6 +5,11 @@
 
 namespace touch {
 
+/// What a plane map makes of a place.
+[[nodiscard]] constexpr Point mapped(const Matrix& by, Point place) {
+    return {by[0] * place.x + by[1] * place.y + by[2], by[3] * place.x + by[4] * place.y + by[5]};
+}
+
 /// Where on the screen a place on the glass is: calibration first, then the picture, both in the panel's own
 /// orientation, then the quarter turns. Fingers are understood as the user sees them, in millimetres of glass that the
 /// calibration and the turn have been applied to ("hand" below); what is given out is a share of the output, from 0 to
@@ -17,6 +22,8 @@ public:
     [[nodiscard]] Size handSize() const { return handSize_; }
     [[nodiscard]] Point handOf(Point glass) const;
 
+    /// The place on the screen, wherever that is, also beside the picture.
+    [[nodiscard]] Point screenOf(Point hand) const;
     /// Whether a contact that lands there touches the picture at all.
     [[nodiscard]] bool isOnPicture(Point hand) const;
     /// For the virtual touch screen: what a desktop turns by itself is not turned here. Clamped to the picture.

@@ -95,6 +95,27 @@ constexpr double kJump = 20.0;
 /// Android's fastest fling, 8,000 dp/s = 1.3 m/s.
 constexpr double kFastest = 5'000.0;
 
+// Calibration
+
+/// Decides: how long a finger rests on a cross until it counts. Why: what a panel reports of a finger that rests
+/// varies, and the mean of half a second does not. Source: ours, some 60 reports of a usual panel.
+constexpr Time kCalibrationHold = 600ms;
+/// Decides: how far a finger on a cross may go without that time beginning anew. Source: kTapTravel, since it rolls.
+constexpr double kCalibrationRest = kTapTravel;
+/// Decides: how long nobody touches anything until a calibration is given up. Source: as settled.
+constexpr Time kCalibrationPatience = 20s;
+/// Decides: how far, of the glass, the points are at least in the mean from the line that they are nearest to. Why: of
+/// points on a line nothing follows for the way across it. Source: ours, an eighth of what the crosses have.
+constexpr double kCalibrationSpreadShare = 0.05;
+/// Decides: how far points may be from where the calibration puts them, in the root of the mean square. Why: where one
+/// was touched in the place of another they are off by a good part of the glass. Source: ours, half a finger's width.
+constexpr double kCalibrationResidual = 5.0;
+/// Decides: how near to the last cross a finger must be to confirm. Source: half a finger's width.
+constexpr double kCalibrationHit = 5.0;
+/// Decides: how much smaller or larger than the glass, in area, the picture may be. Source: ours, far beyond any frame.
+constexpr double kSmallestPictureShare = 0.25;
+constexpr double kLargestPictureShare = 4.0;
+
 // What settings are held to
 
 constexpr Time kShortestLongPress = 300ms;
