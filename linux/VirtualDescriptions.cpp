@@ -5,6 +5,8 @@
 #include "touch/Frame.h"
 #include "touch/Thresholds.h"
 
+#include <linux/uinput.h>
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -68,7 +70,7 @@ VirtualDescription touchpadOf(const touch::PanelDescription& panel, std::string_
     const auto side = [](double length) {
         return range(0, static_cast<std::int32_t>(length) * kPadResolution, kPadResolution);
     };
-    return {.name = panel.name + " Touchpad",
+    return {.name = touchpadNameOf(panel),
             .phys = physOf(place, "touchpad"),
             .id = {BUS_USB, 0, 2, 1},
             .properties = {INPUT_PROP_POINTER},
@@ -89,6 +91,11 @@ VirtualDescription keyboardOf(const touch::PanelDescription& panel, std::string_
 }
 
 } // namespace
+
+/// As long as the kernel lets names be.
+std::string touchpadNameOf(const touch::PanelDescription& panel) {
+    return (panel.name + " Touchpad").substr(0, UINPUT_MAX_NAME_SIZE - 1);
+}
 
 const input_absinfo& VirtualDescription::rangeOf(std::uint16_t axis) const {
     const auto found = std::find_if(axes.begin(), axes.end(), [&](const Axis& each) { return each.code == axis; });

@@ -42,4 +42,7 @@ inline constexpr std::size_t kPadSlots = 5;
 [[nodiscard]] std::array<VirtualDescription, kVirtualDevices>
 virtualDescriptionsOf(const touch::PanelDescription& panel, std::string_view place);
 
+/// The name of the panel's virtual touchpad.
+[[nodiscard]] std::string touchpadNameOf(const touch::PanelDescription& panel);
+
 } // namespace kelvo

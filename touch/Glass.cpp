@@ -23,19 +23,28 @@ bool canBePanel(Size size) {
     return length >= thresholds::kShortestPanel && length <= thresholds::kLongestPanel;
 }
 
-Size sizeOf(Axis x, Axis y, std::optional<Size> knownSize) {
+/// As the panel says, else as somebody else does.
+std::optional<Size> saidSize(Axis x, Axis y, std::optional<Size> knownSize) {
     if (x.resolution > 0 && y.resolution > 0) {
         const Size size{extentOf(x) / x.resolution, extentOf(y) / y.resolution};
         if (canBePanel(size)) return size;
     }
-    if (knownSize && knownSize->width > 0.0 && knownSize->height > 0.0) return *knownSize;
+    if (knownSize && knownSize->width > 0.0 && knownSize->height > 0.0) return knownSize;
+    return std::nullopt;
+}
+
+Size guessedSize(Axis x, Axis y) {
     const double unit = thresholds::kUnknownLength / std::max(extentOf(x), extentOf(y));
     return {extentOf(x) * unit, extentOf(y) * unit};
 }
 
 } // namespace
 
-Glass::Glass(Axis x, Axis y, std::optional<Size> knownSize) : x_(x), y_(y), size_(sizeOf(x, y, knownSize)) {}
+Glass::Glass(Axis x, Axis y, std::optional<Size> knownSize) : x_(x), y_(y) {
+    const auto said = saidSize(x, y, knownSize);
+    isSizeKnown_ = said.has_value();
+    size_ = said ? *said : guessedSize(x, y);
+}
 
 Point Glass::placeOf(std::int32_t x, std::int32_t y) const {
     return {shareOf(x, x_) * size_.width, shareOf(y, y_) * size_.height};

@@ -24,6 +24,8 @@ public:
     Glass(Axis x, Axis y, std::optional<Size> knownSize = std::nullopt);
 
     [[nodiscard]] Size size() const { return size_; }
+    /// Somebody said it.
+    [[nodiscard]] bool isSizeKnown() const { return isSizeKnown_; }
     /// A place outside the panel's range is moved to its edge.
     [[nodiscard]] Point placeOf(std::int32_t x, std::int32_t y) const;
 
@@ -31,6 +33,7 @@ private:
     Axis x_;
     Axis y_;
     Size size_;
+    bool isSizeKnown_ = false;
 };
 
 } // namespace touch

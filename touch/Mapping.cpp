@@ -40,6 +40,10 @@ constexpr Matrix toPicture(Size picture) {
     return {1.0 / picture.width, 0.0, 0.5 - 0.5 / picture.width, 0.0, 1.0 / picture.height, 0.5 - 0.5 / picture.height};
 }
 
+constexpr Matrix toPlace(const Region& place) {
+    return {place.size.width, 0.0, place.origin.x, 0.0, place.size.height, place.origin.y};
+}
+
 constexpr Size sidesSwapped(Size size) { return {size.height, size.width}; }
 
 /// A calibration that makes more of the panel's y than of its x the picture's x has turned it by a quarter.
@@ -81,7 +85,7 @@ Mapping::Mapping(Size glass, const Settings& settings, const Desktop& desktop)
     handFromGlass_ = chained(chained(toShares(glass), calibration), chained(turnBy(turns), toMillimetres(handSize_)));
     pictureFromHand_ = chained(chained(toShares(handSize_), turnBy(-turns)), toPicture(picture_));
     touchFromPicture_ = turnBy(desktop.turnsTouches ? turns - withinFullTurn(desktop.turns) : turns);
-    pointerFromPicture_ = turnBy(turns);
+    pointerFromPicture_ = chained(turnBy(turns), toPlace(desktop.place));
 }
 
 Point Mapping::handOf(Point glass) const { return mapped(handFromGlass_, glass); }

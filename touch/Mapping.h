@@ -13,7 +13,7 @@ namespace touch {
 /// Where on the screen a place on the glass is: calibration first, then the picture, both in the panel's own
 /// orientation, then the quarter turns. Fingers are understood as the user sees them, in millimetres of glass that the
 /// calibration and the turn have been applied to ("hand" below); what is given out is a share of the output, from 0 to
-/// 1 with y downward ("screen").
+/// 1 with y downward ("screen"), and for the pointer of the whole desktop.
 class Mapping {
 public:
     Mapping(Size glass, const Settings& settings, const Desktop& desktop);
@@ -28,7 +28,7 @@ public:
     [[nodiscard]] bool isOnPicture(Point hand) const;
     /// For the virtual touch screen: what a desktop turns by itself is not turned here. Clamped to the picture.
     [[nodiscard]] Point touchOf(Point hand) const;
-    /// For the absolute pointer, which no desktop turns. Clamped to the picture.
+    /// For the absolute pointer, which no desktop turns and which spans all of the desktop. Clamped to the picture.
     [[nodiscard]] Point pointerOf(Point hand) const;
 
 private:

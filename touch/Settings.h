@@ -2,12 +2,14 @@
 
 #include "touch/Actions.h"
 #include "touch/Gestures.h"
+#include "touch/Surroundings.h"
 #include "touch/Thresholds.h"
 #include "touch/Units.h"
 
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace touch {
@@ -35,6 +37,8 @@ struct Settings {
     std::optional<Size> manualPicture;
     /// Quarter turns clockwise; 0 leaves the turn to the desktop.
     std::int64_t rotateMode = 0;
+    /// The monitor that calibration bound the display to; empty where it bound it to none.
+    std::string monitor;
 };
 
 /// What is known of the desktop that is given to, and of the output that the display is.
@@ -50,6 +54,8 @@ struct Desktop {
     std::int64_t turns = 0;
     /// The desktop turns touches as it turned the output.
     bool turnsTouches = false;
+    /// The part of the whole desktop that the output shows.
+    Region place;
     /// The output's own resolution, where it is known.
     std::optional<Size> nativePixels;
     ActionTable actions;

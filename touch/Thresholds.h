@@ -139,6 +139,9 @@ constexpr double kLongestPanel = 10'000.0;
 constexpr double kNowhere = 1e6;
 /// The length of a panel's longer side where nobody knows it. Source: a small tablet's.
 constexpr double kUnknownLength = 200.0;
+/// Decides: how much a side of the glass may differ from that of a monitor of the same display. Why: glass reaches past
+/// the picture, and monitors say their size in whole centimetres. Source: ours.
+constexpr double kLengthShare = 0.05;
 
 // The virtual touchpad
 

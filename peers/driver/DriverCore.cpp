@@ -129,6 +129,10 @@ void DriverCore::setDriverEnabled(bool enabled) {
              NSMutableDictionary::dictionaryWithObjectsAndKeys({{enabled, keys::driverEnable}}));
 }
 
+void DriverCore::storeNativePixels(const std::string& name, touch::Size pixels) {
+    storeNativePixels(connectedDisplay(name), pixels);
+}
+
 void DriverCore::showTab(std::int64_t index) {
     tellPane(kMessageIDForSelectedMenuItem,
              NSMutableDictionary::dictionaryWithObjectsAndKeys({{index, keys::selectedMenuItem}}));

@@ -56,6 +56,8 @@ public:
     void connect(const std::string& name, std::optional<touch::Size> nativePixels = std::nullopt);
     void disconnect(const std::string& name);
     void setDriverEnabled(bool enabled);
+    /// The own resolution of a connected display has become known.
+    void storeNativePixels(const std::string& name, touch::Size pixels);
     /// Asks the pane to show a tab.
     void showTab(std::int64_t index);
 

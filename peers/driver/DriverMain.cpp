@@ -2,6 +2,7 @@
 #include "linux/StandardStreams.h"
 #include "linux/SystemBus.h"
 #include "linux/TerminationSignals.h"
+#include "linux/X11Desktop.h"
 #include "peers/PeerPlatform.h"
 #include "peers/devices/KernelHardware.h"
 #include "peers/driver/DirectSource.h"
@@ -13,10 +14,12 @@
 
 #include <algorithm>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -43,6 +46,8 @@ int run() {
         throw std::runtime_error("the driver's place on the session bus cannot be had: another driver has it (end that "
                                  "one), or there is no bus (set DBUS_SESSION_BUS_ADDRESS)");
     }
+    driver.seeDesktopBy(
+        [&](std::function<void()> changed) { return kelvo::openX11Desktop(runLoop, std::move(changed)); });
     driver.use(std::make_unique<kelvo::ServiceSource>(runLoop, kelvo::systemBusAddress()),
                std::make_unique<kelvo::DirectSource>(runLoop, hardware));
     (void)sd_notify(0, "READY=1\nWATCHDOG_USEC=0");

@@ -44,6 +44,7 @@ public:
 
     void setSettings(const touch::Settings& settings) { display_->setSettings(settings); }
     void setDesktop(const touch::Desktop& desktop) { display_->setDesktop(desktop); }
+    [[nodiscard]] bool isDoubleClickSlowerThanDesktop() const { return display_->isDoubleClickSlowerThanDesktop(); }
     /// Off, the panel is everybody's, and what is down is lifted at once.
     void setEnabled(bool isEnabled);
     /// Watched, its fingers lead to nothing else.

@@ -2,11 +2,14 @@
 
 #include "TDUtilities.h"
 #include "linux/EvdevDisplay.h"
+#include "linux/VirtualDescriptions.h"
 #include "linux/VirtualDevices.h"
 #include "peers/JsonLine.h"
 #include "peers/driver/DisplayNames.h"
+#include "peers/driver/DoubleClickCommand.h"
 #include "platform/Log.h"
 #include "platform/PropertyList.h"
+#include "touch/Glass.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -30,13 +33,6 @@ std::string_view nameOf(PanelDisplay::State state) {
         break;
     }
     return "in use";
-}
-
-KnownDevice knownDeviceAt(const Descriptor& file) {
-    const Evdev device = evdevOf(file.number());
-    if (!device) return {};
-    const touch::PanelDescription panel = panelDescriptionOf(device.get());
-    return knownDevice(panel.vendor, panel.product);
 }
 
 std::string propertyListOf(const NSMutableDictionary& dictionary) {
@@ -120,11 +116,12 @@ void TouchDriver::come(FoundDisplay found) {
 }
 
 void TouchDriver::connect(FoundDisplay found) {
+    lookAtDesktop();
     const std::string kernelName = found.name;
-    const KnownDevice known = knownDeviceAt(found.file);
-    if (!known.name.empty()) found.name = known.name;
-    displays_.push_back({found.id, newNameFor(found), {}, known, false, nullptr, nullptr});
+    displays_.push_back(displayOf(found));
     Display& display = displays_.back();
+    if (!display.known.name.empty()) found.name = display.known.name;
+    display.name = newNameFor(found);
     try {
         if (!give(display, std::move(found))) throw std::runtime_error("it is no touch display any more");
         core_.connect(display.name, desktopOf(display).nativePixels);
@@ -135,13 +132,18 @@ void TouchDriver::connect(FoundDisplay found) {
     displaysChanged_(displays_.size());
 }
 
-/// Where it is not known that touches can be taken back, nothing is given out that might have to be.
-touch::Desktop TouchDriver::desktopOf(const Display& display) const {
-    touch::Desktop desktop;
-    desktop.takesTouchesBack = false;
-    desktop.nativePixels = display.known.nativePixels;
-    desktop.actions = actions_.table();
-    return desktop;
+/// As much of it as is known before its panel is opened.
+TouchDriver::Display TouchDriver::displayOf(const FoundDisplay& found) {
+    Display display;
+    display.id = found.id;
+    const Evdev device = evdevOf(found.file.number());
+    if (!device) return display;
+    const touch::PanelDescription panel = panelDescriptionOf(device.get());
+    display.known = knownDevice(panel.vendor, panel.product);
+    const touch::Glass glass(panel.x, panel.y, display.known.size);
+    if (glass.isSizeKnown()) display.glass = glass.size();
+    display.touchpad = touchpadNameOf(panel);
+    return display;
 }
 
 std::string TouchDriver::newNameFor(const FoundDisplay& found) {
@@ -156,7 +158,7 @@ bool TouchDriver::give(Display& display, FoundDisplay found) {
     auto out = std::make_unique<VirtualDevices>(std::move(found.nodes), panelDescriptionOf(device.get()));
     display.panel = PanelDisplay::open(
         [&](touch::Panel::Listener& listener) -> std::unique_ptr<touch::Panel> {
-            return EvdevDisplay::open(loop_, std::move(found.file), listener, display.known.size);
+            return EvdevDisplay::open(loop_, std::move(found.file), listener, sizeFromOutside(display));
         },
         std::move(out),
         {[this] { core_.followOtherFiles(); },
@@ -168,7 +170,7 @@ bool TouchDriver::give(Display& display, FoundDisplay found) {
     if (!display.panel) return false;
     display.devices = std::move(found.devices);
     display.panel->setSettings(display.settings);
-    display.panel->setDesktop(desktopOf(display));
+    followDesktop(display);
     display.panel->setWatched(display.isWatched);
     display.panel->setEnabled(isDriverEnabled_);
     return true;
@@ -189,6 +191,78 @@ void TouchDriver::go(std::uint32_t id) {
     displaysChanged_(displays_.size());
 }
 
+// The desktop
+
+void TouchDriver::lookAtDesktop() {
+    if (desktop_ || !openDesktop_) return;
+    desktop_ = openDesktop_([this] { desktopChanged(); });
+    if (!desktop_) platform::NSLog("the desktop cannot be seen; it counts as one monitor that is not turned");
+    openDesktop_ = nullptr;
+}
+
+void TouchDriver::desktopChanged() {
+    for (Display& display : displays_) {
+        followDesktop(display);
+        const auto pixels = desktopOf(display).nativePixels;
+        if (pixels && core_.isConnected(display.name)) core_.storeNativePixels(display.name, *pixels);
+    }
+}
+
+/// What its fingers meet with from the next hand on.
+void TouchDriver::followDesktop(Display& display) {
+    if (!display.panel) return;
+    display.panel->setDesktop(desktopOf(display));
+    const auto command = commandForSlowDoubleClick(display);
+    if (command && !display.hasToldOfSlowDoubleClick) {
+        platform::NSLog("%@ is set to a slower double click than the desktop's, which decides; to lengthen that: %@",
+                        display.name, *command);
+    }
+    display.hasToldOfSlowDoubleClick = command.has_value();
+}
+
+const touch::Surroundings& TouchDriver::surroundings() const {
+    static const touch::Surroundings kUnseen;
+    return desktop_ ? desktop_->surroundings() : kUnseen;
+}
+
+const touch::Monitor* TouchDriver::monitorOf(const Display& display) const {
+    return touch::monitorOf(surroundings().monitors, display.settings.monitor, display.glass);
+}
+
+/// For a panel that does not say how large it is.
+std::optional<touch::Size> TouchDriver::sizeFromOutside(const Display& display) const {
+    const touch::Monitor* monitor = monitorOf(display);
+    return monitor && monitor->millimetres ? monitor->millimetres : display.known.size;
+}
+
+touch::Desktop TouchDriver::desktopOf(const Display& display) const {
+    const touch::Surroundings& seen = surroundings();
+    touch::Desktop desktop;
+    // No desktop has been measured to forget a touch wholly, so nothing is given out that might have to be taken back.
+    desktop.takesTouchesBack = false;
+    desktop.doubleClickInterval = seen.doubleClickInterval.value_or(desktop.doubleClickInterval);
+    desktop.doubleClickDistance = seen.doubleClickDistance.value_or(desktop.doubleClickDistance);
+    desktop.scrollsNaturally =
+        std::ranges::find(seen.naturalTouchpads, display.touchpad) != seen.naturalTouchpads.end();
+    desktop.turnsTouches = seen.turnsTouches;
+    desktop.nativePixels = display.known.nativePixels;
+    desktop.actions = actions_.table();
+    const touch::Monitor* monitor = monitorOf(display);
+    if (!monitor) return desktop;
+    desktop.turns = monitor->turns;
+    desktop.place = monitor->place;
+    if (monitor->nativePixels) desktop.nativePixels = monitor->nativePixels;
+    return desktop;
+}
+
+/// None where the desktop does not say how slow a double click may be.
+std::optional<std::string> TouchDriver::commandForSlowDoubleClick(const Display& display) const {
+    if (!display.panel || !surroundings().doubleClickInterval || !display.panel->isDoubleClickSlowerThanDesktop()) {
+        return std::nullopt;
+    }
+    return commandForDoubleClick(display.settings.doubleClickRate);
+}
+
 TouchDriver::Display* TouchDriver::displayWith(std::uint32_t id) {
     const auto found =
         std::find_if(displays_.begin(), displays_.end(), [&](const Display& display) { return display.id == id; });
@@ -207,7 +281,10 @@ void TouchDriver::setSettings(const std::string& name, const touch::Settings& se
     Display* display = displayNamed(name);
     if (!display) return;
     display->settings = settings;
-    if (display->panel) display->panel->setSettings(settings);
+    if (!display->panel) return;
+    display->panel->setSettings(settings);
+    // It may be bound to another monitor now.
+    followDesktop(*display);
 }
 
 void TouchDriver::setActions(const ActionsInForce& actions) {
@@ -279,7 +356,12 @@ NSMutableDictionary TouchDriver::states() const {
     for (const auto& [id, nameAndReason] : refused_) {
         refused.setObjectForKey(nameAndReason.second, nameAndReason.first);
     }
-    return NSMutableDictionary::dictionaryWithObjectsAndKeys({{used, "displays"}, {refused, "refused"}});
+    auto slow = NSMutableDictionary::dictionary();
+    for (const Display& display : displays_) {
+        if (const auto command = commandForSlowDoubleClick(display)) slow.setObjectForKey(*command, display.name);
+    }
+    return NSMutableDictionary::dictionaryWithObjectsAndKeys(
+        {{used, "displays"}, {refused, "refused"}, {slow, "slowDoubleClick"}});
 }
 
 } // namespace kelvo

@@ -9,6 +9,7 @@
 #include "platform/NSObject.h"
 #include "platform/PropertyList.h"
 #include "platform/RunLoop.h"
+#include "touch/Surroundings.h"
 
 #include <cstdint>
 #include <deque>
@@ -16,6 +17,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,6 +35,10 @@ public:
     [[nodiscard]] bool start();
     /// Looks for displays there, and where that source is missing, in the next one.
     void use(std::unique_ptr<DisplaySource> source, std::unique_ptr<DisplaySource> next = nullptr);
+    /// Opens the watch of the desktop that is given to, which calls `changed` after each change; null where it cannot
+    /// be seen. That is put off until there is a display.
+    using OpenDesktop = std::function<std::unique_ptr<touch::DesktopWatch>(std::function<void()> changed)>;
+    void seeDesktopBy(OpenDesktop open) { openDesktop_ = std::move(open); }
     /// As the end of the driver: everything is lifted and every display is everybody's.
     void stop();
     [[nodiscard]] DriverCore& core() { return core_; }
@@ -52,6 +58,11 @@ private:
         std::string name;
         touch::Settings settings;
         KnownDevice known;
+        /// As large as the panel itself or the machine's list says; none where neither does.
+        std::optional<touch::Size> glass;
+        /// The name of its virtual touchpad.
+        std::string touchpad;
+        bool hasToldOfSlowDoubleClick = false;
         bool isWatched = false;
         /// None while another session has it.
         std::unique_ptr<PanelDisplay> panel;
@@ -68,8 +79,16 @@ private:
     void suspend(std::uint32_t id);
     void go(std::uint32_t id);
     void changeSource();
+    void lookAtDesktop();
+    void desktopChanged();
+    void followDesktop(Display& display);
+    [[nodiscard]] const touch::Surroundings& surroundings() const;
+    [[nodiscard]] const touch::Monitor* monitorOf(const Display& display) const;
+    [[nodiscard]] std::optional<touch::Size> sizeFromOutside(const Display& display) const;
     [[nodiscard]] touch::Desktop desktopOf(const Display& display) const;
+    [[nodiscard]] std::optional<std::string> commandForSlowDoubleClick(const Display& display) const;
     void connect(FoundDisplay found);
+    [[nodiscard]] static Display displayOf(const FoundDisplay& found);
     [[nodiscard]] bool give(Display& display, FoundDisplay found);
     [[nodiscard]] Display* displayWith(std::uint32_t id);
     [[nodiscard]] PanelDisplay& recordable(const std::string& name);
@@ -81,6 +100,9 @@ private:
     bool isDriverEnabled_ = true;
     ActionsInForce actions_;
     BusCaller caller_;
+    OpenDesktop openDesktop_;
+    /// None where the desktop cannot be seen, or no display has come yet.
+    std::unique_ptr<touch::DesktopWatch> desktop_;
     std::list<Display> displays_;
     /// Why a display that is there is not used, by what the source calls it.
     std::map<std::uint32_t, std::pair<std::string, std::string>> refused_;

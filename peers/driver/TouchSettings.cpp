@@ -26,6 +26,8 @@ using platform::Value;
 
 /// In the entry of a display that has been calibrated: glass to picture, six reals, row by row.
 constexpr std::string_view kMatrix = "Matrix";
+/// The monitor that was touched when it was calibrated.
+constexpr std::string_view kOutput = "Output";
 
 /// Far more than any setting is held to, and far less than a time can hold.
 touch::Time timeOf(double seconds) {
@@ -143,7 +145,9 @@ touch::Settings touchSettingsOf(const std::string& name, const NSMutableDictiona
     if (const auto range = numberIn(settings.objectForKey(keys::doubleClickRange))) result.doubleClickRange = *range;
     result.gestures = gesturesIn(settings, context.systemVersion);
     result.switches = switchesIn(context);
-    result.calibration = calibrationIn(context.calibrations.objectForKey(name).dictionary());
+    const auto calibration = context.calibrations.objectForKey(name).dictionary();
+    result.calibration = calibrationIn(calibration);
+    result.monitor = calibration.objectForKey(kOutput).string().value_or("");
     result.manualPicture = manualPictureIn(settings);
     result.rotateMode = settings.objectForKey(keys::rotateMode).longLongValue();
     return result;

@@ -91,7 +91,8 @@ std::optional<TouchHardware::Driver> driverNow() {
     const auto said = Helpers::NSMutableDictionary::dictionaryWithContentsOfData(std::span(bytes, answer.text.size()));
     if (!said) return std::nullopt;
     return TouchHardware::Driver{textsIn(said.objectForKey("displays").dictionary()),
-                                 textsIn(said.objectForKey("refused").dictionary())};
+                                 textsIn(said.objectForKey("refused").dictionary()),
+                                 textsIn(said.objectForKey("slowDoubleClick").dictionary())};
 }
 
 /// A property of the driver's unit; none where no service manager has that one.

@@ -28,6 +28,8 @@ struct TouchHardware {
     struct Driver {
         std::map<std::string, std::string> displays;
         std::map<std::string, std::string> refused;
+        /// Those that are set to a slower double click than the desktop's, with the command that lengthens that.
+        std::map<std::string, std::string> slowDoubleClick;
     };
     /// What the service manager says of the driver's unit.
     struct Unit {

@@ -88,6 +88,10 @@ void reportWhatTheDriverSays(Report& report, const TouchHardware& hardware) {
         return std::ranges::any_of(hardware.driver->displays, [&](const auto& each) { return each.second == state; });
     };
     if (has("held by another program")) reportGrab(report, *hardware.screens);
+    for (const auto& [name, command] : hardware.driver->slowDoubleClick) {
+        report.problem("a display is set to a slower double click than the desktop's, which decides",
+                       "make the display's quicker, or the desktop's slower: " + command);
+    }
     if (has("inactive")) report.note("a display that the driver knows belongs to another session at the moment");
 }
 

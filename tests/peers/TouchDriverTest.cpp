@@ -1,8 +1,10 @@
 #include "peers/driver/TouchDriver.h"
 
 #include "linux/PollRunLoop.h"
+#include "peers/DriverCommand.h"
 #include "peers/JsonLine.h"
 #include "peers/PeerPlatform.h"
+#include "peers/driver/DoubleClickCommand.h"
 #include "support/EnvironmentVariable.h"
 #include "support/EventNode.h"
 #include "support/PrivateBus.h"
@@ -30,6 +32,9 @@ std::int64_t now() {
     return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now().time_since_epoch())
         .count();
 }
+
+/// What the running driver answers on the bus.
+std::string states() { return kelvo::performAndWait(platform::CFRunLoop::getCurrent(), {"states"}).text; }
 
 /// A source that tells what a test says.
 class ScriptedSource final : public kelvo::DisplaySource {
@@ -61,6 +66,31 @@ struct Machine {
     }
     [[nodiscard]] const std::vector<std::vector<input_event>>& touches() const { return devices[0]->written; }
     [[nodiscard]] const std::vector<std::vector<input_event>>& keys() const { return devices[3]->written; }
+};
+
+/// A desktop that is as a test says.
+struct FakeDesktop {
+    touch::Surroundings seen;
+    std::function<void()> changed;
+    int opened = 0;
+
+    kelvo::TouchDriver::OpenDesktop opener() {
+        return [this](std::function<void()> tell) {
+            ++opened;
+            changed = std::move(tell);
+            return std::make_unique<Watch>(*this);
+        };
+    }
+
+private:
+    class Watch final : public touch::DesktopWatch {
+    public:
+        explicit Watch(const FakeDesktop& desktop) : desktop_(desktop) {}
+        [[nodiscard]] const touch::Surroundings& surroundings() const override { return desktop_.seen; }
+
+    private:
+        const FakeDesktop& desktop_;
+    };
 };
 
 class TouchDriverTest : public testing::Test {
@@ -114,6 +144,7 @@ protected:
     Machine machine;
     kelvo::DisplaySource::Handlers tell;
     std::vector<std::size_t> counts;
+    FakeDesktop desktop;
     kelvo::TouchDriver driver{loop, [this](std::size_t count) { counts.push_back(count); }};
 };
 
@@ -216,6 +247,141 @@ TEST_F(TouchDriverTest, ThePanelsOwnResolutionIsStoredWithItsSettings) {
     EXPECT_EQ(settings.objectForKey("NativeWidth").longLongValue(), 1920);
     EXPECT_EQ(settings.objectForKey("NativeHeight").longLongValue(), 1080);
     EXPECT_TRUE(settings.objectForKey("DriverVersion").string());
+}
+
+/// One finger is the pointer, on a desktop of two monitors.
+class ADriverThatSeesTheDesktop : public TouchDriverTest {
+protected:
+    ADriverThatSeesTheDesktop() {
+        home.write("Library/Preferences/KelvoTouchDisplay/Settings_Panel.plist", settings("<key>FingerMode</key>"
+                                                                                          "<string>pointer</string>"));
+        // The glass is 200 by 100 mm.
+        desktop.seen.monitors = {monitor("HDMI-1", {200.0, 100.0}, {{0.0, 0.5}, {0.5, 0.5}}),
+                                 monitor("DP-1", {600.0, 340.0}, {{0.5, 0.0}, {0.5, 1.0}})};
+        driver.seeDesktopBy(desktop.opener());
+    }
+
+    static std::string settings(const std::string& entries) {
+        return R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)" + entries + "</dict></plist>";
+    }
+    static touch::Monitor monitor(const std::string& name, touch::Size millimetres, touch::Region place) {
+        touch::Monitor made;
+        made.name = name;
+        made.millimetres = millimetres;
+        made.place = place;
+        return made;
+    }
+
+    /// Where the pointer goes for a tap a quarter from the left and a tenth from the top, as shares of the desktop.
+    touch::Point pointerOfATap() {
+        auto& written = machine.devices[1]->written;
+        written.clear();
+        machine.panel.touch(0, 5, 500, 100);
+        machine.panel.report(now());
+        serve();
+        lift(machine);
+        touch::Point place{-1.0, -1.0};
+        for (const auto& frame : written) {
+            for (const input_event& event : frame) {
+                if (event.type == EV_ABS && event.code == ABS_X) place.x = event.value / 65535.0;
+                if (event.type == EV_ABS && event.code == ABS_Y) place.y = event.value / 65535.0;
+            }
+        }
+        return place;
+    }
+    void expectTapAt(double x, double y) {
+        const touch::Point place = pointerOfATap();
+        EXPECT_NEAR(place.x, x, 1e-4);
+        EXPECT_NEAR(place.y, y, 1e-4);
+    }
+    [[nodiscard]] std::int64_t stored(const std::string& key) const {
+        return platform::NSMutableDictionary::dictionaryWithContentsOfFile(
+                   home.path("Library/Preferences/KelvoTouchDisplay/Settings_Panel.plist"))
+            .objectForKey(key)
+            .longLongValue();
+    }
+};
+
+TEST_F(ADriverThatSeesTheDesktop, LooksAtItOnceADisplayHasCome) {
+    EXPECT_EQ(desktop.opened, 0);
+    come(machine.found(1));
+    EXPECT_EQ(desktop.opened, 1);
+    Machine second;
+    come(second.found(2));
+    EXPECT_EQ(desktop.opened, 1);
+}
+
+TEST_F(ADriverThatSeesTheDesktop, PointsAtTheMonitorThatIsAsLargeAsTheGlass) {
+    come(machine.found(1));
+    expectTapAt(0.125, 0.55);
+}
+
+TEST_F(ADriverThatSeesTheDesktop, PointsAtTheMonitorThatCalibrationBoundTheDisplayTo) {
+    desktop.seen.monitors[0].millimetres = touch::Size{600.0, 340.0};
+    come(machine.found(1));
+    // Two that are alike are not guessed among: the pointer spans the desktop.
+    expectTapAt(0.25, 0.1);
+    touch::Settings bound;
+    bound.fingerMode = touch::FingerMode::Pointer;
+    bound.monitor = "DP-1";
+    driver.setSettings("Panel", bound);
+    expectTapAt(0.625, 0.1);
+}
+
+TEST_F(ADriverThatSeesTheDesktop, FollowsItsChanges) {
+    come(machine.found(1));
+    desktop.seen.monitors[0].turns = 1;
+    desktop.changed();
+    // (y, 1 - x) of the tap, within the monitor.
+    expectTapAt(0.05, 0.875);
+    desktop.seen.monitors = {monitor("DP-1", {600.0, 340.0}, touch::Region())};
+    desktop.changed();
+    expectTapAt(0.25, 0.1);
+    desktop.seen.monitors.clear();
+    desktop.changed();
+    expectTapAt(0.25, 0.1);
+}
+
+TEST_F(ADriverThatSeesTheDesktop, StoresTheResolutionOfTheDisplaysMonitor) {
+    desktop.seen.monitors[0].nativePixels = touch::Size{1280.0, 800.0};
+    desktop.seen.monitors[1].nativePixels = touch::Size{3840.0, 2160.0};
+    come(machine.found(1));
+    EXPECT_EQ(stored("NativeWidth"), 1280);
+    EXPECT_EQ(stored("NativeHeight"), 800);
+    desktop.seen.monitors[0].nativePixels = touch::Size{1920.0, 1080.0};
+    desktop.changed();
+    EXPECT_EQ(stored("NativeWidth"), 1920);
+    // What is no longer known was so once.
+    desktop.seen.monitors.clear();
+    desktop.changed();
+    EXPECT_EQ(stored("NativeHeight"), 1080);
+}
+
+TEST_F(ADriverThatSeesTheDesktop, SaysHowToLengthenADoubleClickThatIsTooShortForADisplay) {
+    const EnvironmentVariable variable("XDG_CURRENT_DESKTOP", "pop:GNOME");
+    come(machine.found(1));
+    const auto slow = [&] { return states().find("slowDoubleClick\": {}") == std::string::npos; };
+    EXPECT_FALSE(slow()) << "a desktop that does not say";
+    desktop.seen.doubleClickInterval = std::chrono::milliseconds(499);
+    desktop.changed();
+    EXPECT_NE(states().find("gsettings set org.gnome.desktop.peripherals.mouse double-click 500"), std::string::npos)
+        << states();
+    desktop.seen.doubleClickInterval = std::chrono::milliseconds(500);
+    desktop.changed();
+    EXPECT_FALSE(slow());
+}
+
+TEST(ACommandForDoubleClicks, IsThatOfTheDesktopOrOfTheXServer) {
+    const touch::Time interval = std::chrono::microseconds(450'001);
+    for (const auto& [name, command] : std::vector<std::pair<const char*, const char*>>{
+             {"KDE", "kwriteconfig5 --file kdeglobals --group KDE --key DoubleClickInterval 451"},
+             {"ubuntu:GNOME", "gsettings set org.gnome.desktop.peripherals.mouse double-click 451"},
+             {"XFCE", "xfconf-query -c xsettings -p /Net/DoubleClickTime -s 451"},
+             {"other", "echo '*multiClickTime: 451' | xrdb -merge"},
+             {"", "echo '*multiClickTime: 451' | xrdb -merge"}}) {
+        const EnvironmentVariable variable("XDG_CURRENT_DESKTOP", name);
+        EXPECT_EQ(kelvo::commandForDoubleClick(interval), command);
+    }
 }
 
 TEST_F(TouchDriverTest, ADriverThatIsSwitchedOffLetsGoOfItsDisplays) {

@@ -17,7 +17,8 @@ class TouchctlTouchHardware : public testing::Test {
 protected:
     TouchctlTouchHardware() {
         hardware.screens = {{"/dev/input/event7", "seat0", true, false, {}}};
-        hardware.driver = TouchHardware::Driver{.displays = {{"Panel", "in use"}}, .refused = {}};
+        hardware.driver =
+            TouchHardware::Driver{.displays = {{"Panel", "in use"}}, .refused = {}, .slowDoubleClick = {}};
     }
 
     /// The report; `problems` is how many there are in it.
@@ -118,6 +119,14 @@ TEST_F(TouchctlTouchHardware, AProgramThatHasTheDisplayToItselfIsLookedForAmongI
                                     "read it\n           fix: end that program"));
     hardware.screens->front().users.clear();
     EXPECT_THAT(report(), HasSubstr("has a touch display to itself\n"));
+    EXPECT_EQ(problems, 1);
+}
+
+TEST_F(TouchctlTouchHardware, ADoubleClickThatIsSlowerThanTheDesktopsIsNamedWithTheCommand) {
+    hardware.driver->slowDoubleClick = {{"Panel", "gsettings set it 500"}};
+    EXPECT_THAT(report(), HasSubstr("slower double click than the desktop's, which decides\n"
+                                    "           fix: make the display's quicker, or the desktop's slower: "
+                                    "gsettings set it 500\n"));
     EXPECT_EQ(problems, 1);
 }
 

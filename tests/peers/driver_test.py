@@ -83,8 +83,8 @@ class Driver(unittest.TestCase):
         self.await_line(driver, NO_DISPLAY)
         self.assertEqual(json.loads(self.perform("status").stdout), {"devices": [], "enabled": True})
         self.assertEqual(json.loads(self.perform("disable").stdout), {"devices": [], "enabled": False})
-        self.assertEqual(json.loads(self.perform("states").stdout), {"displays": {}, "refused": {}})
-        self.assertEqual(plistlib.loads(self.perform("states", "plist").stdout.encode()), {"displays": {}, "refused": {}})
+        self.assertEqual(json.loads(self.perform("states").stdout), {"displays": {}, "refused": {}, "slowDoubleClick": {}})
+        self.assertEqual(plistlib.loads(self.perform("states", "plist").stdout.encode()), {"displays": {}, "refused": {}, "slowDoubleClick": {}})
         self.assertIn("property list", self.perform("states", "yaml").stdout)
         utilities = self.folder / "Library/Preferences/KelvoTouchDisplay/Utilities.plist"
         stored = plistlib.loads(utilities.read_bytes())

@@ -84,6 +84,23 @@ TEST(Turn, OfTouchesThatTheDesktopTurnsIsWhatThatLacks) {
     expectPlace(touch::turned(display.touchOf(kPlace), display.desktop.turns), display.pointerOf(kPlace));
 }
 
+TEST(Place, OfThePointerIsThePartOfTheDesktopThatTheMonitorShows) {
+    Display display;
+    display.desktop.place = {{0.25, 0.5}, {0.75, 0.5}};
+    expectPlace(display.pointerOf({0, 0}), {0.25, 0.5});
+    expectPlace(display.pointerOf({200, 100}), {1.0, 1.0});
+    expectPlace(display.pointerOf(kPlace), {0.325, 0.6});
+    // Of touches the desktop knows itself where they belong.
+    expectPlace(display.touchOf(kPlace), {0.1, 0.2});
+}
+
+TEST(Place, OfThePointerComesAfterTheTurn) {
+    Display display;
+    display.desktop.place = {{0.5, 0.0}, {0.5, 1.0}};
+    display.desktop.turns = 1;
+    expectPlace(display.pointerOf(kPlace), {0.6, 0.9});
+}
+
 TEST(Turn, ByAQuarterSwapsTheSidesOfTheGlass) {
     Display display;
     display.settings.rotateMode = 1;
