@@ -51,7 +51,7 @@ QIcon displayIcon(bool isMarked) {
 
 /// What the icon is called, and what is to be done.
 QString toolTip(const std::string& advice) {
-    const QString name = QString::fromStdString(localizedString("Window.Title", "Touch Display"));
+    const QString name = QString::fromStdString(localizedString("Window.Title", "Kelvo Touch Display"));
     return advice.empty() ? name : name + QLatin1Char('\n') + QString::fromStdString(advice);
 }
 

@@ -144,7 +144,7 @@ class KcmShell(Host):
         self.start_host(KCMSHELL, MODULE, OTHER_MODULE)
 
         self.lead_through_its_life(leave=lambda: self.screen.click("File Associations"),
-                                   come_back=lambda: self.screen.click("Touch Display"),
+                                   come_back=lambda: self.screen.click("Kelvo Touch Display"),
                                    steps_of_coming_back=["willSelect"])
 
     def test_handles_a_click_as_soon_as_the_wait_is_over(self):

@@ -352,7 +352,7 @@ class InATray(StatusBarTest):
         marked = self.pictures()
 
         with Peer(self.world, DRIVER) as driver:
-            wait_until(lambda: self.tool_tip() == "Touch Display", "the advice to go")
+            wait_until(lambda: self.tool_tip() == "Kelvo Touch Display", "the advice to go")
             self.assertNotEqual(self.pictures(), marked)
             self.assertEqual(driver.received, [])
         wait_until(lambda: self.tool_tip().endswith(START_DRIVER), "the advice again")

@@ -199,6 +199,13 @@ class DesktopFiles(unittest.TestCase):
                 with self.subTest(language=language, entry=entry):
                     self.assertEqual(entries[entry + place], table[key])
 
+    def test_pane_is_not_called_as_the_desktops_own_page_for_touchscreens(self):
+        for language in LANGUAGES:
+            table = dict(entries_of(SOURCES / f"Resources/{language}.lproj/Localizable.strings"))
+            with self.subTest(language=language):
+                self.assertIn("Kelvo", table["Pane.Name"])
+                self.assertEqual(table["Window.Title"], table["Pane.Name"])
+
 
 if __name__ == "__main__":
     unittest.main()
