@@ -92,7 +92,8 @@ BusCall callIn(const NSMutableDictionary& stored) {
         throw std::runtime_error("its Method is no method's name");
     const Value arguments = stored.objectForKey("Arguments");
     if (arguments && !arguments.array()) throw std::runtime_error("its Arguments are to be a list");
-    for (const Value& argument : arguments.array().objects()) {
+    const platform::NSMutableArray list = arguments.array();
+    for (const Value& argument : list.objects()) {
         if (!canBeSent(argument)) {
             throw std::runtime_error("its Arguments are to be texts, booleans, reals and whole numbers of 32 bits");
         }
