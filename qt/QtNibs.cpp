@@ -1,6 +1,7 @@
 #include "qt/QtNibs.h"
 
 #include "qt/Accessibility.h"
+#include "qt/Columns.h"
 #include "qt/FormBinder.h"
 #include "qt/FormBinding.h"
 #include "qt/FormTexts.h"
@@ -50,6 +51,7 @@ std::unique_ptr<platform::NSNib> QtNibs::instantiate(const std::string& name, pl
     localizeTexts(*form, bundle);
     fitFrames(*form, bundle, widestTexts_);
     keepWhole(*form);
+    stackColumnsWhereNarrow(*form);
     const auto widgetOfView = [this](const platform::NSView& each) { return widgetFor(each); };
     const FormBinder binder(name, *form, owner, widgetOfView, pictograms_);
     FormBinding binding = binder.bind(view);

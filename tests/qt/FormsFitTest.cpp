@@ -387,29 +387,64 @@ TEST_P(FormsFitTest, WindowIsLaidOutTheWayItsLanguageIsWritten) {
     EXPECT_EQ(rows.last()->x() < rows.first()->x(), isFromTheRight);
 }
 
-class FormsInSystemSettingsTest : public testing::TestWithParam<std::string> {};
+/// What System Settings leaves of its window for a page when it is opened for the first time.
+constexpr QSize kSystemSettingsPage(660, 600);
 
-TEST_P(FormsInSystemSettingsTest, NothingIsScrolledSidewaysWhereSystemSettingsOpens) {
-    ASSERT_TRUE(hasFont(kPlasmaFont)) << kPlasmaFont << " is not installed.";
-    const FontInUse font(kPlasmaFont);
-    for (const int points : {8, 9, 10, 11}) {
-        SCOPED_TRACE(std::to_string(points) + " points");
+void expectNothingIsScrolledSideways(const QWidget& window) {
+    for (const QScrollArea* area : window.findChildren<QScrollArea*>()) {
+        if (area->isVisible()) {
+            EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0) << described(*area);
+        }
+    }
+}
+
+class FormsInSystemSettingsTest : public testing::TestWithParam<std::string> {
+protected:
+    /// Every page of a user who reads a font in that size.
+    void expectNothingIsScrolledSidewaysIn(const char* family, int points) const {
+        SCOPED_TRACE(std::string(family) + ' ' + std::to_string(points));
+        ASSERT_TRUE(hasFont(family)) << "It is not installed.";
+        const FontInUse font(family);
         ShownPane pane(GetParam(), points);
-        pane.window().resize(790, 600);
-        pane.pickTab(kGestureTab);
-        auto& pages = pane.widget<QTabWidget>("settingTabView_");
-        for (const int page : {0, 1}) {
-            SCOPED_TRACE("page " + std::to_string(page));
-            pages.setCurrentIndex(page);
-            pane.settle();
-            expectFormFits(pane);
-            for (const QScrollArea* area : pane.window().findChildren<QScrollArea*>()) {
-                if (area->isVisible()) {
-                    EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0) << described(*area);
-                }
+        pane.window().resize(kSystemSettingsPage);
+        for (int tab = 0; tab < kTabs; ++tab) {
+            SCOPED_TRACE("tab " + std::to_string(tab));
+            pane.pickTab(tab);
+            auto& pages = pane.widget<QTabWidget>("settingTabView_");
+            for (const int page : {0, 1}) {
+                SCOPED_TRACE("page " + std::to_string(page));
+                pages.setCurrentIndex(page);
+                pane.settle();
+                EXPECT_LE(pane.widget<QWidget>("KelvoTouchDisplayPref").minimumSizeHint().width(),
+                          kSystemSettingsPage.width());
+                expectFormFits(pane);
+                expectNothingIsScrolledSideways(pane.window());
+                picture(pane.window(), GetParam() + "-narrow-" + std::to_string(points) + "-tab" + std::to_string(tab) +
+                                           "-page" + std::to_string(page));
+                if (tab != kGestureTab) break;
             }
         }
     }
+};
+
+TEST_P(FormsInSystemSettingsTest, NothingIsScrolledSidewaysWhereSystemSettingsOpens) {
+    for (const int points : {8, 9, 10, 11, 12}) expectNothingIsScrolledSidewaysIn(kPlasmaFont, points);
+    for (const int points : {9, 11}) expectNothingIsScrolledSidewaysIn(kWideFont, points);
+}
+
+TEST_P(FormsInSystemSettingsTest, ColumnsStandSideBySideAgainWhereThereIsRoom) {
+    ASSERT_TRUE(hasFont(kPlasmaFont)) << "It is not installed.";
+    const FontInUse font(kPlasmaFont);
+    ShownPane pane(GetParam(), 10);
+    pane.pickTab(kGestureTab);
+    const auto stand = [&](int width) {
+        pane.window().resize(width, 560);
+        pane.settle();
+        return pane.widget<QWidget>("testGroup").y() == pane.widget<QWidget>("speedGroup").y();
+    };
+    EXPECT_TRUE(stand(1024));
+    EXPECT_FALSE(stand(480));
+    EXPECT_TRUE(stand(1024));
 }
 
 INSTANTIATE_TEST_SUITE_P(Languages, FormsInSystemSettingsTest, kLanguages,
