@@ -2,6 +2,7 @@
 #include "linux/StandardStreams.h"
 #include "linux/SystemBus.h"
 #include "linux/TerminationSignals.h"
+#include "linux/WaylandDesktop.h"
 #include "linux/X11Desktop.h"
 #include "peers/PeerPlatform.h"
 #include "peers/devices/KernelHardware.h"
