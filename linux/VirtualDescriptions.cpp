@@ -55,12 +55,14 @@ VirtualDescription touchScreenOf(const touch::PanelDescription& panel, std::stri
     return device;
 }
 
+/// Without a middle button libinput makes one of the other two and holds each press back to see whether both come: by
+/// then the pointer may have gone on.
 VirtualDescription pointerOf(const touch::PanelDescription& panel, std::string_view place) {
     return {.name = panel.name + " Pointer",
             .phys = physOf(place, "pointer"),
             .id = {BUS_VIRTUAL, 0, 1, 1},
             .properties = {},
-            .keys = {BTN_LEFT, BTN_RIGHT},
+            .keys = {BTN_LEFT, BTN_RIGHT, BTN_MIDDLE},
             .axes = {{ABS_X, range(0, kPointerRange)}, {ABS_Y, range(0, kPointerRange)}}};
 }
 

@@ -56,6 +56,8 @@ VirtualDevices::VirtualDevices(VirtualNodes nodes, const touch::PanelDescription
     touchY_ = touchScreen.rangeOf(ABS_MT_POSITION_Y);
     pointerX_ = pointer.rangeOf(ABS_X);
     pointerY_ = pointer.rangeOf(ABS_Y);
+    pointedX_ = pointerX_.value;
+    pointedY_ = pointerY_.value;
     padX_ = touchpad.rangeOf(ABS_MT_POSITION_X);
     padY_ = touchpad.rangeOf(ABS_MT_POSITION_Y);
 }
@@ -110,8 +112,17 @@ void VirtualDevices::givePointer(const Output& output) {
         add(EV_KEY, codeOf(output.button()), output.kind == Kind::ButtonDown ? 1 : 0);
         return;
     }
-    add(EV_ABS, ABS_X, atShare(pointerX_, output.at.x));
-    add(EV_ABS, ABS_Y, atShare(pointerY_, output.at.y));
+    const std::int32_t x = atShare(pointerX_, output.at.x);
+    const std::int32_t y = atShare(pointerY_, output.at.y);
+    // Another device may have moved the pointer, while the kernel passes on only what is new of this one.
+    if (x == pointedX_ && y == pointedY_) {
+        add(EV_ABS, ABS_X, x > pointerX_.minimum ? x - 1 : x + 1);
+        add(EV_SYN, SYN_REPORT, 0);
+    }
+    add(EV_ABS, ABS_X, x);
+    add(EV_ABS, ABS_Y, y);
+    pointedX_ = x;
+    pointedY_ = y;
 }
 
 void VirtualDevices::endFrame(Road road) {

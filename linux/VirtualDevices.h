@@ -51,6 +51,8 @@ private:
     input_absinfo touchY_{};
     input_absinfo pointerX_{};
     input_absinfo pointerY_{};
+    std::int32_t pointedX_ = 0;
+    std::int32_t pointedY_ = 0;
     input_absinfo padX_{};
     input_absinfo padY_{};
     Fingers touches_{};

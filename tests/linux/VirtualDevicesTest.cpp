@@ -123,6 +123,18 @@ TEST_F(VirtualDevicesTest, ThePointerGoesThereAndThenItsButtonGoesDown) {
     EXPECT_EQ(written(touch::Road::Pointer), "ABS_X=0 ABS_Y=65535 BTN_RIGHT=1 SYN_REPORT\nBTN_RIGHT=0 SYN_REPORT\n");
 }
 
+TEST_F(VirtualDevicesTest, ThePointerIsPutWhereItWasAsWellSinceAnotherDeviceMayHaveMovedIt) {
+    give(Kind::PointerMove, 0, {0.5, 0.5});
+    give(Kind::PointerMove, 0, {0.5, 0.5});
+    EXPECT_EQ(written(touch::Road::Pointer),
+              "ABS_X=32768 ABS_Y=32768 SYN_REPORT\nABS_X=32767 SYN_REPORT ABS_X=32768 ABS_Y=32768 SYN_REPORT\n");
+}
+
+TEST_F(VirtualDevicesTest, ThePointerIsPutAtTheCornerWhereItsDeviceBegins) {
+    give(Kind::PointerMove, 0, {0.0, 0.0});
+    EXPECT_EQ(written(touch::Road::Pointer), "ABS_X=1 SYN_REPORT ABS_X=0 ABS_Y=0 SYN_REPORT\n");
+}
+
 TEST_F(VirtualDevicesTest, ThePadSaysHowManyFingersAreOnIt) {
     give(Kind::PadDown, 0, {10.0, 10.0}, false);
     give(Kind::PadDown, 1, {20.0, 10.0});
@@ -177,7 +189,11 @@ TEST(TheVirtualTouchScreen, HasNoButtonOfAPointer) {
 TEST(TheVirtualPointer, IsNoTouchScreen) {
     const VirtualDescription device = kelvo::virtualDescriptionsOf(panel(), "seat0/1")[1];
     EXPECT_TRUE(device.properties.empty());
-    EXPECT_EQ(device.keys, (std::vector<std::uint16_t>{BTN_LEFT, BTN_RIGHT}));
+}
+
+TEST(TheVirtualPointer, HasAMiddleButtonSoThatNobodyMakesOneOfTheOthers) {
+    const VirtualDescription device = kelvo::virtualDescriptionsOf(panel(), "seat0/1")[1];
+    EXPECT_EQ(device.keys, (std::vector<std::uint16_t>{BTN_LEFT, BTN_RIGHT, BTN_MIDDLE}));
 }
 
 TEST(TheVirtualTouchpad, IsPluggedInAndBelongsToNoKeyboard) {
