@@ -339,10 +339,17 @@ PanelDisplay& TouchDriver::recordable(const std::string& name) {
 // Its own commands
 
 std::vector<ControlCommand> TouchDriver::ownCommands() {
-    return {{"states", 0, 1, [this](const ControlCommand::Words& words) {
+    return {{"states", 0, 1,
+             [this](const ControlCommand::Words& words) {
                  if (words.empty()) return jsonLine(states());
                  if (words[0] == "plist") return propertyListOf(states());
                  throw std::runtime_error(R"("states" is written as JSON, or as a property list: "states plist")");
+             }},
+            // For the calibration tool: by how many quarters the desktop turned the display's output.
+            {"screen", 1, 1, [this](const ControlCommand::Words& words) {
+                 const Display* display = displayNamed(words[0]);
+                 if (!display) throw std::runtime_error("\"" + words[0] + "\" is not connected; see \"status\"");
+                 return std::to_string(desktopOf(*display).turns);
              }}};
 }
 

@@ -27,6 +27,8 @@ bool takeOption(const std::string& option, Invocation& invocation) {
         invocation.options.push_back(kJsonOption);
     } else if (option == kForceOption) {
         invocation.options.push_back(kForceOption);
+    } else if (option == kPreciseOption) {
+        invocation.options.push_back(kPreciseOption);
     } else {
         return false;
     }
@@ -188,6 +190,15 @@ const std::vector<Command>& commands() {
          0,
          kAnyNumber,
          {kJsonOption}},
+        {Id::Calibrate,
+         "calibrate",
+         "DEVICE [--precise]",
+         "correct where touches on a connected display land",
+         "Shows crosses on the display to be touched, four or with --precise nine, and one more to confirm; Escape,\n"
+         "or no touch for 20 seconds, leaves everything as it was. Succeeds when the calibration was stored.\n",
+         1,
+         1,
+         {kPreciseOption}},
         {Id::Watch,
          "watch",
          "",

@@ -11,7 +11,7 @@ namespace kelvo::touchctl {
 
 /// One thing that the program can be asked for.
 struct Command {
-    enum class Id { List, Show, Get, Set, Gesture, Export, Import, Driver, Record, Actions, Watch, Doctor, Complete };
+    enum class Id { List, Show, Get, Set, Gesture, Export, Import, Driver, Record, Actions, Calibrate, Watch, Doctor, Complete };
 
     Id id;
     std::string_view name;
@@ -29,6 +29,7 @@ struct Command {
 constexpr std::string_view kHelpOption = "--help";
 constexpr std::string_view kJsonOption = "--json";
 constexpr std::string_view kForceOption = "--force";
+constexpr std::string_view kPreciseOption = "--precise";
 
 /// Every command, in the order of the help. The last one serves the shells and is not for people.
 [[nodiscard]] const std::vector<Command>& commands();

@@ -18,12 +18,18 @@
 #include "peers/touchctl/GestureRules.h"
 #include "peers/touchctl/MessageWatch.h"
 #include "peers/touchctl/Settings.h"
+#include "platform/Files.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <limits>
 #include <optional>
+#include <vector>
+
+#include <unistd.h>
 
 namespace kelvo::touchctl {
 
@@ -324,6 +330,23 @@ Status switchDriver(const Words& words) {
     return Status::Success;
 }
 
+/// Becomes the calibration tool, whose end is that of the command.
+Status calibrate(const Invocation& invocation) {
+    chooseDisplay(invocation.words[0]);
+    const std::string application = platform::NSFileManager::defaultManager().localLibraryDirectory() +
+                                    calibrationToolFullPath().substr(std::string_view("/Library").size());
+    std::string program = application + "/CalibrationTool";
+    std::string precise(kPreciseOption);
+    std::string end = "--";
+    std::string display = invocation.words[0];
+    std::vector<char*> arguments{program.data()};
+    if (invocation.has(kPreciseOption)) arguments.push_back(precise.data());
+    arguments.insert(arguments.end(), {end.data(), display.data(), nullptr});
+    execv(program.c_str(), arguments.data());
+    throw Failure(Status::Failure, "the calibration tool " + shownPath(application) + " cannot be started (" +
+                                       std::string(std::strerror(errno)) + "); install kelvo-touch-display again");
+}
+
 // Looking on
 
 /// The driver has another folder than who asks it to write there.
@@ -430,6 +453,8 @@ Status perform(const Invocation& invocation, Services& services, const std::stri
         return record(services.runLoop, invocation.words);
     case Command::Id::Actions:
         return actions(invocation, services.files);
+    case Command::Id::Calibrate:
+        return calibrate(invocation);
     case Command::Id::Watch:
         return watch(services.runLoop);
     case Command::Id::Doctor:

@@ -26,8 +26,8 @@ PANE = "PreferenceMessagePort"
 
 FAILURE, USAGE, NO_DRIVER, NO_DEVICE, FINDINGS = range(1, 6)
 
-COMMANDS = ("list", "show", "get", "set", "gesture", "export", "import", "driver", "record", "actions", "watch",
-            "doctor")
+COMMANDS = ("list", "show", "get", "set", "gesture", "export", "import", "driver", "record", "actions",
+            "calibrate", "watch", "doctor")
 
 ROTATE = {"Name": "Rotate", "Descriptor": ["RotateWithTwoFingers"], "SelectedIndex": 0, "IsEnable": True,
           "MoreGesture": False}

@@ -15,7 +15,8 @@ WRITTEN_FROM_THE_RIGHT = {"ar"}
 # The language in the names that desktop files give their entries.
 DESKTOP_LANGUAGES = {"zh-Hans": "zh_CN", "zh-Hant": "zh_TW"}
 DESKTOP_FILES = ["hosts/window/kelvo-touch-display.desktop",
-                 "peers/status-bar/kelvo-touch-display-status-bar.desktop.in"]
+                 "peers/status-bar/kelvo-touch-display-status-bar.desktop.in",
+                 "peers/calibration/kelvo-touch-display-calibration.desktop.in"]
 TRANSLATED_ENTRIES = {"Name", "GenericName", "Comment", "Keywords"}
 
 # Names, which may stand as they are in any language.
