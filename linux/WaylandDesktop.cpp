@@ -1,5 +1,7 @@
 #include "linux/WaylandDesktop.h"
 
+#include "linux/DesktopSettings.h"
+
 #include <wayland-client.h>
 #include <xdg-output-unstable-v1-client-protocol.h>
 
@@ -96,6 +98,7 @@ public:
         // The first brings what there is, the second what that says of itself.
         if (wl_display_roundtrip(display_.get()) < 0 || wl_display_roundtrip(display_.get()) < 0) return false;
         watch_ = loop.watch(wl_display_get_fd(display_.get()), [this] { read(); });
+        settings_ = openDesktopSettings(loop, [this] { tellIfOther(); });
         (void)look();
         return true;
     }
@@ -177,14 +180,19 @@ private:
                              wl_display_dispatch_pending(display_.get()) >= 0 && wl_display_flush(display_.get()) >= 0;
         if (!isThere) {
             watch_.reset();
-        } else if (look()) {
-            changed_();
+        } else {
+            tellIfOther();
         }
+    }
+
+    void tellIfOther() {
+        if (look()) changed_();
     }
 
     /// Whether something is other than before.
     bool look() {
-        Surroundings found;
+        // The compositor does not tell of its settings; these are the desktop's own.
+        Surroundings found = settings_ ? settings_->surroundings() : Surroundings();
         found.turnsTouches = true;
         found.monitors = monitors();
         if (found == surroundings_) return false;
@@ -234,6 +242,8 @@ private:
     std::list<Output> outputs_;
     Surroundings surroundings_;
     std::unique_ptr<platform::CFFileDescriptor> watch_;
+    /// None where they are not known of.
+    std::unique_ptr<touch::DesktopWatch> settings_;
 };
 
 } // namespace

@@ -39,7 +39,9 @@ struct Surroundings {
     std::optional<Time> doubleClickInterval;
     /// In points.
     std::optional<double> doubleClickDistance;
-    /// The names of those touchpads on which content follows the fingers.
+    /// Content follows the fingers on every touchpad.
+    bool scrollsNaturally = false;
+    /// The names of touchpads on which it does in any case.
     std::vector<std::string> naturalTouchpads;
     bool operator==(const Surroundings&) const = default;
 };

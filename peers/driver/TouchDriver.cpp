@@ -242,8 +242,8 @@ touch::Desktop TouchDriver::desktopOf(const Display& display) const {
     desktop.takesTouchesBack = false;
     desktop.doubleClickInterval = seen.doubleClickInterval.value_or(desktop.doubleClickInterval);
     desktop.doubleClickDistance = seen.doubleClickDistance.value_or(desktop.doubleClickDistance);
-    desktop.scrollsNaturally =
-        std::ranges::find(seen.naturalTouchpads, display.touchpad) != seen.naturalTouchpads.end();
+    desktop.scrollsNaturally = seen.scrollsNaturally || std::ranges::find(seen.naturalTouchpads, display.touchpad) !=
+                                                            seen.naturalTouchpads.end();
     desktop.turnsTouches = seen.turnsTouches;
     desktop.nativePixels = display.known.nativePixels;
     desktop.actions = actions_.table();
