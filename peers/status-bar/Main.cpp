@@ -1,15 +1,20 @@
 #include "TDNames.h"
+#include "TDUtilities.h"
 #include "linux/BundleDirectory.h"
+#include "linux/Launcher.h"
+#include "linux/PosixFileManager.h"
 #include "linux/StandardStreams.h"
 #include "linux/TerminationSignals.h"
 #include "peers/DriverCommand.h"
 #include "peers/PeerPlatform.h"
 #include "peers/PortProbe.h"
+#include "peers/status-bar/GesturesWindow.h"
 #include "peers/status-bar/PaneOpener.h"
 #include "peers/status-bar/PortWatch.h"
 #include "peers/status-bar/StatusBarUtility.h"
 #include "peers/status-bar/StatusMenu.h"
 #include "peers/status-bar/TrayIcon.h"
+#include "platform/Log.h"
 #include "qt/QtRunLoop.h"
 
 #include <QApplication>
@@ -139,7 +144,20 @@ int run(Occasion occasion, int argc, char* argv[]) {
     std::function<void()> driverHasChanged;
     std::function<void()> switchOff;
     kelvo::PortWatch driverWatch(kTouchDisplayDriverPortName, [&] { driverHasChanged(); });
+    std::unique_ptr<kelvo::GesturesWindow> gestures;
+    kelvo::PosixFileManager files;
+    kelvo::Launcher launcher(files);
     kelvo::StatusMenu menu({.openPaneAtTab = [&](std::int32_t tab) { pane.openAtTab(tab); },
+                            .showGestures =
+                                [&] {
+                                    if (!gestures) gestures = std::make_unique<kelvo::GesturesWindow>();
+                                    gestures->showAnew();
+                                },
+                            .calibrate =
+                                [&] {
+                                    if (launcher.launchApplication(calibrationToolFullPath())) return;
+                                    platform::NSLog("the calibration tool cannot be started; is it installed?");
+                                },
                             .quit =
                                 [&] {
                                     switchOff();

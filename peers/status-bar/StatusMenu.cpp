@@ -39,6 +39,8 @@ constexpr Text startDriver{"Menu.Driver.Start", "Changes have no effect: start t
 constexpr Text restartDriver{"Menu.Driver.Restart", "Changes have no effect: restart the driver, or this computer."};
 constexpr Text switchDriverOn{"Menu.Driver.SwitchOn", "Nothing can be set up: switch the driver on."};
 constexpr Text enableDriver{"Menu.Driver.Enable", "Enable Driver"};
+constexpr Text gestures{"Menu.Gestures", "What Gestures Do"};
+constexpr Text calibrate{"CalibrationTool.Title", "Calibrate the Touch Display"};
 constexpr Text quit{"Menu.Quit", "Quit"};
 } // namespace texts
 
@@ -86,6 +88,8 @@ std::vector<StatusMenu::Item> StatusMenu::items() {
                      .choose = [this] { deeds_.switchDriver(!isDriverOn_, [this] { refresh(); }); },
                      .isTicked = isDriverOn_,
                      .isOffered = isDriverThere_});
+    items.push_back({texts::gestures, deeds_.showGestures});
+    items.push_back({texts::calibrate, deeds_.calibrate});
     items.push_back(separator);
     items.push_back({texts::quit, deeds_.quit});
     return items;

@@ -31,6 +31,9 @@ public:
     /// What choosing a line comes to, and where the driver's state comes from.
     struct Deeds {
         std::function<void(std::int32_t tab)> openPaneAtTab;
+        /// Shows what gestures do on this desktop.
+        std::function<void()> showGestures;
+        std::function<void()> calibrate;
         std::function<void()> quit;
         /// Calls `tell` once, later or at once.
         std::function<void(std::function<void(PortAnswer)> tell)> askDriver;

@@ -50,7 +50,8 @@ protected:
              {"Tab.Calibration", "Tab.Settings", "Tab.HardwareInformation", "Tab.Version", "Menu.Driver.On",
               "Menu.Driver.Off", "Menu.Driver.On.Answering", "Menu.Driver.On.NotRunning", "Menu.Driver.On.NotAnswering",
               "Menu.Driver.Off.Answering", "Menu.Driver.Off.NotRunning", "Menu.Driver.Off.NotAnswering",
-              "Menu.Driver.Start", "Menu.Driver.Restart", "Menu.Driver.SwitchOn", "Menu.Driver.Enable", "Menu.Quit"}) {
+              "Menu.Driver.Start", "Menu.Driver.Restart", "Menu.Driver.SwitchOn", "Menu.Driver.Enable", "Menu.Gestures",
+              "CalibrationTool.Title", "Menu.Quit"}) {
             platform_.bundle.strings[key] = table.textForKey(key).value_or("");
         }
     }
@@ -63,6 +64,8 @@ protected:
     int questions_ = 0;
     int watches_ = 0;
     StatusMenu menu_{{.openPaneAtTab = [this](std::int32_t tab) { story_.push_back("tab " + std::to_string(tab)); },
+                      .showGestures = [this] { story_.emplace_back("gestures"); },
+                      .calibrate = [this] { story_.emplace_back("calibrate"); },
                       .quit = [this] { story_.emplace_back("quit"); },
                       .askDriver =
                           [this](std::function<void(PortAnswer)> tell) {
@@ -79,14 +82,14 @@ protected:
 
 TEST_F(StatusMenuTest, HasTheTabsThenTheDriverThenTheEnd) {
     EXPECT_THAT(titles(), ElementsAre("Calibration", "Touch and Gestures", "Display", "Version", "-", "Driver",
-                                      "Enable Driver", "-", "Quit"));
+                                      "Enable Driver", "What Gestures Do", "Calibrate the Touch Display", "-", "Quit"));
 }
 
 TEST_F(StatusMenuTest, EachTabOpensThePaneThereAndQuitQuits) {
     for (const StatusMenu::Item& item : menu_.items()) {
         if (item.choose) item.choose();
     }
-    EXPECT_THAT(story_, ElementsAre("tab 0", "tab 1", "tab 2", "tab 3", "on", "quit"));
+    EXPECT_THAT(story_, ElementsAre("tab 0", "tab 1", "tab 2", "tab 3", "on", "gestures", "calibrate", "quit"));
 }
 
 TEST_F(StatusMenuTest, SwitchIsTickedAsTheFileSaysAndSwitchesToTheOther) {
@@ -135,7 +138,7 @@ TEST_F(StatusMenuTest, SwitchIsOfferedUnlessNoDriverRuns) {
 }
 
 TEST_F(StatusMenuTest, DriverAndSeparatorsCannotBeChosen) {
-    for (const std::size_t line : {std::size_t{4}, kDriverLine, kAdviceLine, std::size_t{8}}) {
+    for (const std::size_t line : {std::size_t{4}, kDriverLine, kAdviceLine, std::size_t{10}}) {
         EXPECT_FALSE(menu_.items().at(line).choose) << line;
     }
 }

@@ -3,6 +3,7 @@
 import os
 import plistlib
 import signal
+import subprocess
 import sys
 import unittest
 
@@ -23,6 +24,7 @@ NO_TRAY = "no system tray; the menu cannot be shown"
 
 TABS = ["Calibration", "Touch and Gestures", "Display", "Version"]
 ENABLE_DRIVER = "Enable Driver"
+GESTURES = "What Gestures Do"
 START_DRIVER = "Changes have no effect: start the driver, or log in again."
 
 MENU = "com.canonical.dbusmenu"
@@ -318,7 +320,13 @@ class InATray(StatusBarTest):
         self.assertEqual([(title, can_choose) for _, title, can_choose in menu.items()],
                          [(title, True) for title in TABS] +
                          [("Driver: on, not running", False), (START_DRIVER, False), (ENABLE_DRIVER, False),
-                          ("Quit", True)])
+                          (GESTURES, True), ("Calibrate the Touch Display", True), ("Quit", True)])
+
+    def test_what_gestures_do_is_shown_in_a_window(self):
+        Utility(self.world)
+        Menu(self.world, self.tray).choose(GESTURES)
+        wait_until(lambda: subprocess.run(["xdotool", "search", "--onlyvisible", "--name", GESTURES],
+                                          capture_output=True, timeout=60).stdout.split(), "the window")
 
     def test_the_driver_is_switched_off_and_on_in_the_menu(self):
         self.world.start(SIMULATOR, "run", "--connect", "Desk")
