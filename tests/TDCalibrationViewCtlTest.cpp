@@ -452,6 +452,16 @@ TEST_F(SetOSDResolution, LogsTheTextsAsTheyWereThenTheNumbersBeforeTheyAreBrough
                                                 "1280.000000,2161.000000"));
 }
 
+TEST_F(SetOSDResolution, LogsBothNumbersBeforeEitherIsBroughtIntoBounds) {
+    showManual();
+    type("4097", "-1");
+
+    applyBtn().performClick();
+
+    EXPECT_EQ(platform.log.lines.back(), "4097.000000,-1.000000");
+    expectTexts("4096", "0");
+}
+
 TEST_F(SetOSDResolution, LogsTheSameLinesInAutomaticMode) {
     showManual();
     mode().performSelectRow(kAutomatic);

@@ -9,7 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
+#include <variant>
 
 namespace {
 
@@ -165,7 +167,69 @@ TEST_F(RowSetUp, OfDamagedRecordsShowsWhatMakesSense) {
     EXPECT_EQ(support::outlet<platform::NSButton>(*rows[3], "clickBtn").state(), 1);
 }
 
+TEST_F(RowSetUp, OnceMoreForgetsTheRecordBefore) {
+    show(arrayOf({dictionaryOf({{"Other", "Name"}, {arrayOf({"a"}), "Descriptor"}, {0, "SelectedIndex"}})}));
+    auto& popUp = support::outlet<TDCustemorPopUpButton>(*rows[0], "m_gestures");
+
+    rows[0]->initCurrentStateWithActionInformation(
+        dictionaryOf({{"Other", "Name"}, {arrayOf({"b", "c"}), "Descriptor"}, {1, "SelectedIndex"}}));
+
+    EXPECT_THAT(rows[0]->itemsString(), SizeIs(3));
+    EXPECT_THAT(popUp.itemTitles(), SizeIs(3));
+    EXPECT_EQ(popUp.indexOfSelectedItem(), 2);
+    EXPECT_TRUE(popUp.isRespond());
+}
+
+TEST_F(RowSetUp, PublishesTheCellOfItsPopUp) {
+    TDGesturesCellView one;
+    const auto outlets = one.outlets();
+
+    EXPECT_TRUE(std::any_of(outlets.begin(), outlets.end(), [&](const platform::NSOutlet& outlet) {
+        return outlet.name == "PopUpBtnCell" && std::holds_alternative<platform::NSPopUpButtonCell*>(outlet.target);
+    }));
+}
+
+TEST_F(RowSetUp, KeepsWhatItIsGiven) {
+    TDGesturesCellView one;
+    const auto target = std::make_shared<platform::NSView>();
+    const NSMutableDictionary given = dictionaryOf({{"Other", "Name"}});
+
+    one.setTargetView(target);
+    one.setItemsString({"a", "b"});
+    one.setActionInfo(given);
+
+    EXPECT_EQ(one.targetView(), target);
+    EXPECT_THAT(one.itemsString(), ElementsAre("a", "b"));
+    EXPECT_TRUE(one.actionInfo().isIdenticalTo(given));
+}
+
 using RowChange = Rows;
+
+TEST_F(RowChange, SwitchedOnEnablesTheMenuOfASingleActionToo) {
+    show(initGesturesInformationForLion());
+    box("SecondaryClick").performClick();
+    menu("SecondaryClick").setEnabled(false);
+
+    box("SecondaryClick").performClick();
+
+    EXPECT_TRUE(menu("SecondaryClick").isEnabled());
+}
+
+TEST_F(RowChange, IsLoggedBeforeOthersHearOfItAndBeforeItIsSent) {
+    show(initGesturesInformationForLion());
+    std::vector<std::string> logged;
+    std::size_t sent = 1;
+    const platform::NSObject observer;
+    platform::NSNotificationCenter::defaultCenter().addObserver(observer, "updateGesture", [&](const auto&) {
+        logged = platform.log.lines;
+        sent = platform.ports.received.size();
+    });
+
+    box("FullScreenApps").performClick();
+
+    EXPECT_THAT(logged, ElementsAre("changeAction", "post Notification"));
+    EXPECT_EQ(sent, 0U);
+}
 
 TEST_F(RowChange, OfAnActionIsStoredShownAndSentWithTheWholeList) {
     show(initGesturesInformationForLion());
@@ -309,6 +373,59 @@ TEST_F(Collision, WithAnIndexThatThisRecordDoesNotHaveChangesNothing) {
     pick("MissionControl", 2);
 
     EXPECT_EQ(indexOf(gestures::appExpose), 1);
+    EXPECT_THAT(platform.ports.received, SizeIs(1));
+}
+
+TEST_F(Collision, WithAnIndexThatIsNoActionChangesNothing) {
+    show(arrayOf({dictionaryOf({{"MissionControl", "Name"},
+                                {arrayOf({"a", "b"}), "Descriptor"},
+                                {-1, "SelectedIndex"},
+                                {true, "IsEnable"}}),
+                  dictionaryOf({{gestures::appExpose, "Name"},
+                                {arrayOf({"d", "e"}), "Descriptor"},
+                                {1, "SelectedIndex"},
+                                {true, "IsEnable"}})}));
+
+    box("MissionControl").performClick();
+
+    EXPECT_EQ(menu(gestures::appExpose).indexOfSelectedItem(), 2);
+    EXPECT_EQ(indexOf(gestures::appExpose), 1);
+    EXPECT_THAT(platform.ports.received, SizeIs(1));
+}
+
+/// Gestures collide within their family alone, whatever a damaged list says of their actions.
+TEST_F(Collision, BetweenFamiliesIsNoneThoughTheActionsWouldCollide) {
+    show(arrayOf({dictionaryOf({{"SwipeBetweenPages", "Name"},
+                                {arrayOf({"SwipeWithThreeFingers", "b"}), "Descriptor"},
+                                {1, "SelectedIndex"},
+                                {true, "IsEnable"}}),
+                  dictionaryOf({{gestures::appExpose, "Name"},
+                                {arrayOf({"SwipeLeftOrRightWithThreeFingers", "e"}), "Descriptor"},
+                                {0, "SelectedIndex"},
+                                {true, "IsEnable"}}),
+                  dictionaryOf({{"MissionControl", "Name"},
+                                {arrayOf({"SwipeWithThreeFingers"}), "Descriptor"},
+                                {0, "SelectedIndex"},
+                                {true, "IsEnable"}})}));
+
+    pick("SwipeBetweenPages", 0);
+
+    EXPECT_EQ(indexOf(gestures::appExpose), 0);
+    EXPECT_THAT(platform.ports.received, SizeIs(1));
+
+    show(arrayOf({dictionaryOf({{"FullScreenApps", "Name"},
+                                {arrayOf({"SwipeLeftOrRightWithThreeFingers", "b"}), "Descriptor"},
+                                {0, "SelectedIndex"},
+                                {true, "IsEnable"}}),
+                  dictionaryOf({{"MissionControl", "Name"},
+                                {arrayOf({"c", "SwipeWithThreeFingers"}), "Descriptor"},
+                                {0, "SelectedIndex"},
+                                {true, "IsEnable"}})}));
+    platform.ports.received.clear();
+
+    pick("MissionControl", 1);
+
+    EXPECT_EQ(indexOf("FullScreenApps"), 0);
     EXPECT_THAT(platform.ports.received, SizeIs(1));
 }
 

@@ -80,6 +80,20 @@ protected:
         return context.diameter;
     }
 
+    /// The colour of the ring that an area draws.
+    bool isGreen(const char* name) {
+        class Context : public platform::NSGraphicsContext {
+        public:
+            platform::NSColor color = platform::NSColor::whiteColor();
+            void setColor(platform::NSColor set) override { color = set; }
+            void fillRect(NSRect /*rect*/) override {}
+            void strokePath(const platform::NSBezierPath& /*path*/) override {}
+        } context;
+        const platform::NSGraphicsContext::Current current(context);
+        area(name).drawRect({});
+        return context.color == platform::NSColor::greenColor();
+    }
+
     void expectRange(double range, const std::string& text) {
         for (const char* name : {"rangeView_", "rateView_", "testView_"}) EXPECT_EQ(rangeOf(name), range) << name;
         EXPECT_EQ(slider("rangeSlider_").doubleValue(), range);
@@ -121,6 +135,50 @@ protected:
     support::FakePlatform platform;
     TDSettingViewCtl tab;
 };
+
+using TestAreas = SettingTab;
+
+TEST_F(TestAreas, AreOfTheKindsThatTheirNamesSay) {
+    tab.awakeFromNib();
+
+    EXPECT_EQ(area("rangeView_").accessibilityValue(), 32.0);
+    EXPECT_EQ(area("rateView_").accessibilityValue(), std::nullopt);
+    (void)rangeOf("rateView_");
+    (void)rangeOf("testView_");
+    const platform::NSEvent event{{100, 100}};
+    for (const char* name : {"rateView_", "testView_"}) {
+        area(name).mouseDown(event);
+        area(name).mouseUp(event);
+        area(name).mouseDown(event);
+        area(name).mouseUp(event);
+    }
+    EXPECT_EQ(area("rateView_").accessibilityValue(), 0.3) << "measured, and never below that";
+    EXPECT_EQ(area("testView_").accessibilityValue(), 1.0) << "counted";
+}
+
+TEST_F(TestAreas, TurnGreenWhereTheDoubleClickWasTried) {
+    tab.awakeFromNib();
+    bool isDrawnAnew = false;
+    const auto subscription = area("testView_").observeChanges([&] { isDrawnAnew = true; });
+
+    platform::NSNotificationCenter::defaultCenter().postNotification({"TDDoubleClickHappenOnTestView", {}});
+
+    EXPECT_TRUE(isGreen("testView_"));
+    EXPECT_FALSE(isGreen("rangeView_"));
+    EXPECT_FALSE(isGreen("rateView_"));
+    EXPECT_TRUE(isDrawnAnew);
+}
+
+TEST_F(TestAreas, TheRangeIsDrawnAnewThoughItIsWhatItWas) {
+    int drawn = 0;
+    const auto subscription = area("rangeView_").observeChanges([&] { ++drawn; });
+
+    tab.awakeFromNib();
+
+    EXPECT_EQ(drawn, 2) << "once for the range, and once because the form asks for it";
+}
+
+TEST_F(TestAreas, AreOfTheFormWithTheTabsName) { EXPECT_EQ(tab.nibName(), "TDSettingViewCtl"); }
 
 using Speed = SettingTab;
 

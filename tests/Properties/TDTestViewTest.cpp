@@ -352,6 +352,15 @@ TEST_F(TryArea, IntervalSetInTheMiddleCountsForTheReleaseButNotForTheRunningTime
     EXPECT_THAT(posted, IsEmpty());
 }
 
+TEST_F(TryArea, DoubleClickOfExactlyTheIntervalCounts) {
+    click();
+    platform.runLoop.standStill(0.5);
+    press();
+    release();
+
+    EXPECT_THAT(posted, ElementsAre("TDDoubleClickHappenOnTestView"));
+}
+
 TEST_F(TryArea, TimerThatOutlivesItsViewFiresNowhere) {
     {
         TDTestView other;

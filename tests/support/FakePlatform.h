@@ -95,7 +95,10 @@ public:
     /// gone is closed without its knowing.
     void endSheet(std::size_t index, std::int32_t returnCode);
 
-    void activateIgnoringOtherApps() override { requests.emplace_back("activate"); }
+    void activateIgnoringOtherApps() override {
+        requests.emplace_back("activate");
+        if (onActivation) onActivation();
+    }
     void beginInformationalAlertSheet(const platform::NSAlertSheet& sheet, const platform::NSObject& delegate,
                                       std::function<void(std::int32_t returnCode)> didEnd) override;
     /// Records the request; the alert stays open until the test ends it.
@@ -106,6 +109,8 @@ public:
     }
 
     bool canLaunch = true;
+    /// What else happens when the host is activated.
+    std::function<void()> onActivation;
 
 private:
     struct Ending {
