@@ -17,6 +17,8 @@ namespace {
 
 /// A display that another program has to itself is asked for again at these intervals.
 constexpr double kRetrySeconds = 5.0;
+/// More than any panel reports at once, and little enough for the timers that wait meanwhile.
+constexpr int kMostEventsInATurn = 1024;
 
 touch::Time now() {
     return std::chrono::duration_cast<touch::Time>(std::chrono::steady_clock::now().time_since_epoch());
@@ -90,6 +92,7 @@ EvdevDisplay::EvdevDisplay(Passkey, platform::CFRunLoop& loop, Descriptor eventN
 
 EvdevDisplay::~EvdevDisplay() {
     if (retry_) retry_->invalidate();
+    if (rest_) rest_->invalidate();
     // The service may keep the file open, and a grab lasts as long.
     if (isHeld_) (void)::ioctl(eventNode_.number(), EVIOCGRAB, nullptr);
 }
@@ -111,13 +114,26 @@ void EvdevDisplay::watchAsNeeded() {
 
 void EvdevDisplay::read() {
     unsigned flag = LIBEVDEV_READ_FLAG_NORMAL;
-    while (readNext(flag)) {
+    for (int events = 0; readNext(flag); ++events) {
+        if (events >= kMostEventsInATurn && flag == LIBEVDEV_READ_FLAG_NORMAL) {
+            readRestLater();
+            return;
+        }
     }
     if (errno != EAGAIN) {
         lose();
         return;
     }
     if (isHeld_ != isWanted_ && slots_.frame().contacts.empty()) holdAsWanted();
+}
+
+/// What libevdev has taken in already does not wake the loop.
+void EvdevDisplay::readRestLater() {
+    if (rest_) rest_->invalidate();
+    rest_ = loop_.scheduleTimer(0.0, [this] {
+        rest_.reset();
+        read();
+    });
 }
 
 /// False when nothing is left to be read, with errno saying why. Lost events are made up for by libevdev, which then
@@ -198,6 +214,8 @@ void EvdevDisplay::retryLater() {
 void EvdevDisplay::lose() {
     if (retry_) retry_->invalidate();
     retry_.reset();
+    if (rest_) rest_->invalidate();
+    rest_.reset();
     watch_.reset();
     isHeld_ = isWanted_ = false;
     listener_.panelIsGone();

@@ -54,6 +54,7 @@ public:
 
 private:
     void read();
+    void readRestLater();
     [[nodiscard]] bool readNext(unsigned& flag);
     void take(const input_event& event);
     void watchAsNeeded();
@@ -78,6 +79,7 @@ private:
     touch::Time heldSince_{0};
     std::unique_ptr<platform::CFFileDescriptor> watch_;
     std::shared_ptr<platform::NSTimer> retry_;
+    std::shared_ptr<platform::NSTimer> rest_;
 };
 
 } // namespace kelvo

@@ -39,6 +39,27 @@ private:
     std::ostringstream text_;
 };
 
+/// A panel whose next report is there before the last one has been dealt with.
+class Endless final : public touch::Panel::Listener {
+public:
+    static constexpr std::int32_t kMost = 5000;
+
+    explicit Endless(EventNode& node) : node_(node) {}
+    void panelIsHeld(touch::Time /*now*/) override {}
+    void panelIsFree(touch::Time /*now*/) override {}
+    void panelReported(const touch::Frame& /*frame*/) override {
+        if (++reports_ > kMost) return;
+        node_.touch(0, 7, 100 + reports_ % 1000, 200);
+        node_.report(now());
+    }
+    void panelIsGone() override {}
+    [[nodiscard]] std::int32_t reports() const { return reports_; }
+
+private:
+    EventNode& node_;
+    std::int32_t reports_ = 0;
+};
+
 class EvdevDisplayTest : public testing::Test {
 protected:
     void open() {
@@ -95,6 +116,20 @@ TEST_F(EvdevDisplayTest, FingersOnAHeldPanelAreReportedInMillimetres) {
     report();
     EXPECT_EQ(diary.text(), "held\nreport 7@10,20 8@100,50\nreport 8@100,50\n");
     EXPECT_EQ(node.grabber(), file);
+}
+
+TEST_F(EvdevDisplayTest, APanelThatReportsFasterThanItIsReadLeavesTheProgramItsOtherTurns) {
+    Endless endless(node);
+    display = kelvo::EvdevDisplay::open(loop, kelvo::Descriptor(node.open()), endless);
+    ASSERT_TRUE(display);
+    display->setHeld(true);
+    node.touch(0, 7, 100, 200);
+    node.report(now());
+    read();
+    EXPECT_GT(endless.reports(), 0);
+    EXPECT_LT(endless.reports(), Endless::kMost);
+    loop.runUntil([&] { return endless.reports() > Endless::kMost; }, 60.0);
+    EXPECT_GT(endless.reports(), Endless::kMost);
 }
 
 TEST_F(EvdevDisplayTest, APalmIsSaidToBeOne) {
