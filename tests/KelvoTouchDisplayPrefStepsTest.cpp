@@ -86,6 +86,19 @@ TEST_F(StepsOfMainViewDidLoad, WithOneDevice) {
     EXPECT_THAT(chosenWhenTheChooserWent, Optional(std::string()));
 }
 
+TEST_F(StepsOfMainViewDidLoad, ResetTheTabsBeforeTheDeviceIsForgotten) {
+    setUtilities({}, true);
+    setModelType("old");
+    Lines chosen;
+    for (RecordedTab* tab : {settingTab, hardwareTab}) {
+        tab->during = [&] { chosen.push_back(gModelType.value_or("none")); };
+    }
+
+    pane->mainViewDidLoad();
+
+    EXPECT_THAT(chosen, ElementsAre("old", "old"));
+}
+
 using StepsOfWillSelect = Steps;
 
 TEST_F(StepsOfWillSelect, WithoutDevices) {

@@ -35,9 +35,12 @@ public:
         calls_.push_back(name_ + " updateUIState");
         if (during) during();
     }
-    void resetTabView() override { calls_.push_back(name_ + " resetTabView"); }
+    void resetTabView() override {
+        calls_.push_back(name_ + " resetTabView");
+        if (during) during();
+    }
 
-    /// What else happens in `updateUIState`.
+    /// What else happens in either.
     std::function<void()> during;
 
 private:
@@ -71,6 +74,7 @@ protected:
         auto hardware = newTab("hardware");
         auto setting = newTab("setting");
         auto version = newTab("version");
+        hardwareTab = hardware.get();
         settingTab = setting.get();
         versionTab = version.get();
         tabsByName = {{"calibrationVC_", calibration.get()},
@@ -174,6 +178,7 @@ protected:
     Lines calls;
     std::vector<platform::Subscription> watched;
     std::unique_ptr<KelvoTouchDisplayPref> pane;
+    RecordedTab* hardwareTab = nullptr;
     RecordedTab* settingTab = nullptr;
     RecordedTab* versionTab = nullptr;
     std::map<std::string, platform::NSViewController*> tabsByName;
