@@ -135,13 +135,12 @@ void ActionsInForce::takeSection(const NSMutableDictionary& section, const std::
     for (const auto& [name, value] : section.entries()) {
         if (const auto gesture = gestureWritten(name)) {
             takeGesture(*gesture, value, path);
-        } else if (!value.dictionary()) {
-            complaints_.push_back(path + ": there is no gesture \"" + name + "\"");
-        } else if (isSectionName(name) || std::ranges::find(sections, name) != sections.end()) {
             continue;
-        } else if (value.dictionary().objectForKey("Kind")) {
-            complaints_.push_back(path + ": there is no gesture \"" + name + "\"");
         }
+        const auto inner = value.dictionary();
+        const bool isPart = isSectionName(name) || std::ranges::find(sections, name) != sections.end();
+        if (inner && (isPart || !inner.objectForKey("Kind"))) continue;
+        complaints_.push_back(std::string(path).append(": there is no gesture \"").append(name).append("\""));
     }
     for (std::size_t i = 0; i < sections.size(); ++i) {
         const auto inner = section.objectForKey(sections[i]).dictionary();

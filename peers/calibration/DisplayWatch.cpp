@@ -43,9 +43,8 @@ bool readFrame(sd_bus_message* message, const std::string& display, touch::Frame
 
 } // namespace
 
-DisplayWatch::DisplayWatch(platform::CFRunLoop& loop, std::string display, Handlers handlers,
-                           const std::string& address)
-    : loop_(loop), display_(std::move(display)), handlers_(std::move(handlers)), address_(address) {}
+DisplayWatch::DisplayWatch(platform::CFRunLoop& loop, std::string display, Handlers handlers, std::string address)
+    : loop_(loop), display_(std::move(display)), handlers_(std::move(handlers)), address_(std::move(address)) {}
 
 DisplayWatch::~DisplayWatch() {
     if (patience_) patience_->invalidate();

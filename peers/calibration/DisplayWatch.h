@@ -28,7 +28,7 @@ public:
     };
 
     /// `loop` outlives this object. `address` is the bus to use; when it is empty, the one that the environment names.
-    DisplayWatch(platform::CFRunLoop& loop, std::string display, Handlers handlers, const std::string& address = {});
+    DisplayWatch(platform::CFRunLoop& loop, std::string display, Handlers handlers, std::string address = {});
     DisplayWatch(const DisplayWatch&) = delete;
     DisplayWatch& operator=(const DisplayWatch&) = delete;
     ~DisplayWatch();
