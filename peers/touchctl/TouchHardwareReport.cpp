@@ -73,7 +73,7 @@ void reportGrab(Report& report, const Screens& screens) {
     std::vector<std::string> users;
     for (const auto& screen : screens) users.insert(users.end(), screen.users.begin(), screen.users.end());
     std::ranges::sort(users);
-    users.erase(std::ranges::unique(users).begin(), users.end());
+    users.erase(std::unique(users.begin(), users.end()), users.end());
     report.problem("another program has a touch display to itself" +
                        (users.empty() ? "" : "; of those that can be seen, " + joined(users) + " read it"),
                    std::string("end that program; sudo kelvo-touchctl doctor sees those of all users"));
