@@ -32,9 +32,7 @@ void requirePossible(const kelvo::ActionsInForce& actions) {
     }
 }
 
-bool isOnScreen(touch::Point place) {
-    return place.x >= 0.0 && place.x <= 1.0 && place.y >= 0.0 && place.y <= 1.0;
-}
+bool isOnScreen(touch::Point place) { return place.x >= 0.0 && place.x <= 1.0 && place.y >= 0.0 && place.y <= 1.0; }
 
 void requirePlaces(const touch::Settings& settings) {
     const touch::Size glass{300.0, 200.0};

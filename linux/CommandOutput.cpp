@@ -20,6 +20,7 @@ constexpr std::size_t kMostText = 1U << 20U;
 /// The program's own end of the pipe is its standard output. Negative where it cannot be started.
 pid_t started(std::vector<std::string>& words, int output) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;

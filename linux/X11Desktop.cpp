@@ -22,7 +22,6 @@ namespace kelvo {
 namespace {
 
 using touch::Monitor;
-using touch::Region;
 using touch::Size;
 using touch::Surroundings;
 

@@ -11,7 +11,22 @@ namespace kelvo::touchctl {
 
 /// One thing that the program can be asked for.
 struct Command {
-    enum class Id { List, Show, Get, Set, Gesture, Export, Import, Driver, Record, Actions, Calibrate, Watch, Doctor, Complete };
+    enum class Id {
+        List,
+        Show,
+        Get,
+        Set,
+        Gesture,
+        Export,
+        Import,
+        Driver,
+        Record,
+        Actions,
+        Calibrate,
+        Watch,
+        Doctor,
+        Complete
+    };
 
     Id id;
     std::string_view name;
