@@ -1,7 +1,8 @@
 #pragma once
 
+#include "qt/PortalSettings.h"
+
 #include <QDBusConnection>
-#include <QDBusVariant>
 #include <QObject>
 #include <QSet>
 #include <QString>
@@ -16,9 +17,8 @@ class DesktopMotion : public QObject {
 public:
     using QObject::QObject;
 
-    /// Asks the portal on `bus` and goes on listening to it. Nobody is waited for: until an answer comes the style
-    /// alone decides, and a portal that does not run is not started.
-    void askPortal(QDBusConnection bus);
+    /// Asks the portal on `bus` and goes on listening to it. Until an answer comes the style alone decides.
+    void askPortal(const QDBusConnection& bus);
 
     /// Whether things on `widget` may move.
     [[nodiscard]] bool isWantedOn(const QWidget& widget) const;
@@ -28,8 +28,9 @@ signals:
     void changed();
 
 private:
-    Q_SLOT void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+    void take(const QString& group, const QString& key, const QVariant& value);
 
+    PortalSettings portal_;
     /// The settings that are against motion.
     QSet<QString> reducing_;
 };

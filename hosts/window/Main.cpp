@@ -4,9 +4,11 @@
 #include "hosts/window/SingleInstance.h"
 #include "linux/StandardStreams.h"
 #include "linux/TerminationSignals.h"
+#include "qt/DesktopColours.h"
 #include "qt/FormTexts.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <QIcon>
 #include <QLibraryInfo>
 #include <QLocale>
@@ -66,6 +68,7 @@ std::string installedPanePath() {
 int run(const kelvo::Options& options, int argc, char* argv[]) {
     const QApplication toolkit(argc, argv);
     letPaintersGoEarly();
+    kelvo::DesktopColours colours;
     kelvo::QtHostPlatform host(kProgramName, options.panePath.value_or(installedPanePath()));
     QGuiApplication::setDesktopFileName(kProgramName);
     QTranslator toolkitTexts;
@@ -88,8 +91,11 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
     const auto pane = host.loadPane();
     kelvo::PaneWindow window(*pane, host.nibs());
     window.setWindowTitle(QString::fromStdString(host.bundle().localizedStringForKey("Window.Title", kProgramName)));
-    // To look through the theme takes long, and nobody misses the icon before the window.
-    window.callWhenPainted([&host] { showIcon(host.bundle()); });
+    // To look through the theme takes long, and nobody misses the icon before the window; a bus may not answer at all.
+    window.callWhenPainted([&] {
+        showIcon(host.bundle());
+        colours.askPortal(QDBusConnection::sessionBus());
+    });
     host.application().setWindow(window);
 
     // Shown by the main loop, so that whatever ends the program finds the loop to end.

@@ -1,4 +1,5 @@
 #include "qt/DesktopMotion.h"
+#include "qt/FakePortal.h"
 #include "support/PrivateBus.h"
 
 #include <QDBusContext>
@@ -13,27 +14,6 @@
 namespace kelvo {
 
 namespace {
-
-/// A portal that knows the settings a test gives it.
-class Portal : public QObject, protected QDBusContext {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
-
-public:
-    QVariantMap settings;
-    int readings = 0;
-
-public slots:
-    QDBusVariant Read(const QString& group, const QString& key) {
-        ++readings;
-        const QVariant value = settings.value(group + QLatin1Char(' ') + key);
-        if (!value.isValid()) sendErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotFound"), key);
-        return QDBusVariant(QVariant::fromValue(QDBusVariant(value)));
-    }
-
-signals:
-    void SettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
-};
 
 constexpr char kGnome[] = "org.gnome.desktop.interface enable-animations";
 constexpr char kPlasma[] = "org.kde.kdeglobals.KDE AnimationDurationFactor";
@@ -67,7 +47,7 @@ protected:
     }
 
     PrivateBus bus_;
-    Portal portal_;
+    FakePortal portal_;
     DesktopMotion motion_;
     QWidget widget_;
 };
@@ -133,5 +113,3 @@ TEST_F(DesktopMotionTest, HungBusIsNotWaitedFor) {
 } // namespace
 
 } // namespace kelvo
-
-#include "DesktopMotionTest.moc"
