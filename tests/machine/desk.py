@@ -16,19 +16,21 @@ HOME = pathlib.Path("/home") / NAME
 PREFERENCES = HOME / "Library/Preferences/KelvoTouchDisplay"
 RUNTIME = pathlib.Path(f"/run/user/{NUMBER}")
 WIDTH, HEIGHT = 1024, 768
+BOOT, *WORDS = pathlib.Path("/run/results/arguments").read_text(encoding="utf-8").splitlines()
+IS_LONG = "--long" in WORDS
 ENVIRONMENT = {
-    "HOME": str(HOME), "USER": NAME, "LC_ALL": "C.UTF-8", "PATH": "/usr/bin:/bin", "DISPLAY": ":0",
-    "XDG_RUNTIME_DIR": str(RUNTIME), "DBUS_SESSION_BUS_ADDRESS": f"unix:path={RUNTIME}/bus", "XDG_SESSION_TYPE": "x11",
-    "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "KELVO_LOG_STDERR": "1",
-    "PYTHONPATH": "/run/tests/support"}
+    "HOME": str(HOME), "USER": NAME, "LC_ALL": "C.UTF-8", "PATH": "/usr/bin:/bin", "XDG_RUNTIME_DIR": str(RUNTIME),
+    "DBUS_SESSION_BUS_ADDRESS": f"unix:path={RUNTIME}/bus", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+    "KELVO_LOG_STDERR": "1", "PYTHONPATH": "/run/tests/support", "DISPLAY": ":0", "XDG_SESSION_TYPE": "x11",
+    "QT_QPA_PLATFORM": "xcb"}
 
 
 def wait_for(find, what):
-    """What `find` gives as soon as it gives something."""
+    """What `find` gives as soon as it gives something; `what` it is or, where only the end tells, how to say so."""
     deadline = time.monotonic() + PATIENCE_SECONDS
     while not (found := find()):
         if time.monotonic() > deadline:
-            raise AssertionError(f"waited in vain for {what}")
+            raise AssertionError(f"waited in vain for {what() if callable(what) else what}")
         time.sleep(0.05)
     return found
 
@@ -36,11 +38,11 @@ def wait_for(find, what):
 class Program(contextlib.AbstractContextManager):
     """A program of the user's, with the lines that it prints; what it says of itself goes to the journal."""
 
-    def __init__(self, *command):
+    def __init__(self, *command, user=NAME, environment=()):
         words = [str(word) for word in command]
         log = subprocess.Popen(["systemd-cat", "--identifier", pathlib.Path(words[0]).name], stdin=subprocess.PIPE)
-        self.process = subprocess.Popen(words, user=NAME, group=NAME, extra_groups=[], env=ENVIRONMENT, cwd=HOME,
-                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=log.stdin, text=True)
+        self.process = subprocess.Popen(words, user=user, group=user, extra_groups=[],
+                                        env={**ENVIRONMENT, **dict(environment)}, cwd="/", stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=log.stdin, text=True)
         log.stdin.close()
         self.log = log
         self.lines = []
@@ -83,6 +85,12 @@ def run(*command):
                           cwd=HOME, check=True, stdout=subprocess.PIPE, text=True, timeout=PATIENCE_SECONDS).stdout
 
 
+def as_root(*command):
+    """What a command of the administrator's prints."""
+    return subprocess.run([str(word) for word in command], check=True, stdout=subprocess.PIPE, text=True,
+                          timeout=PATIENCE_SECONDS).stdout
+
+
 def start_session(name, terminal, kind, *command):
     """A session of logind's on the seat, as a display manager makes one."""
     subprocess.run(
@@ -95,9 +103,23 @@ def start_session(name, terminal, kind, *command):
          *command], check=True)
 
 
+def session_of(name):
+    """The number of a user's session on the seat; none while it is not there yet."""
+    return next((words[0] for words in (line.split() for line in as_root("loginctl", "--no-legend").splitlines())
+                 if words[2] == name and words[3] == "seat0"), None)
+
+
+def activate(name):
+    """Brings a user's session to the front."""
+    session = wait_for(lambda: session_of(name), f"the session of {name}")
+    as_root("loginctl", "activate", session)
+    wait_for(lambda: as_root("loginctl", "show-seat", "seat0", "--property=ActiveSession", "--value").strip() == session,
+             f"the session of {name} to be active")
+
+
 def start_x():
     """The user's session, with the X server and a window manager, where it is not there yet."""
-    if pathlib.Path("/tmp/.X11-unix/X0").exists():
+    if session_of(NAME):
         return
     start_session(NAME, 1, "x11", "/usr/lib/xorg/Xorg", ":0", "vt1", "-keeptty", "-nolisten", "tcp", "-noreset", "-ac",
                   "-logfile", "/dev/null", "-logverbose", "0", "-s", "0")
@@ -113,6 +135,14 @@ def pointers():
         return run("xinput", "list", "--name-only").splitlines()
     except subprocess.CalledProcessError:
         return []
+
+
+def settle_devices():
+    """The screen has heard of every device that came or went until now."""
+    as_root("udevadm", "settle")
+    # The X server hears of one for each time that it looks around, and answers many questions here.
+    for _ in range(4):
+        pointers()
 
 
 class Eyes(Program):

@@ -5,6 +5,7 @@ import json
 import os
 import sys
 
+import screen as eyesight
 from screen import Atspi, Screen, ScreenError, wait_for
 
 
@@ -29,6 +30,8 @@ def answer(screen, verb, name):
 
 
 def main():
+    # In an emulated computer, on a machine that has other things to do.
+    eyesight.PATIENCE_SECONDS = 90
     screen = Screen()
     screen.window_process = Running(int(sys.argv[1]))
     screen.application = wait_for(screen.find_application, "the program's window")

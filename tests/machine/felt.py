@@ -15,7 +15,7 @@ NAMES = {
     Gdk.EventType.MOTION_NOTIFY: "motion", Gdk.EventType.BUTTON_PRESS: "press",
     Gdk.EventType._2BUTTON_PRESS: "double press", Gdk.EventType._3BUTTON_PRESS: "triple press",
     Gdk.EventType.BUTTON_RELEASE: "release", Gdk.EventType.SCROLL: "scroll",
-    Gdk.EventType.TOUCHPAD_SWIPE: "swipe", Gdk.EventType.TOUCHPAD_PINCH: "pinch"}
+    Gdk.EventType.KEY_PRESS: "key press", Gdk.EventType.KEY_RELEASE: "key release"}
 
 
 def tell(_, event):
@@ -28,6 +28,8 @@ def tell(_, event):
         line.update(x=x, y=y)
     if name.endswith("press") or name == "release":
         line["button"] = event.button.button
+    if name.startswith("key"):
+        line["key"] = Gdk.keyval_name(event.key.keyval)
     if name == "scroll":
         smooth, dx, dy = event.get_scroll_deltas()
         line.update({"dx": dx, "dy": dy} if smooth else {"direction": event.scroll.direction.value_nick})

@@ -125,6 +125,13 @@ class Panel(contextlib.AbstractContextManager):
             data = self.report.pack(values)
             self.write(INPUT_REPORT, struct.pack("<H", len(data)) + data)
 
+    def send_garbage(self, chance):
+        """A report of the right number and length, or not even that, in which anything may stand."""
+        length = chance.choice(((self.report.bits + 7) // 8 + bool(self.report.number), chance.randrange(1, 64)))
+        data = bytes([self.report.number]) if self.report.number else b""
+        data += bytes(chance.randrange(256) for _ in range(length - len(data)))
+        self.write(INPUT_REPORT, struct.pack("<H", len(data)) + data)
+
     @staticmethod
     def value(field, number, place, is_down):
         if field.usage in (TIP_SWITCH, IN_RANGE):
@@ -150,6 +157,13 @@ class Panel(contextlib.AbstractContextManager):
         self.send([(number, place, number not in leaving) for number, place in sorted(self.fingers.items())])
         for number in leaving:
             del self.fingers[number]
+
+    def lift_all(self):
+        """Whatever fingers it has ever told of leave."""
+        numbers = next(field for field in self.report.fields if field.usage == CONTACT_ID)
+        for number in range(numbers.minimum, 1 << numbers.size):
+            self.send([(number, (0.5, 0.5), False)])
+        self.fingers = {}
 
     def tap(self, place, seconds=0.04):
         self.move({0: place})

@@ -8,6 +8,8 @@ import time
 import traceback
 import unittest
 
+import desk
+
 RESULTS = pathlib.Path("/run/results")
 sys.path.append("/run/tests/support")
 
@@ -75,17 +77,20 @@ def sentence_of(test):
 
 def cases_of(boot, words):
     """The cases whose names have one of the words in them, or all."""
-    loader = unittest.TestLoader()
-    if words:
-        loader.testNamePatterns = [f"*{word}*" for word in words]
-    return loader.discover(str(pathlib.Path(__file__).parent / boot), "*_cases.py")
+    cases = unittest.TestSuite()
+    # What holds on every desktop, and what is tried on one.
+    for folder in ("desktop", boot):
+        loader = unittest.TestLoader()
+        if words:
+            loader.testNamePatterns = [f"*{word}*" for word in words]
+        cases.addTests(loader.discover(str(pathlib.Path(__file__).parent / folder), "*_cases.py"))
+    return cases
 
 
 def main(port):
-    boot, *words = (RESULTS / "arguments").read_text(encoding="utf-8").splitlines()
     print(f"The machine is up after {seconds_since_boot():.0f} s.", file=port)
     result = Result(port)
-    cases_of(boot, [word for word in words if word != "--long"]).run(result)
+    cases_of(desk.BOOT, [word for word in desk.WORDS if word != "--long"]).run(result)
     write_journal(RESULTS / "journal")
     print(f"{result.testsRun} cases, {len(result.failures) + len(result.errors)} failed, "
           f"{len(result.skipped)} skipped, {seconds_since_boot():.0f} s since power on.", file=port)
