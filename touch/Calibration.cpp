@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 namespace touch {
 
@@ -187,8 +188,8 @@ void SteadyTouch::begin(Point place, Time now) {
 
 // One cross after the other
 
-CalibrationRun::CalibrationRun(const Settings& settings, const Desktop& desktop, bool isPrecise, Time now)
-    : settings_(settings), desktop_(desktop), crosses_(crossesFor(isPrecise)), answeredAt_(now) {}
+CalibrationRun::CalibrationRun(Settings settings, const Desktop& desktop, bool isPrecise, Time now)
+    : settings_(std::move(settings)), desktop_(desktop), crosses_(crossesFor(isPrecise)), answeredAt_(now) {}
 
 Point CalibrationRun::cross() const { return crosses_[std::min(points_.size(), crosses_.size() - 1)]; }
 

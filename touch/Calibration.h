@@ -104,8 +104,8 @@ public:
         TimedOut,
     };
 
-    /// `crosses` are 4 or 9 places on the screen.
-    CalibrationRun(const Settings& settings, const Desktop& desktop, bool isPrecise, Time now);
+    /// Precise, there are nine crosses in place of four.
+    CalibrationRun(Settings settings, const Desktop& desktop, bool isPrecise, Time now);
 
     void see(const Frame& frame, Size glass);
     void run(Time now);
