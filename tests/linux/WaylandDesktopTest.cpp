@@ -63,7 +63,7 @@ TEST_F(WaylandDesktopTest, TurnsAreFollowedAndCountedClockwise) {
     for (const auto& [degrees, quarters] :
          std::vector<std::pair<std::string, std::int64_t>>{{"90", 1}, {"180", 2}, {"270", 3}, {"normal", 0}}) {
         command("output HEADLESS-2 transform " + degrees);
-        await([&] { return turns() == quarters; });
+        await([&, wanted = quarters] { return turns() == wanted; });
     }
     EXPECT_GE(changes, 4);
 }
