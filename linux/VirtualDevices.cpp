@@ -47,20 +47,19 @@ bool isLifting(Kind kind) { return kind == Kind::TouchUp || kind == Kind::TouchC
 
 } // namespace
 
-VirtualDevices::VirtualDevices(VirtualNodes nodes, const touch::PanelDescription& panel) : nodes_(std::move(nodes)) {
-    const auto devices = virtualDescriptionsOf(panel, {});
-    const VirtualDescription& touchScreen = devices[indexOf(Road::TouchScreen)];
-    const VirtualDescription& pointer = devices[indexOf(Road::Pointer)];
-    const VirtualDescription& touchpad = devices[indexOf(Road::Touchpad)];
-    touchX_ = touchScreen.rangeOf(ABS_MT_POSITION_X);
-    touchY_ = touchScreen.rangeOf(ABS_MT_POSITION_Y);
-    pointerX_ = pointer.rangeOf(ABS_X);
-    pointerY_ = pointer.rangeOf(ABS_Y);
-    pointedX_ = pointerX_.value;
-    pointedY_ = pointerY_.value;
-    padX_ = touchpad.rangeOf(ABS_MT_POSITION_X);
-    padY_ = touchpad.rangeOf(ABS_MT_POSITION_Y);
-}
+VirtualDevices::VirtualDevices(VirtualNodes nodes, const touch::PanelDescription& panel)
+    : VirtualDevices(std::move(nodes), virtualDescriptionsOf(panel, {})) {}
+
+VirtualDevices::VirtualDevices(VirtualNodes nodes, const Descriptions& devices)
+    : nodes_(std::move(nodes)),
+      touchX_(devices[indexOf(Road::TouchScreen)].rangeOf(ABS_MT_POSITION_X)),
+      touchY_(devices[indexOf(Road::TouchScreen)].rangeOf(ABS_MT_POSITION_Y)),
+      pointerX_(devices[indexOf(Road::Pointer)].rangeOf(ABS_X)),
+      pointerY_(devices[indexOf(Road::Pointer)].rangeOf(ABS_Y)),
+      pointedX_(pointerX_.value),
+      pointedY_(pointerY_.value),
+      padX_(devices[indexOf(Road::Touchpad)].rangeOf(ABS_MT_POSITION_X)),
+      padY_(devices[indexOf(Road::Touchpad)].rangeOf(ABS_MT_POSITION_Y)) {}
 
 void VirtualDevices::give(const Output& output, touch::Time /*now*/) {
     const Road road = touch::roadOf(output.kind);

@@ -29,6 +29,7 @@ public:
     [[nodiscard]] bool isLost() const { return isLost_; }
 
 private:
+    using Descriptions = std::array<VirtualDescription, kVirtualDevices>;
     struct Finger {
         bool isDown = false;
         std::int32_t x = 0;
@@ -38,6 +39,7 @@ private:
     /// All fingers land in one frame, with all that is said of each.
     static constexpr std::size_t kMostEvents = 8 * touch::kMostContacts;
 
+    VirtualDevices(VirtualNodes nodes, const Descriptions& devices);
     void giveFinger(const touch::Output& output);
     void givePointer(const touch::Output& output);
     void endFrame(touch::Road road);
@@ -47,14 +49,14 @@ private:
     void write(const Descriptor& node);
 
     VirtualNodes nodes_;
-    input_absinfo touchX_{};
-    input_absinfo touchY_{};
-    input_absinfo pointerX_{};
-    input_absinfo pointerY_{};
-    std::int32_t pointedX_ = 0;
-    std::int32_t pointedY_ = 0;
-    input_absinfo padX_{};
-    input_absinfo padY_{};
+    input_absinfo touchX_;
+    input_absinfo touchY_;
+    input_absinfo pointerX_;
+    input_absinfo pointerY_;
+    std::int32_t pointedX_;
+    std::int32_t pointedY_;
+    input_absinfo padX_;
+    input_absinfo padY_;
     Fingers touches_{};
     Fingers padFingers_{};
     std::array<std::size_t, 2> toldCount_{};
