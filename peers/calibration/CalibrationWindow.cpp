@@ -93,8 +93,8 @@ void CalibrationWindow::show(const std::string& text) {
 void CalibrationWindow::showState() {
     std::string text = instructionOf(calibrator_);
     if (canChangeScreen()) {
-        text +=
-            "\n" + localizedString("CalibrationTool.NextScreen", "Press Space to show the cross on another screen.");
+        text += '\n';
+        text += localizedString("CalibrationTool.NextScreen", "Press Space to show the cross on another screen.");
     }
     show(text + "\n" + localizedString("CalibrationTool.Escape", "Press Escape to leave everything as it was."));
     update();
