@@ -44,7 +44,7 @@ void DriverCommand::perform(const std::vector<std::string>& words, std::function
     tell_ = std::move(tell);
     connection_ = BusConnection::open(loop_, address_, [this] { tellWhenKnown(); });
     if (!connection_) return finish({Outcome::NoBus, {}});
-    if (!call(words)) return finish({Outcome::Refused, "a command's words are UTF-8 texts"});
+    if (!call(words)) return finish({Outcome::Refused, "the arguments of a command must be valid UTF-8"});
     deadline_ = loop_.scheduleTimer(kPatienceSeconds, [this] { finish({Outcome::NotAnswering, {}}); });
     connection_->process();
 }

@@ -24,19 +24,20 @@ bool isTap(Gesture gesture) {
 }
 
 std::string_view reasonAgainstFingers(std::int32_t fingers, Gesture gesture) {
-    if (isTap(gesture)) return "it is a tap, which leaves no fingers to follow";
+    if (isTap(gesture)) return "a tap leaves no fingers to follow";
     if (isFollowed(gesture)) {
-        return fingers == 0 || fingers == 2 ? "" : "desktops scroll, zoom and turn by two fingers alone";
+        return fingers == 0 || fingers == 2 ? "" : "desktops scroll, zoom and rotate with two fingers only";
     }
     if (gesture == Gesture::NotificationCenter && fingers == 0) return "two fingers on a touchpad would only scroll";
-    return fingers == 0 || fingers == 3 || fingers == 4 ? "" : "desktops know swipes of three and four fingers alone";
+    return fingers == 0 || fingers == 3 || fingers == 4 ? ""
+                                                        : "desktops only support swipes with three or four fingers";
 }
 
 std::string_view reasonAgainstKeys(const FixedList<std::int32_t, Action::kMostKeys>& keys) {
-    if (keys.empty()) return "there is no key";
+    if (keys.empty()) return "the shortcut has no key";
     for (const std::int32_t* key = keys.begin(); key != keys.end(); ++key) {
-        if (nameOfChordKey(*key).empty()) return "there is no such key";
-        if (std::find(keys.begin(), key, *key) != key) return "a key is there twice";
+        if (nameOfChordKey(*key).empty()) return "unknown key";
+        if (std::find(keys.begin(), key, *key) != key) return "a key occurs twice";
     }
     return "";
 }
@@ -61,18 +62,18 @@ std::string_view nameOfChordKey(std::int32_t code) {
 }
 
 std::string_view reasonAgainst(const Action& action, Gesture gesture) {
-    if (gesture == Gesture::ScrollDirection) return "it only says which way content scrolls";
+    if (gesture == Gesture::ScrollDirection) return "it only sets the scroll direction";
     switch (action.kind) {
     case Action::Kind::Nothing:
         return "";
     case Action::Kind::Fingers:
         return reasonAgainstFingers(action.fingers, gesture);
     case Action::Kind::Chord:
-        if (isFollowed(gesture)) return "it goes on for as long as the fingers move, which no key does";
+        if (isFollowed(gesture)) return "it lasts as long as the fingers move, which keys cannot do";
         return reasonAgainstKeys(action.keys);
     case Action::Kind::RightClick:
     case Action::Kind::Call:
-        return isFollowed(gesture) ? "it goes on for as long as the fingers move" : "";
+        return isFollowed(gesture) ? "it lasts as long as the fingers move" : "";
     }
     return "";
 }

@@ -85,7 +85,7 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
     case kelvo::SingleInstance::Outcome::OtherWasTold:
         return 0;
     case kelvo::SingleInstance::Outcome::OtherIsHung:
-        return fail(kFailure, "the window that is open already does not answer; close it and start again");
+        return fail(kFailure, "the open window does not answer; close it and try again");
     }
 
     const auto pane = host.loadPane();

@@ -11,7 +11,7 @@ constexpr std::string_view kPaneOptionWithValue = "--pane=";
 
 Options mistaken(const std::string& mistake) {
     Options options;
-    options.error = mistake + "\nTry --help for the options there are.";
+    options.error = mistake + "\nSee --help for the available options.";
     return options;
 }
 
@@ -39,11 +39,11 @@ Options parseOptions(const std::vector<std::string>& arguments) {
 
 std::string helpText() {
     return "Usage: kelvo-touch-display [--pane PATH]\n"
-           "Shows the settings of the touch display in a window.\n"
+           "Show the settings of the touch display in a window.\n"
            "\n"
            "  --pane PATH  show the pane bundle at PATH instead of the installed one\n"
-           "  -h, --help   print this text and exit\n"
-           "  --version    print the version and exit\n";
+           "  -h, --help   show this help and exit\n"
+           "  --version    show the version and exit\n";
 }
 
 std::string versionText() { return "kelvo-touch-display " KELVO_VERSION "\n"; }

@@ -161,7 +161,7 @@ void ActionsInForce::takeGesture(Gesture gesture, const platform::Value& stored,
         const platform::Value left = both.objectForKey(kLeftKey);
         const platform::Value right = both.objectForKey(kRightKey);
         if (!left && !right) return set(gesture, takeOne(stored));
-        if (!touch::hasWays(gesture)) throw std::runtime_error("it does not differ by left and right");
+        if (!touch::hasWays(gesture)) throw std::runtime_error("it has no separate actions for left and right");
         Ways taken = ways;
         if (left) taken.left = takeOne(left);
         if (right) taken.other = takeOne(right);

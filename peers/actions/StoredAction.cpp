@@ -32,7 +32,7 @@ Kind kindIn(const NSMutableDictionary& stored) {
     const auto* const found =
         std::find_if(kKinds.begin(), kKinds.end(), [&](const auto& each) { return each.first == name; });
     if (found == kKinds.end()) {
-        throw std::runtime_error("its Kind is to be Nothing, Fingers, Chord, RightClick or Call");
+        throw std::runtime_error("its Kind must be Nothing, Fingers, Chord, RightClick or Call");
     }
     return found->second;
 }
@@ -40,7 +40,7 @@ Kind kindIn(const NSMutableDictionary& stored) {
 std::int32_t fingersIn(const NSMutableDictionary& stored) {
     const Value fingers = stored.objectForKey("Fingers");
     if (!fingers) return 0;
-    if (fingers.kind() != Value::Kind::Integer) throw std::runtime_error("Fingers is to be a whole number");
+    if (fingers.kind() != Value::Kind::Integer) throw std::runtime_error("Fingers must be a whole number");
     return fingers.intValue();
 }
 
@@ -50,13 +50,13 @@ void takeKeys(const NSMutableDictionary& stored, touch::Action& action) {
         const std::string text = name.string().value_or("");
         const auto code = touch::codeOfChordKey(text);
         if (!code) throw std::runtime_error("there is no key \"" + text + "\"");
-        if (!action.keys.add(*code)) throw std::runtime_error("a chord has at most four keys");
+        if (!action.keys.add(*code)) throw std::runtime_error("a shortcut has at most four keys");
     }
 }
 
 std::string textIn(const NSMutableDictionary& stored, std::string_view key) {
     const auto text = stored.objectForKey(key).string();
-    if (!text) throw std::runtime_error("its " + std::string(key) + " is to be a text");
+    if (!text) throw std::runtime_error("its " + std::string(key) + " must be a string");
     return *text;
 }
 
@@ -83,19 +83,20 @@ bool canBeSent(const Value& argument) {
 BusCall callIn(const NSMutableDictionary& stored) {
     BusCall call{
         textIn(stored, "Service"), textIn(stored, "Path"), textIn(stored, "Interface"), textIn(stored, "Method"), {}};
-    if (sd_bus_service_name_is_valid(call.service.c_str()) <= 0) throw std::runtime_error("its Service is no bus name");
-    if (sd_bus_object_path_is_valid(call.path.c_str()) <= 0) throw std::runtime_error("its Path is no object's path");
+    if (sd_bus_service_name_is_valid(call.service.c_str()) <= 0)
+        throw std::runtime_error("its Service is not a bus name");
+    if (sd_bus_object_path_is_valid(call.path.c_str()) <= 0) throw std::runtime_error("its Path is not an object path");
     if (sd_bus_interface_name_is_valid(call.interface.c_str()) <= 0) {
-        throw std::runtime_error("its Interface is no interface's name");
+        throw std::runtime_error("its Interface is not an interface name");
     }
     if (sd_bus_member_name_is_valid(call.method.c_str()) <= 0)
-        throw std::runtime_error("its Method is no method's name");
+        throw std::runtime_error("its Method is not a method name");
     const Value arguments = stored.objectForKey("Arguments");
-    if (arguments && !arguments.array()) throw std::runtime_error("its Arguments are to be a list");
+    if (arguments && !arguments.array()) throw std::runtime_error("its Arguments must be a list");
     const platform::NSMutableArray list = arguments.array();
     for (const Value& argument : list.objects()) {
         if (!canBeSent(argument)) {
-            throw std::runtime_error("its Arguments are to be texts, booleans, reals and whole numbers of 32 bits");
+            throw std::runtime_error("its Arguments must be strings, booleans, reals or 32-bit integers");
         }
         call.arguments.push_back(argument);
     }
@@ -106,7 +107,7 @@ BusCall callIn(const NSMutableDictionary& stored) {
 
 DesktopAction storedActionIn(const Value& stored, touch::Gesture gesture) {
     const NSMutableDictionary dictionary = stored.dictionary();
-    if (!dictionary) throw std::runtime_error("it is to be a dictionary");
+    if (!dictionary) throw std::runtime_error("it must be a dictionary");
     DesktopAction result;
     result.action.kind = kindIn(dictionary);
     if (result.action.kind == Kind::Fingers) result.action.fingers = fingersIn(dictionary);

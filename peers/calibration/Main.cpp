@@ -22,12 +22,11 @@ namespace {
 constexpr char kProgramName[] = "CalibrationTool";
 
 constexpr char kUsage[] = R"(Usage: CalibrationTool [--precise] [--] [DISPLAY]
-Shows crosses on the touch display and works out from where they are touched how touches are to be corrected. Without a
-DISPLAY, the first that is connected is calibrated.
+Calibrate a touch display by touching the crosses that it shows. Without DISPLAY, calibrate the first connected display.
 
-  --precise        nine crosses in place of four
-  -h, --help       print this text and exit
-  --version        print the version and exit
+  --precise        show nine crosses instead of four
+  -h, --help       show this help and exit
+  --version        show the version and exit
 )";
 
 constexpr int kFailure = 1;
@@ -103,7 +102,7 @@ int main(int argc, char* argv[]) {
         if (argument == "--precise") {
             wanted.isPrecise = true;
         } else if (argument.starts_with("--") || !wanted.display.empty()) {
-            return fail(kUsageError, "unknown argument " + argument + "\nTry --help for the options there are.");
+            return fail(kUsageError, "unknown argument " + argument + "\nSee --help for the available options.");
         } else {
             wanted.display = argument;
         }

@@ -41,10 +41,11 @@ void DeviceKeeper::check(Id id, uid_t user) const {
     const Display& display = displayWith(id);
     if (seats_.activeUser(display.screen.seat) != user) {
         throw Refusal(Refusal::Reason::NotActive, "only the user whose session is active on " + display.screen.seat +
-                                                      " can have this display; sign in there, or switch to it");
+                                                      " can use this display; log in there, or switch to that session");
     }
     if (display.holding) {
-        throw Refusal(Refusal::Reason::Busy, "another program has this display; end the driver that runs already");
+        throw Refusal(Refusal::Reason::Busy,
+                      "another program uses this display; quit the driver that is already running");
     }
 }
 

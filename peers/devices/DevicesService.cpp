@@ -117,7 +117,7 @@ private:
             if (sd_bus_message_is_method_error(message, nullptr) || sd_bus_message_read(message, "u", &user) < 0) {
                 // He has left, perhaps before that could be learned.
                 each.server.departed_.push_back(each.caller);
-                throw Refusal(Refusal::Reason::NotAuthorised, "the bus does not say who asks");
+                throw Refusal(Refusal::Reason::NotAuthorised, "the bus does not identify the caller");
             }
             each.user = user;
             each.server.keeper_.check(each.id, each.user);
@@ -129,7 +129,8 @@ private:
         return step(*static_cast<Request*>(request), [&](Request& each) {
             if (!isYes(message)) {
                 throw Refusal(Refusal::Reason::NotAuthorised,
-                              "polkit does not permit it, or does not run; see the action " + std::string(kOpenAction));
+                              "polkit does not permit it, or is not running; check the action " +
+                                  std::string(kOpenAction));
             }
             each.server.handOut(each);
         });

@@ -48,7 +48,7 @@ Descriptor KernelHardware::openDisplay(const std::string& node) { return openFil
 
 touch::PanelDescription KernelHardware::describe(const Descriptor& display) {
     const Evdev device = evdevOf(display.number());
-    if (!device || !isTouchDisplay(device.get())) throw std::runtime_error("this is no touch display any more");
+    if (!device || !isTouchDisplay(device.get())) throw std::runtime_error("this is no longer a touch display");
     return panelDescriptionOf(device.get());
 }
 

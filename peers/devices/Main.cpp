@@ -25,11 +25,11 @@ constexpr char kProgram[] = "kelvo-touch-devices";
 constexpr char kUsage[] = R"(Usage: kelvo-touch-devices
        kelvo-touch-devices --seat-of PHYS
 
-The system service that opens touch displays, and makes their virtual devices, for the driver of the user whose session
-is active, and takes them back. The bus starts it; see kelvo-touch-devices(8).
+System service that opens touch displays and creates their virtual devices for the driver of the user whose session is
+active, and takes them back when the session is no longer active. The bus starts it; see kelvo-touch-devices(8).
 
-  --seat-of PHYS    print the seat of one of our virtual devices, as a rule of udev's reads it
-  --help, --version print this, or the version
+  --seat-of PHYS    print the seat of one of our virtual devices in the format of a udev rule
+  --help, --version show this help, or the version
 )";
 
 int run() {
@@ -44,13 +44,14 @@ int run() {
     const auto monitor =
         kelvo::TouchScreenMonitor::open(runLoop, {[&](const kelvo::TouchScreen& screen) { service->come(screen); },
                                                   [&](const std::string& node) { service->go(node); }});
-    if (!monitor) throw std::runtime_error("the system does not say which devices there are; see whether udev runs");
+    if (!monitor) throw std::runtime_error("cannot list the devices of the system; check that udev is running");
     // The displays come first, so that whoever starts the service by asking for them hears of them all.
     monitor->begin();
 
     const kelvo::TerminationSignals signals(runLoop, [&] { runLoop.stop(); });
     if (!service->open()) {
-        throw std::runtime_error("the service's name on the system bus cannot be had: it runs already, or may not");
+        throw std::runtime_error(
+            "cannot take the name of the service on the system bus: it is already running, or not permitted");
     }
     runLoop.run();
     return 0;
@@ -58,7 +59,7 @@ int run() {
 
 /// The part of a phys between our own mark and the display's number.
 int printSeat(std::string_view phys) {
-    if (!phys.starts_with(kelvo::kOwnPhys)) throw std::runtime_error("this is the phys of no device of ours");
+    if (!phys.starts_with(kelvo::kOwnPhys)) throw std::runtime_error("this PHYS does not belong to one of our devices");
     phys.remove_prefix(kelvo::kOwnPhys.size());
     std::cout << "ID_SEAT=" << phys.substr(0, phys.find('/')) << '\n';
     return 0;

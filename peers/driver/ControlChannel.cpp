@@ -152,7 +152,7 @@ private:
         const std::string watcher = sd_bus_message_get_sender(call);
         if (const Watch* watch = watchOf(display)) {
             if (watch->watcher == watcher) return sd_bus_reply_method_return(call, "");
-            throw std::runtime_error("\"" + display + "\" is being watched already; end the program that does");
+            throw std::runtime_error("\"" + display + "\" is already being watched; quit the other program");
         }
         handlers_.watchBegan(display);
         watches_.push_back({display, watcher, false, nullptr, nullptr});

@@ -99,7 +99,8 @@ bool isFitDisplayName(std::string_view name) {
 
 void checkDisplayName(const std::string& name) {
     if (isFitDisplayName(name)) return;
-    throw std::runtime_error("a display's name has 1 to 200 bytes of UTF-8, none of them \"/\" or a control character");
+    throw std::runtime_error(
+        "a display name must have 1 to 200 bytes of UTF-8 and contain neither \"/\" nor control characters");
 }
 
 std::string cleanedDisplayName(std::string_view kernelName) {

@@ -98,11 +98,11 @@ void DriverCore::stop() {
 
 void DriverCore::connect(const std::string& name, std::optional<touch::Size> nativePixels) {
     checkDisplayName(name);
-    if (isConnected(name)) throw std::runtime_error("\"" + name + "\" is connected already; see \"status\"");
+    if (isConnected(name)) throw std::runtime_error("\"" + name + "\" is already connected; see \"status\"");
     const NSMutableDictionary settings = readSettingItemsFromPlist(getSettingsFilePath(name));
     if (!settings) {
         throw std::runtime_error("the settings file " + getSettingsFilePath(name) +
-                                 " cannot be read or made; repair or remove it");
+                                 " cannot be read or created; repair or remove it");
     }
     followOtherFiles();
     connected_.push_back({name, settings});
@@ -193,7 +193,7 @@ std::vector<ControlCommand> DriverCore::commonCommands() {
          [this](const Words& words) {
              Display& display = connectedDisplay(words[0]);
              if (words[1] != "touch" && words[1] != "pointer") {
-                 throw std::runtime_error(R"(one finger is a "touch" or the "pointer")");
+                 throw std::runtime_error(R"(one finger must be "touch" or "pointer")");
              }
              change(display, NSMutableDictionary::dictionaryWithObjectsAndKeys({{words[1], keys::fingerMode}}));
              return status();
@@ -217,11 +217,11 @@ CommandResult DriverCore::perform(const Words& words) {
         const auto command = std::find_if(commands_.begin(), commands_.end(),
                                           [&](const ControlCommand& each) { return each.name == name; });
         if (command == commands_.end()) {
-            throw std::runtime_error("there is no command \"" + name + "\"; see --help");
+            throw std::runtime_error("unknown command \"" + name + "\"; see --help");
         }
         const Words rest(words.begin() + 1, words.end());
         if (rest.size() < command->least || rest.size() > command->most) {
-            throw std::runtime_error("\"" + name + "\" takes another number of words; see --help");
+            throw std::runtime_error("wrong number of arguments for \"" + name + "\"; see --help");
         }
         return {true, command->perform(rest)};
     } catch (const std::exception& error) {

@@ -29,10 +29,11 @@ constexpr char kProgram[] = "kelvo-touch-driver";
 
 constexpr char kUsage[] = R"(Usage: kelvo-touch-driver
 
-The driver of the touch displays that are plugged in: gives out what fingers mean, by the settings of each display. It
-runs in the user's session, in the foreground; Ctrl-C or SIGTERM ends it, and the displays are plain touch screens again.
+The driver of touch displays. Translates touches on all plugged-in displays into input for the desktop, following the
+settings of each display. Runs in the foreground in the session of the user. Press Ctrl+C or send SIGTERM to stop it; the
+displays then work as plain touchscreens again.
 
-  --help, --version print this, or the version
+  --help, --version show this help, or the version
 )";
 
 int run() {
@@ -44,8 +45,9 @@ int run() {
     kelvo::TouchDriver driver(runLoop, [&](std::size_t count) { watchdog.setNeeded(count > 0); });
     const kelvo::TerminationSignals signals(runLoop, [&] { runLoop.stop(); });
     if (!driver.start()) {
-        throw std::runtime_error("the driver's place on the session bus cannot be had: another driver has it (end that "
-                                 "one), or there is no bus (set DBUS_SESSION_BUS_ADDRESS)");
+        throw std::runtime_error(
+            "cannot take the driver's name on the session bus: either another driver is running (quit "
+            "it), or there is no bus (set DBUS_SESSION_BUS_ADDRESS)");
     }
     driver.seeDesktopBy(
         [&](std::function<void()> changed) { return kelvo::openX11Desktop(runLoop, std::move(changed)); });
@@ -73,7 +75,7 @@ int main(int argc, char* argv[]) {
             std::cout << kUsage;
             return 0;
         }
-        throw std::runtime_error("there is no \"" + words[0] + "\"; see --help");
+        throw std::runtime_error("unknown argument \"" + words[0] + "\"; see --help");
     } catch (const std::exception& error) {
         std::cerr << "kelvo-touch-driver: " << error.what() << '\n';
         return 1;

@@ -39,7 +39,7 @@ std::string hang(const std::string& secondsText) {
     constexpr double kLongest = 600.0;
     const auto seconds = wholeNumber<double>(secondsText);
     if (!seconds || !(*seconds > 0.0 && *seconds <= kLongest)) {
-        throw std::runtime_error("\"hang\" takes a number of seconds, more than 0 and up to 600");
+        throw std::runtime_error("\"hang\" takes a number of seconds greater than 0 and up to 600");
     }
     // Later, so that whoever gave the command still has its answer.
     platform::CFRunLoop::getCurrent().scheduleTimer(0.0, [duration = *seconds] { standStill(duration); });
@@ -50,7 +50,7 @@ std::string hang(const std::string& secondsText) {
 double partOfGlass(const std::string& text) {
     const auto part = wholeNumber<double>(text);
     if (!part || !(*part >= 0.0 && *part <= 1.0)) {
-        throw std::runtime_error("a finger is at X,Y, two numbers from 0 to 1, such as 0.5,0.25");
+        throw std::runtime_error("the position of a finger is X,Y, two numbers from 0 to 1, such as 0.5,0.25");
     }
     return *part;
 }

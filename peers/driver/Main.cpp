@@ -23,33 +23,34 @@ constexpr char kUsage[] = R"(Usage: kelvo-touch-driver-sim [run] [--connect NAME
        kelvo-touch-driver-sim touch FILE [--display NAME] [--pointer] [--keep-touches]
        kelvo-touch-driver-sim COMMAND
 
-Stands in for the driver of a touch display. "run" starts it in the foreground; it prints each message that the
-settings pane sends as one line of JSON, and ends with Ctrl-C. "touch" plays recorded fingers (a FILE in evemu's text
-form) through what a driver makes of them and prints what it would give out, each step as one line of JSON; nothing has
-to run for that. The commands are for the one that runs:
+Simulates the driver of a touch display. "run" starts the simulator in the foreground, where it prints each message from
+the settings pane as one line of JSON; press Ctrl+C to stop it. "touch" plays back recorded touches (FILE in the evemu
+text format) and prints what the driver would output, one line of JSON per step; for this, no driver needs to be running.
+All other commands control a running simulator:
 
   connect NAME      connect a display
-  disconnect NAME   disconnect it
+  disconnect NAME   disconnect a display
   enable, disable   switch the driver on or off
   finger NAME touch|pointer
-                    pass one finger on as a touch, or as the pointer with its button
+                    make one finger act as a touch, or move the pointer
   record NAME [FILE]
-                    record what the fingers do into a file, or end that; a simulated display has none
+                    start recording touches to a file, or stop recording; simulated displays cannot be
+                    recorded
   contacts NAME [X,Y]...
-                    lay fingers at these places of the glass, each from 0 to 1, and lift all others; whoever watches
-                    the display sees them, else what the driver makes of them is printed
-  show-tab N        have the pane show a tab (0 calibration, 1 touch, 2 hardware, 3 version)
+                    put fingers at these positions on the screen, each from 0 to 1, and lift all others; a program
+                    that watches the display receives them, otherwise the resulting driver output is printed
+  show-tab N        make the pane show a tab (0 calibration, 1 touch, 2 display, 3 version)
   system-gesture NAME on|off
-                    switch one of the system's own gestures in the home's preference files, which the pane follows when
-                    it next shows the touch tab: AppExpose, ShowDesktop, MissionControl, Launchpad, SwipeBetweenPages
-  hang SECONDS      answer nothing for so long
-  status            print what is connected
+                    switch a system gesture in the preference files of the user; the pane follows when it next shows
+                    the touch tab: AppExpose, ShowDesktop, MissionControl, Launchpad, SwipeBetweenPages
+  hang SECONDS      do not answer for this long
+  status            print the connected displays
 
-  --connect NAME    with "run": begin with this display connected
-  --display NAME    with "touch": by the settings of this display, not of the one that was recorded
-  --pointer         with "touch": one finger is the pointer, whatever the settings say
-  --keep-touches    with "touch": as for desktops that cannot take touches back
-  --help, --version print this, or the version
+  --connect NAME    with "run": connect this display at the start
+  --display NAME    with "touch": use the settings of this display instead of the recorded one
+  --pointer         with "touch": one finger moves the pointer, whatever the settings are
+  --keep-touches    with "touch": behave as on desktops that cannot cancel touches
+  --help, --version show this help, or the version
 )";
 
 void printLine(const std::string& line) { std::cout << line << std::endl; }
@@ -76,8 +77,9 @@ int run(const Words& words) {
     kelvo::DriverCore& driver = simulator.core();
     const kelvo::TerminationSignals signals(runLoop, [&] { runLoop.stop(); });
     if (!driver.start()) {
-        throw std::runtime_error("the driver's place on the session bus cannot be had: another driver has it (end that "
-                                 "one), or there is no bus (set DBUS_SESSION_BUS_ADDRESS)");
+        throw std::runtime_error(
+            "cannot take the driver's name on the session bus: either another driver is running (quit "
+            "it), or there is no bus (set DBUS_SESSION_BUS_ADDRESS)");
     }
     for (const std::string& name : displays) driver.connect(name);
     printLine(driver.status());
@@ -95,22 +97,21 @@ std::string textOf(const kelvo::DriverAnswer& answer) {
     case Outcome::Refused:
         throw std::runtime_error(answer.text);
     case Outcome::NoBus:
-        throw std::runtime_error("there is no session bus; set DBUS_SESSION_BUS_ADDRESS to the simulator's");
+        throw std::runtime_error("there is no session bus; set DBUS_SESSION_BUS_ADDRESS to the bus of the simulator");
     case Outcome::NotRunning:
-        throw std::runtime_error("no simulator runs on this bus; start one with \"kelvo-touch-driver-sim run\"");
+        throw std::runtime_error("no simulator is running on this bus; start one with \"kelvo-touch-driver-sim run\"");
     case Outcome::NotAnswering:
         break;
     }
-    throw std::runtime_error(
-        "the simulator does not answer, perhaps because it hangs (see \"hang\"); it does this when "
-        "it goes on");
+    throw std::runtime_error("the simulator does not answer, maybe because of \"hang\"; it runs the command when it "
+                             "continues");
 }
 
 int play(const Words& words) {
     kelvo::PollRunLoop runLoop;
     const kelvo::PeerPlatform services(kProgram, runLoop);
     kelvo::playRecording(kelvo::recordingChoiceIn(words), [](const std::string& line) { std::cout << line << '\n'; });
-    if (!std::cout.flush()) throw std::runtime_error("the output cannot be written; see where it goes");
+    if (!std::cout.flush()) throw std::runtime_error("cannot write to standard output; check where it is redirected");
     return 0;
 }
 

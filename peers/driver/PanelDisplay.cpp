@@ -41,7 +41,7 @@ PanelDisplay::State PanelDisplay::state() const {
 }
 
 void PanelDisplay::beginRecording(const std::string& path, const std::string& settings) {
-    if (recording_) throw std::runtime_error("it is being recorded already");
+    if (recording_) throw std::runtime_error("it is already being recorded");
     recording_ = std::make_unique<RecordingFile>(path, panel_->description(), settings);
     panel_->setPen([this](const touch::KernelEvent& event) { recording_->write(event); });
 }

@@ -8,13 +8,13 @@ namespace kelvo {
 namespace {
 
 std::ofstream newFile(const std::string& path) {
-    if (!path.starts_with('/')) throw std::runtime_error("the file to record into is named by its whole path");
+    if (!path.starts_with('/')) throw std::runtime_error("the path of the recording must be absolute");
     std::error_code unknown;
     if (std::filesystem::exists(std::filesystem::symlink_status(path, unknown))) {
-        throw std::runtime_error(path + " is there already; name another file");
+        throw std::runtime_error(path + " already exists; choose another file");
     }
     std::ofstream file(path, std::ios::binary);
-    if (!file) throw std::runtime_error(path + " cannot be written; name a file in a folder of yours");
+    if (!file) throw std::runtime_error(path + " cannot be written; choose a file in a folder that you can write to");
     return file;
 }
 

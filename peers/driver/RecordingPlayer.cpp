@@ -24,8 +24,7 @@ constexpr std::string_view kDescriptionEnding = ".desc";
 
 std::string contentsOf(const std::string& path) {
     const auto contents = NSFileManager::defaultManager().contentsAtPath(path);
-    if (!contents)
-        throw std::runtime_error(path + " cannot be read; name a recording that exists and that you may read");
+    if (!contents) throw std::runtime_error(path + " cannot be read; choose a recording that you can read");
     return {contents->begin(), contents->end()};
 }
 
@@ -60,14 +59,14 @@ touch::Recording recordingAt(const std::string& path) {
     if (!touch::hasDescription(events)) {
         const auto beside = descriptionBeside(path);
         if (!beside) {
-            throw std::runtime_error(path + " does not describe its panel, and there is no NAME.desc beside it whose "
-                                            "NAME the file's name begins with; put the description there");
+            throw std::runtime_error(path + " does not describe its panel; put the description in a file NAME.desc "
+                                            "next to it, where NAME is the beginning of its file name");
         }
         description = contentsOf(*beside);
         (void)readIn(*beside, description, {});
     }
     auto recording = readIn(path, events, description);
-    if (recording.events.empty()) throw std::runtime_error(path + " has no events; name a recording");
+    if (recording.events.empty()) throw std::runtime_error(path + " contains no events; choose a recording");
     return recording;
 }
 
@@ -82,7 +81,8 @@ std::string nameFor(const RecordingChoice& choice, const std::string& recorded) 
 NSMutableDictionary settingsFor(const RecordingChoice& choice, const std::string& name) {
     const std::string path = getSettingsFilePath(name);
     if (!NSFileManager::defaultManager().fileExistsAtPath(path)) {
-        if (choice.display) throw std::runtime_error("there are no settings of \"" + name + "\"; connect it once");
+        if (choice.display)
+            throw std::runtime_error("there are no settings of \"" + name + "\"; connect it once to create them");
         return {};
     }
     auto settings = NSMutableDictionary::dictionaryWithContentsOfFile(path);

@@ -43,13 +43,14 @@ const Switch& switchNamed(const std::string& name) {
     const auto found =
         std::find_if(kSwitches.begin(), kSwitches.end(), [&](const Switch& each) { return each.name == name; });
     if (found == kSwitches.end()) {
-        throw std::runtime_error("the system has no gesture \"" + name + "\"; it has " + namesOfSwitches());
+        throw std::runtime_error("there is no system gesture \"" + name + "\"; the system gestures are " +
+                                 namesOfSwitches());
     }
     return *found;
 }
 
 bool isOn(const std::string& state) {
-    if (state != "on" && state != "off") throw std::runtime_error(R"(a system gesture is switched "on" or "off")");
+    if (state != "on" && state != "off") throw std::runtime_error(R"(a system gesture can be switched "on" or "off")");
     return state == "on";
 }
 

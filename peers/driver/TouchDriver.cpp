@@ -37,7 +37,7 @@ std::string_view nameOf(PanelDisplay::State state) {
 
 std::string propertyListOf(const NSMutableDictionary& dictionary) {
     const auto data = platform::PropertyLists::current().createXMLData(dictionary);
-    if (!data) throw std::runtime_error("a display has a name that no property list holds");
+    if (!data) throw std::runtime_error("the name of a display cannot be stored in a property list");
     return {data->begin(), data->end()};
 }
 
@@ -70,7 +70,7 @@ void TouchDriver::use(std::unique_ptr<DisplaySource> source, std::unique_ptr<Dis
                         refused_[id] = {name, reason};
                     },
                     [](std::size_t count) {
-                        if (count == 0) platform::NSLog("there is no touch display; one that is plugged in is used");
+                        if (count == 0) platform::NSLog("no touch display found; waiting for one to be plugged in");
                     },
                     [this] { later([this] { changeSource(); }); }});
 }
@@ -97,10 +97,10 @@ void TouchDriver::serveEvents() {
 
 void TouchDriver::changeSource() {
     if (nextSource_) {
-        platform::NSLog("kelvo-touch-devices is not there; the driver opens displays itself");
+        platform::NSLog("kelvo-touch-devices is not installed; the driver opens displays itself");
         use(std::exchange(nextSource_, nullptr));
     } else {
-        platform::NSLog("displays cannot be looked for; see whether kelvo-touch-devices and udev are installed");
+        platform::NSLog("cannot look for displays; check that kelvo-touch-devices and udev are installed");
     }
 }
 
@@ -123,7 +123,7 @@ void TouchDriver::connect(FoundDisplay found) {
     if (!display.known.name.empty()) found.name = display.known.name;
     display.name = newNameFor(found);
     try {
-        if (!give(display, std::move(found))) throw std::runtime_error("it is no touch display any more");
+        if (!give(display, std::move(found))) throw std::runtime_error("it is no longer a touch display");
         core_.connect(display.name, desktopOf(display).nativePixels);
     } catch (const std::runtime_error& error) {
         platform::NSLog("%@ is not used: %@", kernelName, std::string_view(error.what()));
@@ -196,7 +196,7 @@ void TouchDriver::go(std::uint32_t id) {
 void TouchDriver::lookAtDesktop() {
     if (desktop_ || !openDesktop_) return;
     desktop_ = openDesktop_([this] { desktopChanged(); });
-    if (!desktop_) platform::NSLog("the desktop cannot be seen; it counts as one monitor that is not turned");
+    if (!desktop_) platform::NSLog("cannot access the desktop; assuming one monitor that is not rotated");
     openDesktop_ = nullptr;
 }
 
@@ -214,8 +214,9 @@ void TouchDriver::followDesktop(Display& display) {
     display.panel->setDesktop(desktopOf(display));
     const auto command = commandForSlowDoubleClick(display);
     if (command && !display.hasToldOfSlowDoubleClick) {
-        platform::NSLog("%@ is set to a slower double click than the desktop's, which decides; to lengthen that: %@",
-                        display.name, *command);
+        platform::NSLog(
+            "%@ is set to a slower double-click than the desktop, whose setting wins; to slow that down: %@",
+            display.name, *command);
     }
     display.hasToldOfSlowDoubleClick = command.has_value();
 }
@@ -309,7 +310,7 @@ void TouchDriver::setWatched(const std::string& name, bool isWatched) {
     Display* display = displayNamed(name);
     if (!display) return;
     if (isWatched && !display->panel) {
-        throw std::runtime_error("\"" + name + "\" belongs to another session now; switch back to this one");
+        throw std::runtime_error("\"" + name + "\" currently belongs to another session; switch back to this one");
     }
     display->isWatched = isWatched;
     if (display->panel) display->panel->setWatched(isWatched);
@@ -327,13 +328,14 @@ void TouchDriver::beginRecording(const std::string& name, const std::string& pat
 void TouchDriver::endRecording(const std::string& name) {
     PanelDisplay& display = recordable(name);
     if (!display.isRecording()) throw std::runtime_error("\"" + name + "\" is not being recorded");
-    if (!display.endRecording()) throw std::runtime_error("not all was written; see whether the disk is full");
+    if (!display.endRecording())
+        throw std::runtime_error("the recording was not written completely; check the free disk space");
 }
 
 PanelDisplay& TouchDriver::recordable(const std::string& name) {
     Display* display = displayNamed(name);
     if (display && display->panel) return *display->panel;
-    throw std::runtime_error("\"" + name + "\" belongs to another session now; switch back to this one");
+    throw std::runtime_error("\"" + name + "\" currently belongs to another session; switch back to this one");
 }
 
 // Its own commands
@@ -343,7 +345,7 @@ std::vector<ControlCommand> TouchDriver::ownCommands() {
              [this](const ControlCommand::Words& words) {
                  if (words.empty()) return jsonLine(states());
                  if (words[0] == "plist") return propertyListOf(states());
-                 throw std::runtime_error(R"("states" is written as JSON, or as a property list: "states plist")");
+                 throw std::runtime_error(R"("states" prints JSON, or a property list: "states plist")");
              }},
             // For the calibration tool: by how many quarters the desktop turned the display's output.
             {"screen", 1, 1, [this](const ControlCommand::Words& words) {

@@ -43,12 +43,12 @@ using kelvo::PortAnswer;
 constexpr char kProgramName[] = "KelvoTouchDisplaySettingUtility";
 
 constexpr char kUsage[] = R"(Usage: KelvoTouchDisplaySettingUtility [--session-start]
-Shows a menu for the touch display in the system tray: it opens the settings and tells how the driver does. Started
-again, it shows the icon of the one that runs.
+Show a menu for the touch display in the system tray, with the settings pages and the state of the driver. If the program
+is already running, show its icon.
 
-  --session-start  show the icon only if the settings say so; else run without it until it is asked for
-  -h, --help       print this text and exit
-  --version        print the version and exit
+  --session-start  show the icon only if the settings say so; otherwise run in the background
+  -h, --help       show this help and exit
+  --version        show the version and exit
 )";
 
 constexpr int kFailure = 1;
@@ -123,11 +123,11 @@ int leaveToOther(PortAnswer other) {
     case PortAnswer::Answering:
         return 0;
     case PortAnswer::NotAnswering:
-        return fail(kFailure, "the one that runs already does not answer; end it and start again");
+        return fail(kFailure, "the running instance does not answer; quit it and try again");
     case PortAnswer::NotRunning:
         break;
     }
-    return fail(kFailure, "there is no session bus; set DBUS_SESSION_BUS_ADDRESS to the session's");
+    return fail(kFailure, "there is no session bus; set DBUS_SESSION_BUS_ADDRESS to the bus of the session");
 }
 
 int run(Occasion occasion, int argc, char* argv[]) {
@@ -199,7 +199,7 @@ int main(int argc, char* argv[]) {
         if (argument == "--help" || argument == "-h") return print(kUsage);
         if (argument == "--version") return print(std::string(kProgramName) + " " KELVO_VERSION "\n");
         if (argument != "--session-start") {
-            return fail(kUsageError, "unknown argument " + argument + "\nTry --help for the options there are.");
+            return fail(kUsageError, "unknown argument " + argument + "\nSee --help for the available options.");
         }
         occasion = Occasion::SessionStart;
     }

@@ -37,7 +37,7 @@ std::optional<Display> displayIn(const Words& words) {
 }
 
 std::string sourceText(const DesktopAction& action) {
-    return action.file.empty() ? "the driver's own" : shownPath(action.file);
+    return action.file.empty() ? "built in" : shownPath(action.file);
 }
 
 std::string sourceText(const ActionsInForce& actions, Gesture gesture) {
@@ -85,7 +85,7 @@ NSMutableDictionary jsonOf(const GestureRow& row, const ActionsInForce& actions)
 
 std::string desktopText(const ActionsInForce& actions, const DesktopSession& session) {
     const std::string name = actions.desktop() == "Default" && !session.names.empty()
-                                 ? session.names.front() + ", of which nothing is known,"
+                                 ? session.names.front() + ", an unknown desktop"
                                  : actions.desktop();
     return (name == "Default" ? "an unknown desktop" : name) + (session.isWayland ? " (Wayland)" : " (X11)");
 }
@@ -125,7 +125,7 @@ Gesture gestureOf(const std::string& name) {
     if (gesture && *gesture != Gesture::ScrollDirection) return *gesture;
     std::string names;
     for (const std::string& each : namesOfActedGestures()) names += (names.empty() ? "" : ", ") + each;
-    refuse("there is no gesture \"" + name + "\" that does something; there are " + names);
+    refuse("there is no gesture \"" + name + "\" with an action; the gestures are " + names);
 }
 
 std::string namesOfKeys() {
@@ -140,8 +140,8 @@ touch::Action chordOf(const std::string& text) {
         const std::size_t end = std::min(text.find('+', start), text.size());
         const std::string name = text.substr(start, end - start);
         const auto code = touch::codeOfChordKey(name);
-        if (!code) refuse("there is no key \"" + name + "\"; there are " + namesOfKeys());
-        if (!chord.keys.add(*code)) refuse("a chord has at most four keys");
+        if (!code) refuse("there is no key \"" + name + "\"; the keys are " + namesOfKeys());
+        if (!chord.keys.add(*code)) refuse("a shortcut has at most four keys");
         start = end + 1;
     }
     return chord;
@@ -154,19 +154,19 @@ Value argumentOf(const std::string& word) {
     const std::string text = colon == std::string::npos ? "" : word.substr(colon + 1);
     const auto number = [&](auto result) -> Value {
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
-        if (error != std::errc() || end != text.data() + text.size()) refuse("\"" + text + "\" is no " + kind);
+        if (error != std::errc() || end != text.data() + text.size()) refuse("\"" + text + "\" is not of type " + kind);
         return result;
     };
     if (kind == "string" && colon != std::string::npos) return text;
     if (kind == "int32") return number(std::int32_t{});
     if (kind == "double") return number(double{});
     if (kind != "boolean") return word;
-    if (text != "true" && text != "false") refuse("a boolean is true or false");
+    if (text != "true" && text != "false") refuse("a boolean must be true or false");
     return text == "true";
 }
 
 BusCall callOf(const Words& words) {
-    if (words.size() < 4) refuse("call takes SERVICE PATH INTERFACE METHOD and the method's arguments");
+    if (words.size() < 4) refuse("call takes SERVICE PATH INTERFACE METHOD and the arguments of the method");
     BusCall call{words[0], words[1], words[2], words[3], {}};
     std::transform(words.begin() + 4, words.end(), std::back_inserter(call.arguments), argumentOf);
     return call;
@@ -177,7 +177,7 @@ DesktopAction actionOf(const Words& words) {
     const std::string kind = words.empty() ? "" : words[0];
     DesktopAction action;
     const auto checkCount = [&](std::size_t most) {
-        if (words.size() > most) refuse("\"" + words[most] + "\" is too much behind " + kind);
+        if (words.size() > most) refuse("unexpected argument \"" + words[most] + "\" after " + kind);
     };
     if (kind == "nothing" || kind == "right-click") {
         checkCount(1);
@@ -191,15 +191,16 @@ DesktopAction actionOf(const Words& words) {
         }
     } else if (kind == "keys") {
         checkCount(2);
-        if (words.size() < 2) refuse("keys takes the keys of a chord, such as Control+Alt+Left");
+        if (words.size() < 2) refuse("keys takes a keyboard shortcut, such as Control+Alt+Left");
         action.action = chordOf(words[1]);
     } else if (kind == "call") {
         action.action.kind = Kind::Call;
         action.call = callOf(Words(words.begin() + 1, words.end()));
     } else {
-        refuse("a gesture does nothing, right-click, fingers [NUMBER], keys KEY+KEY, or call SERVICE PATH INTERFACE "
-               "METHOD [ARGUMENT...], not \"" +
-               kind + "\"");
+        refuse(
+            "the action must be nothing, right-click, fingers [NUMBER], keys KEY+KEY, or call SERVICE PATH INTERFACE "
+            "METHOD [ARGUMENT...], not \"" +
+            kind + "\"");
     }
     return action;
 }
@@ -229,7 +230,8 @@ void writeUserActions(const NSMutableDictionary& contents, platform::NSFileManag
     files.createDirectoryAtPath(path.substr(0, path.rfind('/')));
     const auto data = platform::PropertyLists::current().createXMLData(contents);
     if (data && files.writeAtomically(path, *data)) return;
-    throw Failure(Status::Failure, shownPath(path) + " cannot be written; see who may, and whether the disk is full");
+    throw Failure(Status::Failure,
+                  shownPath(path) + " cannot be written; check its permissions and the free disk space");
 }
 
 /// A part of the file that is not for one gesture.
@@ -260,12 +262,12 @@ NSMutableDictionary withWay(const Value& stored, std::string_view way, const NSM
 }
 
 Status setAction(const Words& words, platform::NSFileManager& files) {
-    if (words.empty()) refuse("set takes a GESTURE and what it is to do");
+    if (words.empty()) refuse("set takes a GESTURE and an ACTION");
     const Gesture gesture = gestureOf(words[0]);
     Words rest(words.begin() + 1, words.end());
     std::string_view way;
     if (!rest.empty() && (rest[0] == "left" || rest[0] == "right")) {
-        if (!touch::hasWays(gesture)) refuse(words[0] + " does not differ by left and right");
+        if (!touch::hasWays(gesture)) refuse(words[0] + " has no separate actions for left and right");
         way = rest[0] == "left" ? kLeftKey : kRightKey;
         rest.erase(rest.begin());
     }
@@ -283,7 +285,7 @@ Status setAction(const Words& words, platform::NSFileManager& files) {
 }
 
 Status resetActions(const Words& words, platform::NSFileManager& files) {
-    if (words.size() > 1) refuse("reset takes one GESTURE, or none for all");
+    if (words.size() > 1) refuse("reset takes one GESTURE, or nothing to reset all");
     const auto gesture = words.empty() ? std::nullopt : std::optional(gestureOf(words[0]));
     const std::string desktop = ActionsInForce(currentDesktopSession()).desktop();
     NSMutableDictionary contents = without(userActions(), gesture, false);
@@ -303,7 +305,7 @@ Status actions(const Invocation& invocation, platform::NSFileManager& files) {
         if (words.size() > 1) refuse("actions takes one DEVICE, \"set\" or \"reset\"");
         return showActions(words, asJson);
     }
-    if (asJson) refuse("--json is for what is shown");
+    if (asJson) refuse("--json works only when showing actions");
     const Words rest(words.begin() + 1, words.end());
     return words[0] == "set" ? setAction(rest, files) : resetActions(rest, files);
 }

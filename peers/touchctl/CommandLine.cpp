@@ -47,16 +47,19 @@ void checkWords(const Invocation& invocation) {
     for (const std::string_view option : invocation.options) {
         if (std::ranges::find(command.options, option) != command.options.end()) continue;
         throw Failure(Status::Usage,
-                      "\"" + std::string(command.name) + "\" takes no " + std::string(option) + "; it is " + usage);
+                      "\"" + std::string(command.name) + "\" takes no " + std::string(option) + "; usage: " + usage);
     }
     if (invocation.words.size() < command.least || invocation.words.size() > command.most) {
-        throw Failure(Status::Usage, "\"" + std::string(command.name) + "\" takes another number of words: " + usage);
+        throw Failure(Status::Usage,
+                      "wrong number of arguments for \"" + std::string(command.name) + "\"; usage: " + usage);
     }
 }
 
+/// What follows a text that is too long for its column begins on the next line.
 std::string padded(std::string_view text, std::size_t width) {
     std::string cell(text);
-    cell.resize(std::max(width, cell.size()), ' ');
+    if (cell.size() >= width) return cell + "\n" + std::string(width + 2, ' ');
+    cell.resize(width, ' ');
     return cell;
 }
 
@@ -84,20 +87,23 @@ const std::vector<Command>& commands() {
         {Id::List,
          "list",
          "[--json]",
-         "the displays that are known, and which of them are connected",
-         "One line for each display: its name, a tab, and \"connected\" or \"not connected\". With --json a list of\n"
-         "objects. Known are the displays that are connected, and those that have a settings file.\n",
+         "list the known displays",
+         "Prints one line per display: its name, a tab, and \"connected\" or \"not connected\". With --json, prints a\n"
+         "list of objects. A display is known if it is connected or has a settings file.\n",
          0,
          0,
          {kJsonOption}},
         {Id::Show,
          "show",
          "[DEVICE] [--json]",
-         "the settings of a display, or of all that are connected",
-         "Below each display's name, a line is a key and its value as \"set\" takes them, or a gesture as \"gesture\"\n"
-         "takes it; the driver's version comes last. \"(not set)\" and \"(does not fit)\" are no values. With --json\n"
-         "the settings file is written as it stands, for several displays below their names. A display whose file\n"
-         "cannot be read is left out, or null, and makes the command fail in the end.\n",
+         "show the settings of a display, or of all connected displays",
+         "Below the name of each display, each line is a key and its value as \"set\" takes them, or a gesture as\n"
+         "\"gesture\" takes it, followed by the driver version. \"(not set)\" and \"(invalid)\" mark missing and "
+         "invalid\n"
+         "values. With --json, prints the settings file as it is; for several displays, one object per display, keyed "
+         "by\n"
+         "name. If a settings file cannot be read, its display is left out, or null, and the command fails in the "
+         "end.\n",
          0,
          1,
          {kJsonOption}},
@@ -105,9 +111,9 @@ const std::vector<Command>& commands() {
          "get",
          "DEVICE KEY",
          "print one value",
-         "The value alone, as \"set\" takes it. \"driver-version\" is a key here, too. A value that is not set, or "
-         "does\n"
-         "not fit, is a failure.\n",
+         "Prints the value alone, as \"set\" takes it. \"driver-version\" is a key here, too. Fails if the value is "
+         "not\n"
+         "set or is invalid.\n",
          2,
          2,
          {}},
@@ -115,39 +121,38 @@ const std::vector<Command>& commands() {
          "set",
          "DEVICE KEY VALUE... [--force]",
          "change a setting of a connected display",
-         "Sends the change to the driver, which stores it; no file is written. With --force, a gesture list that the\n"
-         "settings window would not make is sent all the same.\n",
+         "Sends the change to the driver, which saves it; this command writes no file. With --force, also sends a\n"
+         "gesture list that the settings window would not produce.\n",
          3,
          kAnyNumber,
          {kForceOption}},
         {Id::Gesture,
          "gesture",
          "DEVICE NAME [on|off] [ACTION]",
-         "switch a gesture, or choose how it is made",
-         "An ACTION alone switches the gesture on, too. A gesture that takes the fingers of another moves that one "
-         "out\n"
-         "of the way, as in the settings window. \"show\" lists the names; AppExpose may be written without its "
-         "accent.\n",
+         "switch a gesture on or off, or choose its fingers",
+         "An ACTION on its own also switches the gesture on. If two gestures would need the same fingers, the other "
+         "one is\n"
+         "changed, as in the settings window. \"show\" lists the names; you can type AppExpose without its accent.\n",
          3,
          4,
          {}},
         {Id::Export,
          "export",
          "DEVICE [FILE]",
-         "write the settings of a display as a property list",
-         "Without a FILE, or with \"-\", to standard output. A FILE may be a pipe.\n",
+         "export the settings of a display to a property list",
+         "Without FILE, or if FILE is \"-\", writes to standard output. FILE can be a pipe.\n",
          1,
          2,
          {}},
         {Id::Import,
          "import",
          "DEVICE [FILE] [--force]",
-         "bring a connected display to the settings of a property list",
-         "Without a FILE, or with \"-\", from standard input; a FILE may be a pipe. Everything is checked before "
-         "anything\n"
-         "is sent to the driver, which stores it; no settings file is written. Prints the keys whose values were\n"
-         "others before, one to a line. A gesture list that the settings window would not make, with unknown gestures\n"
-         "or actions, or with some that are there twice or collide, is refused, but with --force.\n",
+         "apply the settings in a property list to a connected display",
+         "Without FILE, or if FILE is \"-\", reads standard input. FILE can be a pipe. Checks everything before "
+         "sending\n"
+         "anything to the driver, which saves it; this command writes no settings file. Prints the keys whose values\n"
+         "changed, one per line. Without --force, refuses a gesture list that the settings window would not produce:\n"
+         "one with unknown, duplicate or conflicting gestures or actions.\n",
          1,
          2,
          {kForceOption}},
@@ -155,38 +160,45 @@ const std::vector<Command>& commands() {
          "driver",
          "on|off",
          "switch the driver on or off",
-         "A driver that is switched off leaves the displays to the desktop, as plain touch screens.\n",
+         "While the driver is off, the displays work as plain touchscreens.\n",
          1,
          1,
          {}},
         {Id::Record,
          "record",
          "DEVICE [FILE]",
-         "record what fingers do on a connected display, until Ctrl-C",
-         "The driver makes the FILE, which must not be there yet: what the display reports and what comes of it, by "
-         "the\nsettings of the moment. Ctrl-C or SIGTERM ends it. Without a FILE, ends a recording that was left "
-         "behind.\n",
+         "record the touches on a connected display until Ctrl+C",
+         "The driver creates FILE, which must not exist yet, and writes to it what the display reports and what "
+         "becomes\n"
+         "of it with the current settings. Ctrl+C or SIGTERM stops the recording. Without FILE, stops a recording "
+         "that\n"
+         "was left running.\n",
          1,
          2,
          {}},
         {Id::Actions,
          "actions",
          "[DEVICE | set GESTURE ACTION | reset [GESTURE]] [--json]",
-         "what gestures do on this desktop, or change that",
-         "One line for each gesture: on or off, the fingers that make it, what it does and how, and the file that "
-         "says\n"
-         "so; without a DEVICE for the first that is connected. \"set\" has a gesture do something else on this\n"
-         "desktop, from the next finger on, \"reset\" what it did before, or all of them. FullScreenApps and\n"
-         "SwipeBetweenPages may have \"left\" or \"right\" before the ACTION, for the way the fingers go.\n"
+         "show or change what gestures do on this desktop",
+         "Prints one line per gesture: whether it is on, the fingers that make it, what it does and how, and the file\n"
+         "that defines this. Without DEVICE, prints those of the first connected display. \"set\" assigns another "
+         "action\n"
+         "to a gesture on this desktop, from the next touch on. \"reset\" restores the original action of one gesture "
+         "or\n"
+         "of all. For FullScreenApps and SwipeBetweenPages, put \"left\" or \"right\" before ACTION to change only "
+         "that\n"
+         "direction of the fingers.\n"
          "\n"
          "ACTION:\n"
-         "  nothing                                 nothing at all\n"
-         "  fingers [NUMBER]                        what the desktop does with as many fingers on a touchpad\n"
-         "  keys KEY[+KEY]...                       the keys of a chord, at most four, such as Control+Alt+Left\n"
-         "  right-click                             the right button, where the fingers are\n"
+         "  nothing                                 do nothing\n"
+         "  fingers [NUMBER]                        what the desktop does with this many fingers on a touchpad\n"
+         "  keys KEY[+KEY]...                       a keyboard shortcut of up to four keys, such as\n"
+         "                                          Control+Alt+Left\n"
+         "  right-click                             a right click where the fingers are\n"
          "  call SERVICE PATH INTERFACE METHOD [ARGUMENT...]\n"
-         "                                          a call on the session bus; an ARGUMENT is a text, or as dbus-send\n"
-         "                                          takes it: string:TEXT, int32:NUMBER, double:NUMBER, boolean:true\n",
+         "                                          a call on the session bus; an ARGUMENT is plain text, or typed as\n"
+         "                                          for dbus-send: string:TEXT, int32:NUMBER, double:NUMBER, "
+         "boolean:true\n",
          0,
          kAnyNumber,
          {kJsonOption}},
@@ -194,28 +206,29 @@ const std::vector<Command>& commands() {
          "calibrate",
          "DEVICE [--precise]",
          "correct where touches on a connected display land",
-         "Shows crosses on the display to be touched, four or with --precise nine, and one more to confirm; Escape,\n"
-         "or no touch for 20 seconds, leaves everything as it was. Succeeds when the calibration was stored.\n",
+         "Shows four crosses to touch on the display (nine with --precise), and one more to confirm. To leave "
+         "everything\n"
+         "as it was, press Escape or touch nothing for 20 seconds. Succeeds if the calibration was saved.\n",
          1,
          1,
          {kPreciseOption}},
         {Id::Watch,
          "watch",
          "",
-         "print the messages between pane, driver and utility as they pass",
-         "One line of JSON for each message, for each port that is open, and for each that opens or closes later, "
-         "until\n"
-         "Ctrl-C or SIGTERM, which end it with status 0. Nothing is sent.\n",
+         "print messages between pane, driver and utility live",
+         "Prints one line of JSON for each message, for each open port, and for each port that opens or closes later.\n"
+         "Ctrl+C or SIGTERM stops it with exit status 0. Sends nothing.\n",
          0,
          0,
          {}},
         {Id::Doctor,
          "doctor",
          "",
-         "report on versions, bus, ports, touch displays, files and permissions",
-         "Names the fix for each thing that is wrong. There is nothing private in the report: displays are numbered "
-         "in\n"
-         "the order of \"list\", and no user, machine or display is named.\n",
+         "diagnose problems and suggest fixes",
+         "Checks versions, the bus, ports, touch displays, files and permissions, and suggests a fix for each "
+         "problem.\n"
+         "The report contains nothing private: it does not name the user, the computer or the displays, which are\n"
+         "numbered in the order of \"list\".\n",
          0,
          0,
          {}},
@@ -223,7 +236,7 @@ const std::vector<Command>& commands() {
          "complete",
          "[WORD...]",
          "",
-         "Prints what may follow these words of a command line, for shells; with --options before them, options.\n",
+         "Prints what can follow these words on a command line, for shell completion; after --options, the options.\n",
          0,
          kAnyNumber,
          {}},
@@ -238,12 +251,12 @@ const Command* commandNamed(std::string_view name) {
 
 const std::vector<StatusText>& statusTexts() {
     static const std::vector<StatusText> texts{
-        {Status::Success, "done"},
-        {Status::Failure, "a failure, such as a file that cannot be read, is damaged or does not fit"},
-        {Status::Usage, "a command, option, key or value that does not exist, or too many or too few words"},
-        {Status::NoDriver, "no driver runs, it does not answer, it is switched off, or there is no session bus"},
-        {Status::NoDevice, "a display that is not known or not connected"},
-        {Status::Findings, "doctor found something to mend"},
+        {Status::Success, "success"},
+        {Status::Failure, "a failure, such as a file that is unreadable, damaged or invalid"},
+        {Status::Usage, "a usage error: an unknown command, option, key or value, or the wrong number of arguments"},
+        {Status::NoDriver, "the driver is not running, does not answer or is switched off, or there is no session bus"},
+        {Status::NoDevice, "the display is unknown or not connected"},
+        {Status::Findings, "doctor found problems"},
     };
     return texts;
 }
@@ -260,20 +273,19 @@ Invocation parseCommandLine(const Words& arguments) {
             takesOptions = false;
         } else if (takesOptions && !isAsked && isOption(argument)) {
             if (!takeOption(argument, invocation)) {
-                throw Failure(Status::Usage, "there is no option " + argument +
-                                                 "; see --help. A display or file of such a "
-                                                 "name follows \"--\"");
+                throw Failure(Status::Usage, "unknown option " + argument +
+                                                 "; see --help. Put \"--\" before the name of a "
+                                                 "display or file that looks like an option");
             }
         } else if (invocation.command) {
             invocation.words.push_back(argument);
         } else {
             invocation.command = commandNamed(argument);
-            if (!invocation.command)
-                throw Failure(Status::Usage, "there is no command \"" + argument + "\"; see --help");
+            if (!invocation.command) throw Failure(Status::Usage, "unknown command \"" + argument + "\"; see --help");
         }
     }
     if (invocation.help || invocation.version) return invocation;
-    if (!invocation.command) throw Failure(Status::Usage, "a command is missing; see --help");
+    if (!invocation.command) throw Failure(Status::Usage, "missing command; see --help");
     checkWords(invocation);
     return invocation;
 }
@@ -284,16 +296,17 @@ std::string helpText(const Command* command) {
         if (command->id == Command::Id::Set || command->id == Command::Id::Get) text += keysText();
         return text + statusesText();
     }
-    std::string text = "Usage: kelvo-touchctl COMMAND [WORD...]\n\nThe settings of touch displays, for scripts.\n\n";
+    std::string text = "Usage: kelvo-touchctl COMMAND [ARGUMENT...]\n\nView and change the settings of touch displays "
+                       "from scripts.\n\n";
     for (const Command& each : commands()) {
         if (each.summary.empty()) continue;
         text += "  " + padded(std::string(each.name) + " " + std::string(each.synopsis), kSummaryColumn) +
                 std::string(each.summary) + "\n";
     }
-    text += "  " + padded("COMMAND --help", kSummaryColumn) + "what the command takes\n";
-    text += "  " + padded("--help, -h, --version", kSummaryColumn) + "print this, or the version\n";
-    text += "  " + padded("--", kSummaryColumn) + "what follows is no option, whatever it begins with\n";
-    text += "\nA DEVICE is a display as \"list\" names it, in every character.\n";
+    text += "  " + padded("COMMAND --help", kSummaryColumn) + "show help for a command\n";
+    text += "  " + padded("--help, -h, --version", kSummaryColumn) + "show this help, or the version\n";
+    text += "  " + padded("--", kSummaryColumn) + "end of options\n";
+    text += "\nDEVICE is the exact name of a display as printed by \"list\".\n";
     return text + keysText() + statusesText();
 }
 

@@ -44,7 +44,7 @@ void print(const std::string& text) { std::cout << text << '\n'; }
 /// A line that somebody waits for.
 void printNow(const std::string& line) {
     std::cout << line << std::endl;
-    if (!std::cout) throw Failure(Status::Failure, "the output cannot be written; see where it goes");
+    if (!std::cout) throw Failure(Status::Failure, "cannot write to standard output; check where it is redirected");
 }
 
 // Sending
@@ -58,11 +58,11 @@ void chooseDisplay(const std::string& name) {
             throw Failure(Status::NoDriver, kStartTheDriver);
         }
         throw Failure(Status::NoDevice,
-                      "\"" + withVisibleControlCharacters(name) + "\" is not connected; connect it, then try again");
+                      "\"" + withVisibleControlCharacters(name) + "\" is not connected; connect it and try again");
     }
     if (!isDriverSwitchedOn()) {
         throw Failure(Status::NoDriver,
-                      "the driver is switched off; switch it on with \"kelvo-touchctl driver on\", then try again");
+                      "the driver is switched off; switch it on with \"kelvo-touchctl driver on\" and try again");
     }
     setModelType(name);
 }
@@ -81,7 +81,7 @@ void checkArrival(const ReportingPorts& ports) {
     case CFMessagePortStatus::Success:
         break;
     }
-    throw Failure(Status::NoDriver, "the driver refused the message; see that it is one for this version");
+    throw Failure(Status::NoDriver, "the driver refused the message; make sure that its version matches");
 }
 
 /// Whether the settings file holds what was sent.
@@ -101,7 +101,7 @@ void awaitStoring(const NSMutableDictionary& payload) {
         if (isStored(payload)) return;
         platform::CFRunLoop::getCurrent().runUntil([] { return false; }, kSecondsBetweenLooks);
     }
-    std::cerr << "kelvo-touchctl: note: the driver took the change but has not stored it in the display's settings\n";
+    std::cerr << "kelvo-touchctl: note: the driver accepted the change but has not saved it yet\n";
 }
 
 /// Whoever receives a message reads it by the rules by which it is read here.
@@ -109,9 +109,8 @@ void checkThatItFits(const Message& message) {
     platform::Value payload = message.payload;
     const auto data = Helpers::NSDate::dataWithContentsOfDictionary(payload);
     if (data && Helpers::NSMutableDictionary::dictionaryWithContentsOfData(*data)) return;
-    throw Failure(Status::Failure,
-                  "the settings do not fit into a message, which holds 1 MiB and 64 levels of nesting; "
-                  "make the gesture list shorter");
+    throw Failure(Status::Failure, "the settings are too large for one message (at most 1 MiB, nested 64 levels deep); "
+                                   "shorten the gesture list");
 }
 
 /// What a person could not have made in the window is a slip, unless it is sent on purpose.
@@ -119,8 +118,8 @@ void checkGestures(const Message& message, const NSMutableDictionary& stored) {
     const auto oddities = odditiesOf(message.payload.objectForKey(keys::gestureArray).array(),
                                      stored.objectForKey(keys::gestureArray).array());
     if (oddities.empty()) return;
-    throw Failure(Status::Failure,
-                  withVisibleControlCharacters(oddities.front()) + "; mend the list, or send it with --force");
+    throw Failure(Status::Failure, withVisibleControlCharacters(oddities.front()) +
+                                       "; correct the list, or send it anyway with --force");
 }
 
 void send(const Message& message, const ReportingPorts& ports) {
@@ -136,8 +135,7 @@ void noteWindowThatMayUndo(const std::string& name) {
         return;
     if (!isPerhapsShown(name) || answerOfPort(kPreferencePortName) == PortAnswer::NotRunning) return;
     std::cerr
-        << "kelvo-touchctl: note: a settings window is open and may undo this with what it shows; turn to another "
-           "page there and back\n";
+        << "kelvo-touchctl: note: an open settings window may undo this change; switch it to another page and back\n";
 }
 
 // Showing
@@ -147,7 +145,7 @@ NSMutableDictionary existingSettingsOf(const std::string& name) {
     if (!settings) {
         throw Failure(Status::Failure,
                       "\"" + withVisibleControlCharacters(name) +
-                          "\" has no settings yet; the driver makes them when the display is connected");
+                          "\" has no settings yet; the driver creates them when the display is connected");
     }
     return settings;
 }
@@ -232,14 +230,14 @@ Shown shownValue(const std::string& name, const NSMutableDictionary& settings) {
     }
     std::string names;
     for (const std::string& each : namesOfValues()) names += (names.empty() ? "" : ", ") + each;
-    throw Failure(Status::Usage, "there is no single value \"" + name + "\"; there are " + names);
+    throw Failure(Status::Usage, "unknown key \"" + name + "\"; the keys are " + names);
 }
 
 Status get(const Words& words) {
     const Shown shown = shownValue(words[1], existingSettingsOf(displayNamed(words[0]).name));
     if (shown.state != Shown::State::Fit) {
         throw Failure(Status::Failure, words[1] +
-                                           (shown.state == Shown::State::NotSet ? " is not set" : " does not fit") +
+                                           (shown.state == Shown::State::NotSet ? " is not set" : " is invalid") +
                                            " in the settings of this display");
     }
     print(withVisibleControlCharacters(shown.words));
@@ -313,8 +311,8 @@ Status exportProfile(const Words& words) {
     try {
         profile = profileOf(settings);
     } catch (const Failure& failure) {
-        throw Failure(Status::Failure, "the settings of this display do not fit: " + std::string(failure.what()) +
-                                           "; set them anew with \"set\"");
+        throw Failure(Status::Failure, "the settings of this display are invalid: " + std::string(failure.what()) +
+                                           "; set them again with \"set\"");
     }
     const auto data = platform::PropertyLists::current().createXMLData(profile);
     if (!data) throw Failure(Status::Failure, "the settings of this display cannot be written as a property list");
@@ -324,7 +322,7 @@ Status exportProfile(const Words& words) {
 
 Status switchDriver(const Words& words) {
     if (words[0] != "on" && words[0] != "off") {
-        throw Failure(Status::Usage, "driver is on or off, not \"" + words[0] + "\"");
+        throw Failure(Status::Usage, "driver takes on or off, not \"" + words[0] + "\"");
     }
     performAtDriver({words[0] == "on" ? "enable" : "disable"});
     return Status::Success;
@@ -343,8 +341,8 @@ Status calibrate(const Invocation& invocation) {
     if (invocation.has(kPreciseOption)) arguments.push_back(precise.data());
     arguments.insert(arguments.end(), {end.data(), display.data(), nullptr});
     execv(program.c_str(), arguments.data());
-    throw Failure(Status::Failure, "the calibration tool " + shownPath(application) + " cannot be started (" +
-                                       std::string(std::strerror(errno)) + "); install kelvo-touch-display again");
+    throw Failure(Status::Failure, "cannot start the calibration tool " + shownPath(application) + " (" +
+                                       std::string(std::strerror(errno)) + "); reinstall kelvo-touch-display");
 }
 
 // Looking on
@@ -352,7 +350,7 @@ Status calibrate(const Invocation& invocation) {
 /// The driver has another folder than who asks it to write there.
 std::string wholePathOf(const std::string& file) {
     if (file.empty() || file == "-") {
-        throw Failure(Status::Usage, "the driver records into a file of its own making; name a file");
+        throw Failure(Status::Usage, "the driver creates the recording itself and needs a file name");
     }
     return std::filesystem::absolute(file).lexically_normal().string();
 }
@@ -363,18 +361,17 @@ void awaitEndOfRecording(platform::CFRunLoop& loop, const DriverPresence& driver
     loop.runUntil([&] { return isEnded || driver.state() != DriverPresence::State::Running; }, kForever);
     if (isEnded) return;
     if (driver.state() == DriverPresence::State::Ended) {
-        throw Failure(Status::NoDriver, "the driver ended, and the recording with it; it may lack its last moments");
+        throw Failure(Status::NoDriver, "the driver quit, which ended the recording; its last moments may be missing");
     }
     throw Failure(Status::Failure,
-                  "the session bus went away; when it is back, end the recording with \"kelvo-touchctl record\" and "
-                  "the display");
+                  "lost the session bus; when it is back, stop the recording with \"kelvo-touchctl record DEVICE\"");
 }
 
 void endRecording(const std::string& name) {
     try {
         performAtDriver({"record", name});
     } catch (const Failure& failure) {
-        throw Failure(failure.status(), "the recording is not complete: " + std::string(failure.what()));
+        throw Failure(failure.status(), "the recording is incomplete: " + std::string(failure.what()));
     }
 }
 
@@ -389,7 +386,7 @@ Status record(PollRunLoop& loop, const Words& words) {
     const TerminationSignals signals(loop, [&] { isEnded = true; });
     const DriverPresence driver(loop);
     performAtDriver({"record", words[0], file});
-    printNow("recording into " + withVisibleControlCharacters(file) + " until Ctrl-C");
+    printNow("recording to " + withVisibleControlCharacters(file) + "; press Ctrl+C to stop");
     awaitEndOfRecording(loop, driver, isEnded);
     endRecording(words[0]);
     print(withVisibleControlCharacters(file) + " is complete");
@@ -417,7 +414,7 @@ Status watch(PollRunLoop& loop) {
     if (!messages) throw Failure(Status::NoDriver, kNoBus);
     loop.run();
     if (failure) throw Failure(*failure);
-    if (isBusLost) throw Failure(Status::Failure, "the session bus went away; start again when it is back");
+    if (isBusLost) throw Failure(Status::Failure, "lost the session bus; run this again when it is back");
     return Status::Success;
 }
 

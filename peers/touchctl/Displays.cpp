@@ -29,8 +29,8 @@ NSMutableDictionary contentsOf(const std::string& path) {
     if (complaint.empty()) return file.contents;
     const bool isForbidden = file.state == StoredFile::State::Unreadable;
     throw Failure(Status::Failure, shownPath(path) + " " + complaint +
-                                       (isForbidden ? "; see whose it is and who may read it"
-                                                    : "; repair it, or remove it and start the driver again"));
+                                       (isForbidden ? "; check its owner and permissions"
+                                                    : "; repair it, or remove it and restart the driver"));
 }
 
 std::vector<std::string> connectedNames() {
@@ -56,7 +56,7 @@ std::vector<std::string> namesWithSettings() {
     const std::string folder = getPreferenceFolderPath();
     if (const auto reason = reasonAgainstListing(folder)) {
         throw Failure(Status::Failure, "the folder " + shownPath(folder) + " cannot be read (" + *reason +
-                                           "); see whose it is and who may read it");
+                                           "); check its owner and permissions");
     }
     (void)NSFileManager::defaultManager().visitDirectoryAtPath(folder, visit);
     std::sort(names.begin(), names.end());
@@ -85,9 +85,9 @@ Display displayNamed(const std::string& name) {
     std::string known;
     for (const Display& display : displays)
         known += (known.empty() ? "\"" : ", \"") + withVisibleControlCharacters(display.name) + "\"";
-    throw Failure(Status::NoDevice,
-                  "there is no display \"" + withVisibleControlCharacters(name) + "\"; " +
-                      (known.empty() ? "none is known yet: connect one and start its driver" : "known are " + known));
+    throw Failure(Status::NoDevice, "there is no display \"" + withVisibleControlCharacters(name) + "\"; " +
+                                        (known.empty() ? "no display is known yet: connect one and start its driver"
+                                                       : "known displays: " + known));
 }
 
 bool isPerhapsShown(const std::string& name) {
@@ -105,8 +105,8 @@ NSMutableDictionary settingsToChange(const std::string& name) {
     auto settings = settingsOf(name);
     const std::string folder = getPreferenceFolderPath();
     if (const auto reason = reasonAgainstWriting(folder)) {
-        throw Failure(Status::Failure, "the folder " + shownPath(folder) + " cannot be written (" + *reason +
-                                           "); see whose it is and who may write it");
+        throw Failure(Status::Failure, "the folder " + shownPath(folder) + " cannot be written to (" + *reason +
+                                           "); check its owner and permissions");
     }
     return settings;
 }

@@ -41,7 +41,7 @@ struct ProductFile {
     std::string place;
 };
 
-constexpr char kRestartTheDriver[] = "end the driver and start it again";
+constexpr char kRestartTheDriver[] = "restart the driver";
 
 /// The driver writes a file that is gone when it starts, and the displays into the list.
 std::string removalOf(const ProductFile& file) { return "rm " + file.place + ", then " + kRestartTheDriver; }
@@ -66,8 +66,8 @@ void reportVersions(Report& report, const std::string& panePath) {
         (void)BundleDirectory::open(panePath);
         report.fine("the settings pane is installed");
     } catch (const std::exception&) {
-        report.problem("the settings pane is missing or damaged beside this program",
-                       "install Kelvo Touch Display again");
+        report.problem("the settings pane that belongs to this program is missing or damaged",
+                       "reinstall Kelvo Touch Display");
     }
     const std::string utility = NSFileManager::defaultManager().localLibraryDirectory() +
                                 utilitiesAppInStatusBarFullPath().substr(std::string("/Library").size());
@@ -85,8 +85,8 @@ bool reportBus(Report& report) {
         return true;
     }
     report.problem("there is no session bus, or it does not answer",
-                   "run this in the session of the display's user, or set DBUS_SESSION_BUS_ADDRESS to that session's "
-                   "(mostly unix:path=/run/user/$(id -u)/bus)");
+                   "run this in the session of the display's user, or set DBUS_SESSION_BUS_ADDRESS to the bus of that "
+                   "session (usually unix:path=/run/user/$(id -u)/bus)");
     return false;
 }
 
@@ -97,10 +97,10 @@ PortAnswer reportDriver(Report& report) {
         report.fine("the driver answers");
         break;
     case PortAnswer::NotRunning:
-        report.problem("no driver runs: changes of settings have no effect", "start the driver of the display");
+        report.problem("no driver is running, so changes have no effect", "start the driver");
         break;
     case PortAnswer::NotAnswering:
-        report.problem("the driver runs but does not answer: changes of settings have no effect", kRestartTheDriver);
+        report.problem("the driver is running but does not answer, so changes have no effect", kRestartTheDriver);
         break;
     }
     return answer;
@@ -112,10 +112,10 @@ void reportOtherPort(Report& report, const char* port, const std::string& owner)
         report.fine(owner + " answers");
         break;
     case PortAnswer::NotRunning:
-        report.note(owner + " does not run");
+        report.note(owner + " is not running");
         break;
     case PortAnswer::NotAnswering:
-        report.problem(owner + " runs but does not answer", "end it and start it again");
+        report.problem(owner + " is running but does not answer", "restart it");
         break;
     }
 }
@@ -133,7 +133,7 @@ bool reportPermissions(Report& report, const ProductFile& file) {
     const bool isFolder = S_ISDIR(status.st_mode);
     const unsigned needed = isFolder ? S_IRWXU : S_IRUSR | S_IWUSR;
     if ((status.st_mode & needed) != needed) {
-        report.problem(file.title + " cannot be read and written by its owner",
+        report.problem(file.title + " is not readable and writable by its owner",
                        std::string("chmod u+rw") + (isFolder ? "x " : " ") + file.place);
     }
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
@@ -150,12 +150,12 @@ NSMutableDictionary reportFile(Report& report, const ProductFile& file) {
     case StoredFile::State::Readable:
         break;
     case StoredFile::State::Missing:
-        report.note(file.title + " is not there: the pane or the driver makes it");
+        report.note(file.title + " does not exist yet; the pane or the driver creates it");
         break;
     case StoredFile::State::Unreadable:
         // Of what the owner and the mode explain, enough is said.
         if (isOwnersAlone) {
-            report.problem(file.title + " " + stored.complaint(), "see what is there: ls -ld " + file.place);
+            report.problem(file.title + " " + stored.complaint(), "check what is there: ls -ld " + file.place);
         }
         break;
     case StoredFile::State::TooLarge:
@@ -181,21 +181,22 @@ void reportUtilities(Report& report, const NSMutableDictionary& utilities, const
         Kind{keys::currentDeviceType, Value::Kind::Array, "a list of names"},
         Kind{keys::driverEnable, Value::Kind::Boolean, "true or false"},
         Kind{keys::isShowStatuMenu, Value::Kind::Boolean, "true or false"},
-        Kind{keys::selectDeviceName, Value::Kind::String, "a text"},
+        Kind{keys::selectDeviceName, Value::Kind::String, "a string"},
         Kind{keys::selectedMenuItem, Value::Kind::Integer, "a whole number"},
         Kind{keys::verboseLog, Value::Kind::Boolean, "true or false"},
     };
     const int before = report.problems();
-    const std::string fix = "remove the file, which is made anew: " + removalOf(file);
+    const std::string fix = "remove the file; the driver creates it again: " + removalOf(file);
     for (const Kind& each : kKinds) {
         const Value value = utilities.objectForKey(each.key);
         if (value && value.kind() != each.kind) {
-            report.problem(std::string(each.key) + " in " + file.title + " is to be " + each.text, fix);
+            report.problem(std::string(each.key) + " in " + file.title + " must be " + each.text, fix);
         }
     }
     const auto names = utilities.objectForKey(keys::currentDeviceType).array();
     if (!std::ranges::all_of(names.objects(), isNameOfDisplay)) {
-        report.problem(std::string(keys::currentDeviceType) + " in " + file.title + " holds what is no display's name",
+        report.problem(std::string(keys::currentDeviceType) + " in " + file.title +
+                           " contains something that is not a display name",
                        fix);
     }
     if (report.problems() == before) report.fine(file.title);
@@ -206,14 +207,14 @@ void reportUtilities(Report& report, const NSMutableDictionary& utilities, const
 void reportDisplay(Report& report, const Display& display, std::size_t number) {
     const std::string title = "display " + std::to_string(number) + (display.isConnected ? "" : " (not connected)");
     const ProductFile file{getSettingsFilePath(display.name), "the settings file of " + title,
-                           "\"$HOME/Library/Preferences/KelvoTouchDisplay/Settings_NAME.plist\", where NAME stands on "
+                           "\"$HOME/Library/Preferences/KelvoTouchDisplay/Settings_NAME.plist\", where NAME is on "
                            "line " +
                                std::to_string(number) + " of kelvo-touchctl list"};
     const auto settings = reportFile(report, file);
     if (!settings) return;
     const std::vector<std::string> faults = faultsIn(settings);
     for (const std::string& fault : faults) {
-        report.problem(std::string(title).append(": ").append(fault), "set it anew with kelvo-touchctl set");
+        report.problem(std::string(title).append(": ").append(fault), "set it again with kelvo-touchctl set");
     }
     const auto version = settings.objectForKey(keys::driverVersion).string();
     if (faults.empty()) {
@@ -228,23 +229,23 @@ bool reportFolder(Report& report, const ProductFile& folder) {
     if (::stat(folder.path.c_str(), &status) != 0) {
         if (reason) {
             report.problem(folder.title + " cannot be read (" + *reason + ")",
-                           "see which folder above it is closed: namei -l " + folder.place);
+                           "check which parent folder denies access: namei -l " + folder.place);
         } else {
-            report.note(folder.title + " is not there: the pane or the driver makes it when it first starts");
+            report.note(folder.title + " does not exist yet; the pane or the driver creates it");
         }
         return false;
     }
     if (!S_ISDIR(status.st_mode)) {
-        report.problem(shownPath(folder.path) + " is no folder", "remove it: " + removalOf(folder));
+        report.problem(shownPath(folder.path) + " is not a folder", "remove it: " + removalOf(folder));
         return false;
     }
     const auto writingReason = reasonAgainstWriting(folder.path);
     if (reportPermissions(report, folder)) {
-        const std::string fix = "see what is there: ls -ld " + folder.place;
+        const std::string fix = "check what is there: ls -ld " + folder.place;
         if (reason) {
             report.problem(folder.title + " cannot be read (" + *reason + ")", fix);
         } else if (writingReason) {
-            report.problem(folder.title + " cannot be written (" + *writingReason + ")", fix);
+            report.problem(folder.title + " cannot be written to (" + *writingReason + ")", fix);
         }
     }
     return !reason;
@@ -299,8 +300,8 @@ Status writeReport(std::ostream& out, const std::string& panePath) {
     reportFiles(report, driver);
     const int problems = report.problems();
     out << '\n'
-        << (problems == 0 ? "Nothing is to be mended."
-                          : std::to_string(problems) + (problems == 1 ? " thing is" : " things are") + " to be mended.")
+        << (problems == 0 ? "No problems found."
+                          : std::to_string(problems) + (problems == 1 ? " problem" : " problems") + " found.")
         << '\n';
     return problems == 0 ? Status::Success : Status::Findings;
 }

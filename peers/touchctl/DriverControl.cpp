@@ -18,7 +18,7 @@ void performAtDriver(const Words& words) {
         throw Failure(Status::NoDriver, kNoBus);
     case Outcome::NotRunning:
         if (answerOfPort(kTouchDisplayDriverPortName) != PortAnswer::NotRunning) {
-            throw Failure(Status::NoDriver, "the driver that runs takes no commands; see its own documentation");
+            throw Failure(Status::NoDriver, "the running driver takes no commands; see its documentation");
         }
         throw Failure(Status::NoDriver, kStartTheDriver);
     case Outcome::NotAnswering:

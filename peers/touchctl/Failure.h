@@ -13,9 +13,9 @@ enum class Status { Success = 0, Failure = 1, Usage = 2, NoDriver = 3, NoDevice 
 
 // What keeps several commands from the driver.
 inline constexpr char kNoBus[] = "there is no session bus, or it does not answer; run this in the session of the "
-                                 "display's user, or set DBUS_SESSION_BUS_ADDRESS to that session's";
-inline constexpr char kStartTheDriver[] = "no driver runs; start the driver of the display, then try again";
-inline constexpr char kDriverDoesNotAnswer[] = "the driver does not answer; end it, start it again, then try again";
+                                 "display's user, or set DBUS_SESSION_BUS_ADDRESS to the bus of that session";
+inline constexpr char kStartTheDriver[] = "no driver is running; start the driver and try again";
+inline constexpr char kDriverDoesNotAnswer[] = "the driver does not answer; restart it and try again";
 
 /// Ends the command; the text says what is wrong and what would be right.
 class Failure : public std::runtime_error {

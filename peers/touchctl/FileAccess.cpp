@@ -60,7 +60,7 @@ StoredFile diagnosed(const std::string& path) {
     if (!file) return {isAbsence(errno) ? State::Missing : State::Unreadable, {}, lastReason()};
     struct stat status {};
     if (::fstat(file.get(), &status) != 0) return {State::Unreadable, {}, lastReason()};
-    if (!S_ISREG(status.st_mode)) return {State::Unreadable, {}, "it is no file"};
+    if (!S_ISREG(status.st_mode)) return {State::Unreadable, {}, "not a regular file"};
     return {std::cmp_greater(status.st_size, kLargestFile) ? State::TooLarge : State::Damaged, {}, ""};
 }
 
@@ -121,7 +121,7 @@ std::optional<std::string> reasonAgainstWriting(const std::string& folder) {
 
 platform::NSData contentsOfInput(const std::string& path, std::size_t most) {
     const bool isStandard = path == "-";
-    const std::string title = isStandard ? "what came in" : '"' + withVisibleControlCharacters(path) + '"';
+    const std::string title = isStandard ? "standard input" : '"' + withVisibleControlCharacters(path) + '"';
     const Descriptor input(isStandard ? STDIN_FILENO : openedForReading(path));
     platform::NSData contents;
     std::array<std::uint8_t, 65536> buffer{};
@@ -129,14 +129,14 @@ platform::NSData contentsOfInput(const std::string& path, std::size_t most) {
         const ssize_t count =
             input ? uninterrupted([&] { return ::read(input.get(), buffer.data(), buffer.size()); }) : -1;
         if (count < 0) {
-            throw Failure(Status::Failure, title + " cannot be read (" + lastReason() +
-                                               "); name a file that exists and that you may read");
+            throw Failure(Status::Failure,
+                          title + " cannot be read (" + lastReason() + "); choose a file that you can read");
         }
         if (count == 0) return contents;
         contents.insert(contents.end(), buffer.begin(), buffer.begin() + count);
     }
     throw Failure(Status::Failure,
-                  title + " is too large; at most " + std::to_string(most / kBytesOfMebibyte) + " MiB are read");
+                  title + " is too large; the limit is " + std::to_string(most / kBytesOfMebibyte) + " MiB");
 }
 
 void writeToOutput(const std::string& path, std::span<const std::uint8_t> bytes) {
@@ -147,7 +147,7 @@ void writeToOutput(const std::string& path, std::span<const std::uint8_t> bytes)
     const bool isWritten = isStream(path) ? writeInto(path, bytes) : PosixFileManager().writeAtomically(path, bytes);
     if (isWritten) return;
     throw Failure(Status::Failure, "\"" + withVisibleControlCharacters(path) +
-                                       "\" cannot be written; name a file in a folder that you may write");
+                                       "\" cannot be written; choose a file in a folder that you can write to");
 }
 
 } // namespace kelvo::touchctl

@@ -67,7 +67,7 @@ const Row& rowNamed(const std::vector<Row>& rows, const std::string& name) {
     if (found != rows.end()) return *found;
     std::vector<std::string> names;
     std::transform(rows.begin(), rows.end(), std::back_inserter(names), nameOf);
-    throw Failure(Status::Usage, "there is no gesture \"" + name + "\"; there are " + listed(names));
+    throw Failure(Status::Usage, "there is no gesture \"" + name + "\"; the gestures are " + listed(names));
 }
 
 bool isSwitch(const std::string& deed) { return deed == "on" || deed == "off"; }
@@ -97,7 +97,7 @@ NSMutableArray gestureListOf(const NSMutableDictionary& settings) {
         return profile.objectForKey(keys::gestureArray).array();
     }
     NSMutableArray catalogue = gestureCatalogueForVersion(platform::Gestalt(platform::gestaltSystemVersion));
-    if (!catalogue) throw Failure(Status::Failure, "this system has no gestures; see KELVO_SYSTEM_VERSION");
+    if (!catalogue) throw Failure(Status::Failure, "this system version has no gestures; check KELVO_SYSTEM_VERSION");
     return catalogue;
 }
 

@@ -86,24 +86,24 @@ std::vector<std::string> odditiesOf(const NSMutableArray& list, const NSMutableA
     std::set<std::string> seen;
     for (const platform::Value& element : list.objects()) {
         const std::string name = nameOf(element.dictionary());
-        if (!seen.insert(name).second) oddities.push_back("the gesture \"" + name + "\" is there twice");
+        if (!seen.insert(name).second) oddities.push_back("duplicate gesture \"" + name + "\"");
         const auto gesture = known.find(name);
         if (gesture == known.end()) {
-            oddities.push_back("there is no gesture \"" + name + "\" here");
+            oddities.push_back("unknown gesture \"" + name + "\"");
             continue;
         }
         std::set<std::string> actions;
         for (const std::string& action : actionsOf(element.dictionary())) {
-            const std::string title = std::string("the action \"").append(action).append("\" of ").append(name);
-            if (!actions.insert(action).second) oddities.push_back(title + " is there twice");
-            if (!gesture->second.contains(action)) oddities.push_back(title + " is none here");
+            const std::string title = std::string("action \"").append(action).append("\" of ").append(name);
+            if (!actions.insert(action).second) oddities.push_back("duplicate " + title);
+            if (!gesture->second.contains(action)) oddities.push_back("unknown " + title);
         }
     }
     if (doPagesAndFullScreenCollide(list)) {
-        oddities.emplace_back("SwipeBetweenPages and FullScreenApps both take three fingers");
+        oddities.emplace_back("SwipeBetweenPages and FullScreenApps both use three fingers");
     }
     if (doMissionControlAndExposeDiffer(list)) {
-        oddities.emplace_back("MissionControl and AppExpos\u00e9 do not take the same number of fingers");
+        oddities.emplace_back("MissionControl and AppExpos\u00e9 do not use the same number of fingers");
     }
     return oddities;
 }

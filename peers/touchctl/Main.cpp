@@ -45,7 +45,8 @@ int main(int argc, char* argv[]) {
     kelvo::keepPlacesOfClosedStreams();
     try {
         const Status status = run({argv + std::min(argc, 1), argv + argc});
-        if (!std::cout.flush()) return fail(Status::Failure, "the output cannot be written; see where it goes");
+        if (!std::cout.flush())
+            return fail(Status::Failure, "cannot write to standard output; check where it is redirected");
         return static_cast<int>(status);
     } catch (const kelvo::touchctl::Failure& failure) {
         std::cout.flush();

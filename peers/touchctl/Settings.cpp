@@ -58,7 +58,7 @@ constexpr std::int32_t kDegreesOfRow = 90;
 // What the command line says.
 
 [[noreturn]] void refuse(const std::string& what, std::string_view right, const std::string& given) {
-    throw Failure(Status::Usage, what + " is " + std::string(right) + ", not \"" + given + "\"");
+    throw Failure(Status::Usage, what + " must be " + std::string(right) + ", not \"" + given + "\"");
 }
 
 double numberOf(const std::string& text, const std::string& what, const Bounds& bounds) {
@@ -85,19 +85,19 @@ double storedLongPress(const NSMutableDictionary& stored) {
 }
 
 Message doubleClickRate(const Words& words, const NSMutableDictionary& /*stored*/) {
-    checkCount(words, 1, 1, "double-click-rate takes one number of seconds");
+    checkCount(words, 1, 1, "double-click-rate takes a number of seconds");
     return {kMessageIDForDoubleClickRate,
             payloads::doubleClickRate(numberOf(words[0], "double-click-rate", kInterval))};
 }
 
 Message doubleClickRange(const Words& words, const NSMutableDictionary& /*stored*/) {
-    checkCount(words, 1, 1, "double-click-range takes one whole number");
+    checkCount(words, 1, 1, "double-click-range takes a whole number");
     const auto range = static_cast<std::int32_t>(numberOf(words[0], "double-click-range", kRange));
     return {kMessageIDForDoubleClickRange, payloads::doubleClickRange(range)};
 }
 
 Message rightClick(const Words& words, const NSMutableDictionary& stored) {
-    checkCount(words, 1, 2, "right-click takes on or off and, if it is to change, the seconds of a long press");
+    checkCount(words, 1, 2, "right-click takes on or off, and optionally the duration of a long press in seconds");
     if (words[0] != "on" && words[0] != "off") refuse("right-click", "on or off", words[0]);
     const double seconds =
         words.size() > 1 ? numberOf(words[1], "the long press", kLongPress) : storedLongPress(stored);
@@ -105,13 +105,13 @@ Message rightClick(const Words& words, const NSMutableDictionary& stored) {
 }
 
 Message longPress(const Words& words, const NSMutableDictionary& stored) {
-    checkCount(words, 1, 1, "long-press takes one number of seconds");
+    checkCount(words, 1, 1, "long-press takes a number of seconds");
     const bool isEnabled = rightClickIn(stored).objectForKey(keys::rightClickIsEnable).boolValue();
     return {kMessageIDForRightClick, payloads::rightClick(isEnabled, numberOf(words[0], "long-press", kLongPress))};
 }
 
 Message rotation(const Words& words, const NSMutableDictionary& /*stored*/) {
-    checkCount(words, 1, 1, "rotation takes one number of degrees");
+    checkCount(words, 1, 1, "rotation takes a number of degrees");
     for (std::int32_t row = 0; row <= static_cast<std::int32_t>(kRotateMode.most); ++row) {
         if (words[0] == std::to_string(row * kDegreesOfRow))
             return {kMessageIDForRotateMode, payloads::rotateMode(row)};
@@ -151,17 +151,17 @@ using Fault = std::runtime_error;
 double numberIn(const Value& value, const std::string& key, const Bounds& bounds) {
     const bool isNumber = value.kind() == Value::Kind::Integer || value.kind() == Value::Kind::UnsignedInteger ||
                           value.kind() == Value::Kind::Real;
-    if (!isNumber || !bounds.hold(value.doubleValue())) throw Fault(key + " is to be " + bounds.text());
+    if (!isNumber || !bounds.hold(value.doubleValue())) throw Fault(key + " must be " + bounds.text());
     return value.doubleValue();
 }
 
 bool booleanIn(const Value& value, const std::string& key) {
-    if (value.kind() != Value::Kind::Boolean) throw Fault(key + " is to be true or false");
+    if (value.kind() != Value::Kind::Boolean) throw Fault(key + " must be true or false");
     return value.boolValue();
 }
 
 NSMutableDictionary dictionaryIn(const Value& value, const std::string& key) {
-    if (!value.dictionary()) throw Fault(key + " is to be a dictionary");
+    if (!value.dictionary()) throw Fault(key + " must be a dictionary");
     return value.dictionary();
 }
 
@@ -209,16 +209,16 @@ Message calibrationMessage(const NSMutableDictionary& profile) {
 void checkRecord(const Value& element, const std::string& place) {
     const auto record = dictionaryIn(element, place);
     if (record.objectForKey(keys::name).string().value_or("").empty())
-        throw Fault("Name in " + place + " is to be a text");
+        throw Fault("Name in " + place + " must be a string");
     const NSMutableArray actions = record.objectForKey(keys::descriptor).array();
-    if (actions.count() == 0) throw Fault("Descriptor in " + place + " is to be a list of actions");
+    if (actions.count() == 0) throw Fault("Descriptor in " + place + " must be a list of actions");
     for (std::size_t i = 0; i < actions.count(); ++i) {
-        if (!actions.objectAtIndex(i).string()) throw Fault("Descriptor in " + place + " is to hold texts alone");
+        if (!actions.objectAtIndex(i).string()) throw Fault("Descriptor in " + place + " must contain only strings");
     }
     const Value index = record.objectForKey(keys::selectedIndex);
     if (index.kind() != Value::Kind::Integer || index.longLongValue() < 0 ||
         static_cast<std::uint64_t>(index.longLongValue()) >= actions.count()) {
-        throw Fault("SelectedIndex in " + place + " is to be the place of an action, from 0 to " +
+        throw Fault("SelectedIndex in " + place + " must be the index of an action, from 0 to " +
                     std::to_string(actions.count() - 1));
     }
     (void)booleanIn(record.objectForKey(keys::isEnable), "IsEnable in " + place);
@@ -227,7 +227,7 @@ void checkRecord(const Value& element, const std::string& place) {
 
 Message gesturesMessage(const NSMutableDictionary& profile) {
     const NSMutableArray list = profile.objectForKey(keys::gestureArray).array();
-    if (!list) throw Fault("GestureArray is to be a list of gesture records");
+    if (!list) throw Fault("GestureArray must be a list of gesture records");
     for (std::size_t i = 0; i < list.count(); ++i) {
         checkRecord(list.objectAtIndex(i), "gesture " + std::to_string(i + 1) + " of GestureArray");
     }
@@ -280,11 +280,11 @@ Message gesturesOfWords(const Words& words, const NSMutableDictionary& /*stored*
     checkCount(words, 1, 1, "gestures takes \"default\" or a file with a gesture list");
     if (words[0] == "default") {
         const NSMutableArray list = gestureCatalogueForVersion(platform::Gestalt(platform::gestaltSystemVersion));
-        if (!list) throw Failure(Status::Failure, "this system has no gestures; see KELVO_SYSTEM_VERSION");
+        if (!list) throw Failure(Status::Failure, "this system version has no gestures; check KELVO_SYSTEM_VERSION");
         return gestureMessage(list);
     }
     const NSMutableDictionary profile = profileIn(words[0]);
-    if (!kProfileParts.back().isIn(profile)) throw Failure(Status::Failure, words[0] + " holds no GestureArray");
+    if (!kProfileParts.back().isIn(profile)) throw Failure(Status::Failure, words[0] + " contains no GestureArray");
     return messageOfPart(kProfileParts.back(), profile);
 }
 
@@ -339,7 +339,7 @@ std::string Shown::text() const {
     case State::NotSet:
         return "(not set)";
     case State::Unfit:
-        return "(does not fit)";
+        return "(invalid)";
     case State::Fit:
         break;
     }
@@ -350,25 +350,25 @@ const std::vector<Key>& settingKeys() {
     static const std::vector<Key> settings{
         {"double-click-rate",
          "SECONDS",
-         "the time between the two clicks, " + kInterval.span(),
+         "the longest time between two clicks, " + kInterval.span(),
          {},
          doubleClickRate,
          [](const auto& stored) { return shownWithin(kInterval, stored.objectForKey(keys::doubleClickRate)); }},
         {"double-click-range",
          "NUMBER",
-         "how far apart the two clicks may be, a whole number, " + kRange.span(),
+         "the size of the area for both clicks, a whole number, " + kRange.span(),
          {},
          doubleClickRange,
          [](const auto& stored) { return shownWithin(kRange, stored.objectForKey(keys::doubleClickRange)); }},
         {"right-click",
          "on|off [SECONDS]",
-         "right click by a long press, and how long that is, " + kLongPress.span(),
+         "long press to right-click, and its duration, " + kLongPress.span(),
          {"on", "off"},
          rightClick,
          shownSwitch},
         {"long-press",
          "SECONDS",
-         "the time that makes a press long, " + kLongPress.span(),
+         "the duration of a long press, " + kLongPress.span(),
          {},
          longPress,
          [](const auto& stored) {
@@ -376,27 +376,26 @@ const std::vector<Key>& settingKeys() {
          }},
         {"rotation",
          "0|90|180|270",
-         "how far touch input is turned, in degrees",
+         "the rotation of touch input in degrees",
          {"0", "90", "180", "270"},
          rotation,
          shownRotation},
         {"calibration",
          "auto | manual WIDTH HEIGHT",
-         "automatic, or for an on-screen display of so many pixels, up to " + textOf(kWidth.most) + " by " +
-             textOf(kHeight.most),
+         "automatic, or for a picture size in pixels, up to " + textOf(kWidth.most) + " by " + textOf(kHeight.most),
          {"auto", "manual"},
          calibration,
          shownCalibration},
         {"finger",
          "touch|pointer",
-         "whether one finger is a touch, or the pointer with its button",
+         "whether one finger acts as a touch or moves the pointer",
          {"touch", "pointer"},
          nullptr,
          shownFinger,
          fingerCommand},
         {"gestures",
          "default|FILE",
-         "the whole gesture list: the system's own, or that of a property-list file",
+         "the gesture list: the default one, or that of a property list",
          {"default"},
          gesturesOfWords,
          nullptr},
@@ -419,7 +418,7 @@ const Key& settingKey(std::string_view name) {
         if (key.name == name) return key;
         names.append(names.empty() ? "" : ", ").append(key.name);
     }
-    throw Failure(Status::Usage, "there is no key \"" + std::string(name) + "\"; there are " + names);
+    throw Failure(Status::Usage, "unknown key \"" + std::string(name) + "\"; the keys are " + names);
 }
 
 NSMutableDictionary profileOf(const NSMutableDictionary& settings) {
@@ -441,13 +440,13 @@ std::vector<Message> messagesOfProfile(const NSMutableDictionary& profile) {
             }
         }
         throw Failure(Status::Failure,
-                      std::string("there is no setting \"").append(key).append("\"; there are ") + known);
+                      std::string("unknown setting \"").append(key).append("\"; the settings are ") + known);
     }
     std::vector<Message> messages;
     for (const ProfilePart& part : kProfileParts) {
         if (part.isIn(profile)) messages.push_back(messageOfPart(part, profile));
     }
-    if (messages.empty()) throw Failure(Status::Failure, "there are no settings in it");
+    if (messages.empty()) throw Failure(Status::Failure, "it contains no settings");
     return messages;
 }
 
@@ -468,8 +467,8 @@ NSMutableDictionary profileIn(const std::string& path) {
     const platform::NSData contents = contentsOfInput(path, kLargestProfile);
     auto profile = platform::PropertyLists::current().createFromFileData(contents).dictionary();
     if (!profile) {
-        throw Failure(Status::Failure, (path == "-" ? "what came in" : path) +
-                                           " is no property list with settings; make one with \"export\"");
+        throw Failure(Status::Failure, (path == "-" ? "standard input" : path) +
+                                           " is not a property list of settings; create one with \"export\"");
     }
     return profile;
 }

@@ -21,20 +21,20 @@ std::string joined(const std::vector<std::string>& words) {
 /// A reason ends with its fix, behind the last semicolon.
 std::pair<std::string, std::string> reasonAndFix(const std::string& reason) {
     const std::size_t end = reason.rfind("; ");
-    if (end == std::string::npos) return {reason, "see the driver's log: " + std::string(kLogOfDriver)};
+    if (end == std::string::npos) return {reason, "see the log of the driver: " + std::string(kLogOfDriver)};
     return {reason.substr(0, end), reason.substr(end + 2)};
 }
 
 void reportUnit(Report& report, const TouchHardware::Unit& unit) {
     const std::string fix =
-        "systemctl --user restart kelvo-touch-driver.service; what it said before is in " + std::string(kLogOfDriver);
+        "systemctl --user restart kelvo-touch-driver.service; for the reason, see " + std::string(kLogOfDriver);
     if (unit.result == "watchdog") {
-        report.problem("the driver hung, and its watchdog ended it", fix);
+        report.problem("the driver hung, and its watchdog stopped it", fix);
     } else if (unit.result != "success") {
         report.problem("the driver's unit failed (" + unit.result + ")", fix);
     } else if (unit.restarts > 0) {
-        report.note("the driver failed and was started again, " + std::to_string(unit.restarts) +
-                    (unit.restarts == 1 ? " time" : " times") + " since it was first started; why is in " +
+        report.note("the driver failed and was restarted, " + std::to_string(unit.restarts) +
+                    (unit.restarts == 1 ? " time" : " times") + " since its first start; for the reason, see " +
                     kLogOfDriver);
     }
 }
@@ -44,28 +44,30 @@ void reportWhoseTheScreensAre(Report& report, const Screens& screens) {
     for (const auto& screen : screens) {
         if (screen.isAtActiveSession || !seats.insert(screen.seat).second) continue;
         report.problem("this user's session is not the active one on " + screen.seat +
-                           ", where a touch display is plugged in: the driver cannot use that now",
-                       "sign in at the machine itself, or switch to that session there");
+                           ", where a touch display is plugged in, so the driver cannot use the display now",
+                       "log in at the computer itself, or switch to that session there");
     }
 }
 
 void reportWaysIn(Report& report, const TouchHardware& hardware) {
     if (!hardware.hasUinput) {
-        report.problem("the kernel has no uinput, by which the driver gives out what fingers mean",
-                       "sudo modprobe uinput; where that fails, use a kernel that was built with it");
+        report.problem("the kernel has no uinput, which the driver needs",
+                       "sudo modprobe uinput; if that fails, use a kernel that was built with it");
     }
     if (hardware.service == TouchHardware::Service::Installed) {
         report.fine("the service that opens displays is installed");
     } else if (std::ranges::all_of(*hardware.screens, &TouchHardware::Screen::isPermitted)) {
-        report.note("the service that opens displays is not there; this user may open them without it");
+        report.note("the service that opens displays is not installed; this user can open them without it");
     } else if (hardware.service == TouchHardware::Service::NoBus) {
-        report.problem("there is no system bus, or it does not answer: the driver cannot be given the display, which "
-                       "this user may not open",
-                       "sudo systemctl start dbus");
+        report.problem(
+            "there is no system bus, or it does not answer, so the driver cannot get the display, which this user "
+            "is not allowed to open",
+            "sudo systemctl start dbus");
     } else {
-        report.problem("the service kelvo-touch-devices is missing: the driver cannot be given the display, which this "
-                       "user may not open",
-                       "install the package kelvo-touch-driver again");
+        report.problem(
+            "the service kelvo-touch-devices is missing, so the driver cannot get the display, which this user is "
+            "not allowed to open",
+            "reinstall the package kelvo-touch-driver");
     }
 }
 
@@ -74,9 +76,9 @@ void reportGrab(Report& report, const Screens& screens) {
     for (const auto& screen : screens) users.insert(users.end(), screen.users.begin(), screen.users.end());
     std::ranges::sort(users);
     users.erase(std::unique(users.begin(), users.end()), users.end());
-    report.problem("another program has a touch display to itself" +
-                       (users.empty() ? "" : "; of those that can be seen, " + joined(users) + " read it"),
-                   std::string("end that program; sudo kelvo-touchctl doctor sees those of all users"));
+    report.problem("another program has exclusive access to a touch display" +
+                       (users.empty() ? "" : "; among the visible programs, these read it: " + joined(users)),
+                   std::string("quit that program; sudo kelvo-touchctl doctor sees the programs of all users"));
 }
 
 void reportWhatTheDriverSays(Report& report, const TouchHardware& hardware) {
@@ -89,16 +91,17 @@ void reportWhatTheDriverSays(Report& report, const TouchHardware& hardware) {
     };
     if (has("held by another program")) reportGrab(report, *hardware.screens);
     for (const auto& [name, command] : hardware.driver->slowDoubleClick) {
-        report.problem("a display is set to a slower double click than the desktop's, which decides",
-                       "make the display's quicker, or the desktop's slower: " + command);
+        report.problem("a display is set to a slower double-click than the desktop, whose setting wins",
+                       "make it faster, or slow down the desktop's double-click: " + command);
     }
-    if (has("inactive")) report.note("a display that the driver knows belongs to another session at the moment");
+    if (has("inactive")) report.note("a display that the driver knows currently belongs to another session");
 }
 
 void reportScreens(Report& report, const TouchHardware& hardware) {
     if (hardware.screens->empty()) {
         if (hardware.driver) {
-            report.problem("no touch display is found", "plug it in; if it is, see what the kernel says: sudo dmesg");
+            report.problem("no touch display is found",
+                           "plug it in; if it is plugged in, check the kernel log: sudo dmesg");
         } else {
             report.note("no touch display is plugged in");
         }
@@ -122,7 +125,7 @@ void reportTouchHardware(Report& report, const TouchHardware& hardware) {
     if (hardware.screens) {
         reportScreens(report, hardware);
     } else {
-        report.note("the system does not say which touch displays there are");
+        report.note("the system does not report which touch displays there are");
     }
     if (hardware.unit) reportUnit(report, *hardware.unit);
 }

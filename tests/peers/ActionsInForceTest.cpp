@@ -172,7 +172,8 @@ TEST_F(ActionsInForceTest, EachWayCanBeAnother) {
     EXPECT_EQ(does(actions, Gesture::FullScreenApps, Direction::Left).kind, Kind::Chord);
     EXPECT_EQ(does(actions, Gesture::FullScreenApps, Direction::Right).kind, Kind::Fingers);
     EXPECT_EQ(does(actions, Gesture::MissionControl).kind, Kind::Fingers);
-    EXPECT_THAT(actions.complaints(), ElementsAre(HasSubstr("MissionControl: it does not differ by left and right")));
+    EXPECT_THAT(actions.complaints(),
+                ElementsAre(HasSubstr("MissionControl: it has no separate actions for left and right")));
 }
 
 TEST_F(ActionsInForceTest, ADamagedFileReadsAsNothingAndIsReported) {
@@ -198,23 +199,23 @@ TEST_F(ActionsInForceTest, WhatCannotBeCountsForNothingAndTheRestCounts) {
     };
     const auto none = platform::NSMutableArray::arrayWithObjects();
     const std::vector<std::pair<platform::Value, std::string>> wrong{
-        {"text", "is to be a dictionary"},
+        {"text", "must be a dictionary"},
         {dictionaryOf({{"Jump", "Kind"}}), "its Kind"},
         {dictionaryOf({{3, "Kind"}}), "its Kind"},
         {dictionaryOf({{"Fingers", "Kind"}, {"3", "Fingers"}}), "a whole number"},
-        {fingers(5), "three and four fingers"},
-        {chord({}), "there is no key"},
+        {fingers(5), "three or four fingers"},
+        {chord({}), "the shortcut has no key"},
         {chord({"Q"}), "there is no key \"Q\""},
         {chord({7}), "there is no key"},
-        {chord({"Alt", "Alt"}), "twice"},
+        {chord({"Alt", "Alt"}), "occurs twice"},
         {chord({"Alt", "Shift", "Super", "F1", "F2"}), "at most four"},
-        {dictionaryOf({{"Chord", "Kind"}, {"Alt", "Keys"}}), "there is no key"},
-        {dictionaryOf({{"Call", "Kind"}}), "its Service is to be a text"},
+        {dictionaryOf({{"Chord", "Kind"}, {"Alt", "Keys"}}), "the shortcut has no key"},
+        {dictionaryOf({{"Call", "Kind"}}), "its Service must be a string"},
         {call("no name", "/", none), "Service"},
         {call("a.b", "no path", none), "Path"},
-        {call("a.b", "/", "text"), "to be a list"},
-        {call("a.b", "/", platform::NSMutableArray::arrayWithObjects({std::int64_t{1} << 40})), "32 bits"},
-        {call("a.b", "/", platform::NSMutableArray::arrayWithObjects({none})), "to be texts"},
+        {call("a.b", "/", "text"), "must be a list"},
+        {call("a.b", "/", platform::NSMutableArray::arrayWithObjects({std::int64_t{1} << 40})), "32-bit"},
+        {call("a.b", "/", platform::NSMutableArray::arrayWithObjects({none})), "must be strings"},
     };
     for (const auto& [value, reason] : wrong) {
         put(kelvo::userActionsPath(), dictionaryOf({{value, "MissionControl"}, {fingers(4), "ShowDesktop"}}));

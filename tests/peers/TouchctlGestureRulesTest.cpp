@@ -67,18 +67,17 @@ TEST_F(TouchctlGestureRules, NothingThatTheRowsMakeIsStrange) {
 TEST_F(TouchctlGestureRules, UnknownIsWhatNeitherTheSystemNorTheDisplayHas) {
     const NSMutableArray own = arrayOf({gesture("Own", {"OwnAction"}), gesture("Rotate", {"Twist"})});
     EXPECT_THAT(odditiesOf(own, own), IsEmpty());
-    EXPECT_THAT(odditiesOf(own, {}),
-                ElementsAre("there is no gesture \"Own\" here", "the action \"Twist\" of Rotate is none here"));
+    EXPECT_THAT(odditiesOf(own, {}), ElementsAre("unknown gesture \"Own\"", "unknown action \"Twist\" of Rotate"));
     platform_.systemVersion.version = 0x1074;
     EXPECT_THAT(odditiesOf(initGesturesInformationForMountainLion(), {}),
-                ElementsAre("there is no gesture \"NotificationCenter\" here"));
+                ElementsAre("unknown gesture \"NotificationCenter\""));
     EXPECT_THAT(odditiesOf(initGesturesInformationForMountainLion(), arrayOf({7})), SizeIs(1));
 }
 
 TEST_F(TouchctlGestureRules, EachOfTwoIsNamedOnce) {
     const NSMutableDictionary rotate = gesture("Rotate", {"RotateWithTwoFingers"});
     EXPECT_THAT(odditiesOf(arrayOf({rotate, rotate, gesture("Rotate", {"RotateWithTwoFingers"}, 0, false)}), {}),
-                ElementsAre("the gesture \"Rotate\" is there twice", "the gesture \"Rotate\" is there twice"));
+                ElementsAre("duplicate gesture \"Rotate\"", "duplicate gesture \"Rotate\""));
 }
 
 TEST_F(TouchctlGestureRules, CollidingGesturesAreStrangeUnlessTheyHaveNowhereToGo) {

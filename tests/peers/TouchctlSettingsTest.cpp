@@ -125,8 +125,8 @@ TEST_F(TouchctlSettings, BoundsAreThoseOfThePanesForms) {
 }
 
 TEST_F(TouchctlSettings, AnotherNumberOfWordsIsRefusedWithWhatIsRight) {
-    EXPECT_THAT(refusalOf("double-click-rate", {"0.5", "0.6"}), HasSubstr("one number"));
-    EXPECT_THAT(refusalOf("rotation", {"0", "90"}), HasSubstr("one number"));
+    EXPECT_THAT(refusalOf("double-click-rate", {"0.5", "0.6"}), HasSubstr("takes a number"));
+    EXPECT_THAT(refusalOf("rotation", {"0", "90"}), HasSubstr("takes a number"));
     EXPECT_THAT(refusalOf("right-click", {"maybe"}), HasSubstr("on or off"));
     EXPECT_THAT(refusalOf("right-click", {"on", "1", "2"}), HasSubstr("on or off"));
     EXPECT_THAT(refusalOf("calibration", {"auto", "1", "2"}), HasSubstr("alone"));
@@ -181,26 +181,27 @@ TEST_F(TouchctlSettings, ProfileBecomesOneMessageForEachOfItsSettings) {
 
 TEST_F(TouchctlSettings, ProfileOfWrongKindsIsRefusedByTheKey) {
     const std::pair<NSMutableDictionary, const char*> refused[] = {
-        {dictionaryOf({{"0.5", "DoubleClickRate"}}), "DoubleClickRate is to be a number"},
-        {dictionaryOf({{true, "DoubleClickRate"}}), "DoubleClickRate is to be a number"},
+        {dictionaryOf({{"0.5", "DoubleClickRate"}}), "DoubleClickRate must be a number"},
+        {dictionaryOf({{true, "DoubleClickRate"}}), "DoubleClickRate must be a number"},
         {dictionaryOf({{5.0, "DoubleClickRate"}}), "from 0.1 to 1"},
         {dictionaryOf({{32.5, "DoubleClickRange"}}), "a whole number"},
-        {dictionaryOf({{true, "RotateMode"}}), "RotateMode is to be"},
-        {dictionaryOf({{4, "RotateMode"}}), "RotateMode is to be"},
-        {dictionaryOf({{-1, "RotateMode"}}), "RotateMode is to be"},
-        {dictionaryOf({{1, "RightClick"}}), "RightClick is to be a dictionary"},
+        {dictionaryOf({{true, "RotateMode"}}), "RotateMode must be"},
+        {dictionaryOf({{4, "RotateMode"}}), "RotateMode must be"},
+        {dictionaryOf({{-1, "RotateMode"}}), "RotateMode must be"},
+        {dictionaryOf({{1, "RightClick"}}), "RightClick must be a dictionary"},
         {dictionaryOf({{dictionaryOf({{true, "RightClickIsEnable"}}), "RightClick"}}), "RightClickTimeIntelval"},
-        {dictionaryOf({{rightClickOf(1, 1.0), "RightClick"}}), "RightClickIsEnable in RightClick is to be true or"},
-        {dictionaryOf({{1, "AutoCalibration"}}), "AutoCalibration is to be true or false"},
-        {dictionaryOf({{false, "AutoCalibration"}}), "ManualCalibration is to be a dictionary"},
+        {dictionaryOf({{rightClickOf(1, 1.0), "RightClick"}}), "RightClickIsEnable in RightClick must be true or"},
+        {dictionaryOf({{1, "AutoCalibration"}}), "AutoCalibration must be true or false"},
+        {dictionaryOf({{false, "AutoCalibration"}}), "ManualCalibration must be a dictionary"},
         {dictionaryOf({{resolutionOf(1, Value()), "ManualCalibration"}}), "OSDHeight in ManualCalibration"},
-        {dictionaryOf({{"x", "GestureArray"}}), "GestureArray is to be a list"},
-        {dictionaryOf({{1.0, "DoubleClickRat"}}), "no setting \"DoubleClickRat\"; there are DoubleClickRate,"},
-        {dictionaryOf({{1.0, ""}}), "no setting \"\""},
+        {dictionaryOf({{"x", "GestureArray"}}), "GestureArray must be a list"},
+        {dictionaryOf({{1.0, "DoubleClickRat"}}),
+         "unknown setting \"DoubleClickRat\"; the settings are DoubleClickRate,"},
+        {dictionaryOf({{1.0, ""}}), "unknown setting \"\""},
         {dictionaryOf(
              {{"1", "DriverVersion"}, {"pointer", "FingerMode"}, {1920, "NativeWidth"}, {1080, "NativeHeight"}}),
-         "no settings in it"},
-        {NSMutableDictionary::dictionary(), "no settings in it"},
+         "contains no settings"},
+        {NSMutableDictionary::dictionary(), "contains no settings"},
     };
     for (const auto& [profile, reason] : refused) EXPECT_THAT(refusalOf(profile), HasSubstr(reason));
 }
@@ -245,20 +246,20 @@ TEST_F(TouchctlSettings, WhatSetWouldRefuseIsNotShownAsAValue) {
     const auto shown = [](std::string_view key, std::string_view fileKey, const Value& value) {
         return settingKey(key).shown(dictionaryOf({{value, fileKey}})).text();
     };
-    EXPECT_EQ(shown("double-click-rate", "DoubleClickRate", 1.01), "(does not fit)");
-    EXPECT_EQ(shown("double-click-rate", "DoubleClickRate", std::nan("")), "(does not fit)");
-    EXPECT_EQ(shown("double-click-range", "DoubleClickRange", 32.5), "(does not fit)");
+    EXPECT_EQ(shown("double-click-rate", "DoubleClickRate", 1.01), "(invalid)");
+    EXPECT_EQ(shown("double-click-rate", "DoubleClickRate", std::nan("")), "(invalid)");
+    EXPECT_EQ(shown("double-click-range", "DoubleClickRange", 32.5), "(invalid)");
     EXPECT_EQ(shown("double-click-range", "DoubleClickRange", arrayOf({})), "(not set)");
     EXPECT_EQ(shown("double-click-range", "DoubleClickRange", "40 mm"), "40") << "read as the pane reads it";
     EXPECT_EQ(shown("double-click-range", "DoubleClickRange", "hello"), "(not set)");
     EXPECT_EQ(shown("double-click-rate", "DoubleClickRate", ""), "(not set)");
     EXPECT_EQ(shown("rotation", "RotateMode", "hello"), "(not set)");
-    EXPECT_EQ(shown("rotation", "RotateMode", -1), "(does not fit)");
+    EXPECT_EQ(shown("rotation", "RotateMode", -1), "(invalid)");
     EXPECT_EQ(shown("rotation", "RotateMode", false), "0");
-    EXPECT_EQ(shown("calibration", "ManualCalibration", resolutionOf(4097, 10)), "(does not fit)");
+    EXPECT_EQ(shown("calibration", "ManualCalibration", resolutionOf(4097, 10)), "(invalid)");
     EXPECT_EQ(shown("calibration", "ManualCalibration", resolutionOf(Value(), 10)), "(not set)");
     EXPECT_EQ(shown("right-click", "RightClick", rightClickOf(false, 1.0)), "off");
-    EXPECT_EQ(shown("long-press", "RightClick", rightClickOf(false, 3.1)), "(does not fit)");
+    EXPECT_EQ(shown("long-press", "RightClick", rightClickOf(false, 3.1)), "(invalid)");
 }
 
 TEST_F(TouchctlSettings, WhatIsShownIsWhatSetTakes) {
@@ -279,7 +280,7 @@ TEST_F(TouchctlSettings, WhatIsShownIsWhatSetTakes) {
         if (!key.shown) continue;
         EXPECT_EQ(key.shown(NSMutableDictionary()).text(), "(not set)") << key.name;
     }
-    EXPECT_EQ(settingKey("finger").shown(dictionaryOf({{"mouse", "FingerMode"}})).text(), "(does not fit)");
+    EXPECT_EQ(settingKey("finger").shown(dictionaryOf({{"mouse", "FingerMode"}})).text(), "(invalid)");
 }
 
 } // namespace

@@ -64,13 +64,13 @@ TEST_F(TouchctlTouchHardware, AMachineWithoutDriverAndDisplayLacksNothing) {
 
 TEST_F(TouchctlTouchHardware, ASystemThatTellsNothingIsNotSaidToHaveNone) {
     hardware.screens.reset();
-    EXPECT_THAT(report(), AllOf(HasSubstr("does not say"), Not(HasSubstr("no touch display"))));
+    EXPECT_THAT(report(), AllOf(HasSubstr("does not report"), Not(HasSubstr("no touch display"))));
     EXPECT_EQ(problems, 0);
 }
 
 TEST_F(TouchctlTouchHardware, AKernelWithoutUinputIsNamed) {
     hardware.hasUinput = false;
-    EXPECT_THAT(report(), HasSubstr("no uinput, by which the driver gives out what fingers mean\n"
+    EXPECT_THAT(report(), HasSubstr("no uinput, which the driver needs\n"
                                     "           fix: sudo modprobe uinput"));
     EXPECT_EQ(problems, 1);
 }
@@ -80,7 +80,7 @@ TEST_F(TouchctlTouchHardware, AMissingServiceIsAProblemOnlyWhereTheUserMayNotOpe
     EXPECT_THAT(report(), HasSubstr("kelvo-touch-devices is missing"));
     EXPECT_EQ(problems, 1);
     hardware.screens->front().isPermitted = true;
-    EXPECT_THAT(report(), HasSubstr("note     the service that opens displays is not there"));
+    EXPECT_THAT(report(), HasSubstr("note     the service that opens displays is not installed"));
     EXPECT_EQ(problems, 0);
 }
 
@@ -109,23 +109,23 @@ TEST_F(TouchctlTouchHardware, ADisplayThatIsNotPermittedIsNamedWithItsFix) {
 
 TEST_F(TouchctlTouchHardware, AReasonWithoutAFixHasOneAllTheSame) {
     hardware.driver->refused = {{"Panel", "it is broken"}};
-    EXPECT_THAT(report(), HasSubstr("not used: it is broken\n           fix: see the driver's log"));
+    EXPECT_THAT(report(), HasSubstr("not used: it is broken\n           fix: see the log of the driver"));
 }
 
 TEST_F(TouchctlTouchHardware, AProgramThatHasTheDisplayToItselfIsLookedForAmongItsReaders) {
     hardware.driver->displays = {{"Panel", "held by another program"}};
     hardware.screens->front().users = {"evtest (812)", "Xorg (77)"};
-    EXPECT_THAT(report(), HasSubstr("has a touch display to itself; of those that can be seen, Xorg (77), evtest (812) "
-                                    "read it\n           fix: end that program"));
+    EXPECT_THAT(report(), HasSubstr("has exclusive access to a touch display; among the visible programs, these read "
+                                    "it: Xorg (77), evtest (812)\n           fix: quit that program"));
     hardware.screens->front().users.clear();
-    EXPECT_THAT(report(), HasSubstr("has a touch display to itself\n"));
+    EXPECT_THAT(report(), HasSubstr("has exclusive access to a touch display\n"));
     EXPECT_EQ(problems, 1);
 }
 
 TEST_F(TouchctlTouchHardware, ADoubleClickThatIsSlowerThanTheDesktopsIsNamedWithTheCommand) {
     hardware.driver->slowDoubleClick = {{"Panel", "gsettings set it 500"}};
-    EXPECT_THAT(report(), HasSubstr("slower double click than the desktop's, which decides\n"
-                                    "           fix: make the display's quicker, or the desktop's slower: "
+    EXPECT_THAT(report(), HasSubstr("slower double-click than the desktop, whose setting wins\n"
+                                    "           fix: make it faster, or slow down the desktop's double-click: "
                                     "gsettings set it 500\n"));
     EXPECT_EQ(problems, 1);
 }
@@ -142,14 +142,14 @@ TEST_F(TouchctlTouchHardware, ADriverOfAnotherMakerNeedsNothingOfOurs) {
 
 TEST_F(TouchctlTouchHardware, WhatEndedTheUnitIsNamed) {
     hardware.unit = TouchHardware::Unit{"watchdog", 4};
-    EXPECT_THAT(report(), HasSubstr("the driver hung, and its watchdog ended it\n"
+    EXPECT_THAT(report(), HasSubstr("the driver hung, and its watchdog stopped it\n"
                                     "           fix: systemctl --user restart kelvo-touch-driver.service"));
     EXPECT_EQ(problems, 1);
     hardware.unit = TouchHardware::Unit{"start-limit-hit", 5};
     EXPECT_THAT(report(), HasSubstr("the driver's unit failed (start-limit-hit)"));
     EXPECT_EQ(problems, 1);
     hardware.unit = TouchHardware::Unit{"success", 2};
-    EXPECT_THAT(report(), HasSubstr("note     the driver failed and was started again, 2 times"));
+    EXPECT_THAT(report(), HasSubstr("note     the driver failed and was restarted, 2 times"));
     EXPECT_EQ(problems, 0);
 }
 

@@ -92,7 +92,7 @@ class ActionsTest(unittest.TestCase):
 
     def test_an_unknown_desktop_is_named(self):
         self.on("Own:Window:Manager", "x11")
-        self.assertTrue(self.succeed().startswith("any display on Own, of which nothing is known, (X11)\n"))
+        self.assertTrue(self.succeed().startswith("any display on Own, an unknown desktop (X11)\n"))
 
     def test_a_file_that_counts_for_nothing_is_told_on_standard_error(self):
         self.write_own(b"<plist")
@@ -149,25 +149,25 @@ class ActionsTest(unittest.TestCase):
         for reason, words in (("no gesture", ("Jump", "nothing")),
                               ("no gesture", ("ScrollDirection", "nothing")),
                               ("takes a GESTURE", ()),
-                              ("does nothing, right-click", ("ShowDesktop",)),
+                              ("must be nothing, right-click", ("ShowDesktop",)),
                               ("not \"dance\"", ("ShowDesktop", "dance")),
                               ("a tap", ("LookUp", "fingers", "3")),
-                              ("two fingers alone", ("Scroll", "fingers", "3")),
-                              ("goes on for as long", ("Rotate", "keys", "F1")),
-                              ("three and four fingers", ("ShowDesktop", "fingers", "5")),
-                              ("is no int32", ("ShowDesktop", "fingers", "many")),
-                              ("takes the keys", ("ShowDesktop", "keys")),
+                              ("two fingers only", ("Scroll", "fingers", "3")),
+                              ("as long as the fingers move", ("Rotate", "keys", "F1")),
+                              ("three or four fingers", ("ShowDesktop", "fingers", "5")),
+                              ("is not of type int32", ("ShowDesktop", "fingers", "many")),
+                              ("takes a keyboard shortcut", ("ShowDesktop", "keys")),
                               ("there is no key \"Q\"", ("ShowDesktop", "keys", "Super+Q")),
                               ("there is no key \"\"", ("ShowDesktop", "keys", "Super+")),
-                              ("twice", ("ShowDesktop", "keys", "F1+F1")),
+                              ("occurs twice", ("ShowDesktop", "keys", "F1+F1")),
                               ("at most four", ("ShowDesktop", "keys", "F1+F2+F3+F4+F5")),
-                              ("too much", ("ShowDesktop", "nothing", "else")),
+                              ("unexpected argument", ("ShowDesktop", "nothing", "else")),
                               ("left and right", ("ShowDesktop", "left", "nothing")),
                               ("call takes", ("ShowDesktop", "call", "a.b")),
-                              ("no bus name", ("ShowDesktop", "call", "a", "/", "c.d", "E")),
-                              ("no object's path", ("ShowDesktop", "call", "a.b", "c", "c.d", "E")),
-                              ("no interface", ("ShowDesktop", "call", "a.b", "/", "c", "E")),
-                              ("no method", ("ShowDesktop", "call", "a.b", "/", "c.d", "E.F")),
+                              ("not a bus name", ("ShowDesktop", "call", "a", "/", "c.d", "E")),
+                              ("not an object path", ("ShowDesktop", "call", "a.b", "c", "c.d", "E")),
+                              ("not an interface", ("ShowDesktop", "call", "a.b", "/", "c", "E")),
+                              ("not a method", ("ShowDesktop", "call", "a.b", "/", "c.d", "E.F")),
                               ("true or false", ("ShowDesktop", "call", "a.b", "/", "c.d", "E", "boolean:maybe"))):
             with self.subTest(words):
                 self.refuse(USAGE, reason, "set", *words)

@@ -73,7 +73,7 @@ class CalibrationTool(unittest.TestCase):
         self.world.environment["KELVO_LOCAL_LIBRARY"] = "/nowhere"
         missing = self.run_to_end(TOUCHCTL, "calibrate", "Desk")
         self.assertEqual((missing.returncode, missing.stderr.count("\n")), (FAILURE, 1))
-        self.assertIn("cannot be started", missing.stderr)
+        self.assertIn("cannot start", missing.stderr)
 
     def test_what_it_is_not_asked_for_is_refused(self):
         for words in (("--often",), ("Desk", "Other"), ("--", "--precise", "Other")):

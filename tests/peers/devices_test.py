@@ -135,7 +135,7 @@ class Devices(unittest.TestCase):
         second = subprocess.run([SERVICE], env=dict(os.environ, DBUS_SYSTEM_BUS_ADDRESS=bus.address),
                                 stderr=subprocess.PIPE, text=True, timeout=TIMEOUT)
         self.assertEqual(second.returncode, 1)
-        self.assertIn("the service's name on the system bus cannot be had", second.stderr)
+        self.assertIn("cannot take the name of the service on the system bus", second.stderr)
 
     def test_the_policy_lets_root_alone_have_the_name(self):
         bus = self.start_bus(f"<include>{FILES / (NAME + '.conf')}</include>")

@@ -219,7 +219,7 @@ class DriverSimulator(unittest.TestCase):
         with Watcher(self.world) as other:
             with Watcher(self.world) as watcher:
                 watcher.driver.Watch("Desk")
-                with self.assertRaisesRegex(dbus.DBusException, "is being watched already"):
+                with self.assertRaisesRegex(dbus.DBusException, "is already being watched"):
                     other.driver.Watch("Desk")
 
             def can_watch():
@@ -340,14 +340,14 @@ class DriverSimulator(unittest.TestCase):
         simulator = Simulator(self.world, "--connect", "Desk")
         for words, hint in (
                 (("connect", "Desk"), 'see "status"'), (("disconnect", "Wall"), 'see "status"'),
-                (("connect", "a/b"), 'none of them "/"'), (("connect", ""), "1 to 200 bytes"),
+                (("connect", "a/b"), 'neither "/"'), (("connect", ""), "1 to 200 bytes"),
                 (("connect",), "see --help"), (("enable", "now"), "see --help"), (("dance",), "see --help"),
                 (("show-tab", "two"), "0 to 3"), (("hang", "-1"), "up to 600"), (("hang", "soon"), "up to 600"),
                 (("system-gesture", "AppExpos\u00e9", "off"),
                  "AppExpose, ShowDesktop, MissionControl, Launchpad, SwipeBetweenPages"),
                 (("system-gesture", "Launchpad", "maybe"), '"on" or "off"'),
                 (("system-gesture", "Launchpad"), "see --help"),
-                (("finger", "Desk", "mouse"), '"touch" or the "pointer"'), (("finger", "Wall", "touch"), 'see "status"'),
+                (("finger", "Desk", "mouse"), '"touch" or "pointer"'), (("finger", "Wall", "touch"), 'see "status"'),
                 (("finger", "Desk"), "see --help"), (("record", "Desk", "/tmp/x"), "no fingers to record"),
                 (("record", "Desk"), "not being recorded"), (("record", "Wall", "/tmp/x"), 'see "status"'),
                 (("contacts", "Wall", "0,0"), 'see "status"'), (("contacts", "Desk", "0.5"), "two numbers from 0 to 1"),
@@ -430,7 +430,7 @@ class DriverSimulator(unittest.TestCase):
         Simulator(self.world)
         status, _, errors = self.world.run(SIMULATOR, "run")
         self.assertEqual(status, 1)
-        self.assertIn("another driver has it", errors)
+        self.assertIn("another driver is running", errors)
 
     def test_hangs_for_as_long_as_it_is_told(self):
         simulator = Simulator(self.world, "--connect", "Desk")
@@ -748,7 +748,7 @@ class Recorded(unittest.TestCase):
         self.refuse(alone, "alone.desc: line 2: ")
         pad = self.copy(f"{self.PANEL}.desc", "pad", lambda text: text.replace("P: 02", "P: 01"))
         self.refuse(pad, "no recording of a touch screen")
-        self.refuse(RECORDINGS / f"{self.PANEL}.desc", "has no events")
+        self.refuse(RECORDINGS / f"{self.PANEL}.desc", "contains no events")
         self.refuse(self.world.folder / "nowhere", "cannot be read")
         self.refuse(self.world.folder, "cannot be read")
 

@@ -15,7 +15,7 @@ import unittest
 
 DRIVER, SIMULATOR, STARTER, UNIT = sys.argv[1:5]
 TIMEOUT = 60
-NO_DISPLAY = "there is no touch display; one that is plugged in is used"
+NO_DISPLAY = "no touch display found; waiting for one to be plugged in"
 
 
 class Driver(unittest.TestCase):
@@ -94,7 +94,7 @@ class Driver(unittest.TestCase):
         self.await_line(self.start(), NO_DISPLAY)
         second = subprocess.run([DRIVER], env=self.environment, stderr=subprocess.PIPE, text=True, timeout=TIMEOUT)
         self.assertEqual(second.returncode, 1)
-        self.assertIn("another driver has it", second.stderr)
+        self.assertIn("another driver is running", second.stderr)
 
     def test_the_service_manager_hears_that_it_is_ready_and_waits_for_nothing_without_a_display(self):
         path = str(self.folder / "notify")

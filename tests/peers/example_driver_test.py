@@ -65,7 +65,7 @@ class AgainstTheCommandLine(unittest.TestCase):
             "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 1.5}, "AutoCalibration": False,
             "ManualCalibration": {"OSDWidth": 800.0, "OSDHeight": 600.0}})
         self.assertEqual(self.world.plist("Utilities.plist")["Own"], 7)
-        self.assertIn("Nothing is to be mended.", self.ctl("doctor"))
+        self.assertIn("No problems found.", self.ctl("doctor"))
 
     def test_begins_in_a_new_home_and_ends_with_its_display_disconnected(self):
         heard = []

@@ -159,7 +159,7 @@ class Showing(TouchctlTest):
             "ManualCalibration": {"OSDWidth": 5000.0, "OSDHeight": 10.0}})
         lines = self.succeed("show", "Desk").splitlines()
         for key in ("double-click-rate", "double-click-range", "long-press", "rotation", "calibration"):
-            self.assertIn(f"  {key} (does not fit)", lines)
+            self.assertIn(f"  {key} (invalid)", lines)
         self.assertIn("  right-click (not set)", lines)
 
     def test_one_value_is_printed_alone(self):
@@ -173,11 +173,11 @@ class Showing(TouchctlTest):
         self.assertEqual(outputs, [value + "\n" for value in keys.values()])
         self.expect(FAILURE, "long-press is not set", "get", "Desk", "long-press")
         self.expect_each(USAGE, [
-            (("get", "Desk", "Rotate"), "there are double-click-rate,"), (("get", "Desk"), "get DEVICE KEY"),
+            (("get", "Desk", "Rotate"), "the keys are double-click-rate,"), (("get", "Desk"), "get DEVICE KEY"),
             (("get", "Desk", "gestures"), "driver-version"), (("get", "Desk", "rotation", "90"), "get DEVICE KEY")])
-        self.expect(NO_DEVICE, "known are", "get", "Wall", "rotation")
+        self.expect(NO_DEVICE, "known displays", "get", "Wall", "rotation")
         self.world.set_plist("Settings_Desk.plist", {"RotateMode": 9})
-        self.expect(FAILURE, "rotation does not fit", "get", "Desk", "rotation")
+        self.expect(FAILURE, "rotation is invalid", "get", "Desk", "rotation")
         self.expect(FAILURE, "driver-version is not set", "get", "Desk", "driver-version")
 
     def test_json_is_the_file_with_its_kinds_whatever_it_holds(self):
@@ -196,10 +196,10 @@ class Showing(TouchctlTest):
         self.assertEqual(list(self.world.home.iterdir()), [])
 
     def test_unknown_display_is_answered_with_those_known(self):
-        self.expect(NO_DEVICE, "none is known yet", "show", "Desk")
+        self.expect(NO_DEVICE, "no display is known yet", "show", "Desk")
         self.connect_in_file("Desk", "Wall \"2\"")
         self.expect_each(NO_DEVICE, [
-            (words, "known are \"Desk\", \"Wall \"2\"\"")
+            (words, "known displays: \"Desk\", \"Wall \"2\"\"")
             for words in (("show", "Des"), ("export", "desk"), ("set", "", "rotation", "90"),
                           ("gesture", "Desk ", "Rotate", "on"), ("import", "../Desk"))])
 
@@ -214,7 +214,7 @@ class Showing(TouchctlTest):
         utilities = self.world.preferences / "Utilities.plist"
         utilities.write_bytes(b"\xff")
         for words in (("list",), ("show", "Desk"), ("set", "Desk", "rotation", "90")):
-            self.expect(FAILURE, "Utilities.plist is damaged; repair it, or remove it and start the driver again", *words)
+            self.expect(FAILURE, "Utilities.plist is damaged; repair it, or remove it and restart the driver", *words)
         self.assertEqual((settings.read_bytes(), utilities.read_bytes()), (b"<plist><dict><key>", b"\xff"))
 
     def test_healthy_displays_are_shown_beside_damaged_ones(self):
@@ -237,7 +237,7 @@ class Showing(TouchctlTest):
     def expect_forbidden(self, path, *words):
         status, output, errors = self.world.run(*BOUND_BY_MODES, PROGRAM, *words)
         self.assertEqual((status, output), (FAILURE, ""), words)
-        self.assertIn(f"{path} cannot be read (Permission denied); see whose it is and who may read it", errors)
+        self.assertIn(f"{path} cannot be read (Permission denied); check its owner and permissions", errors)
         self.assertNotIn("damaged", errors)
 
     def test_what_may_not_be_read_is_neither_empty_nor_damaged(self):
@@ -267,7 +267,7 @@ class Showing(TouchctlTest):
                           ("import", "Desk", profile)):
                 status, output, errors = self.world.run(*BOUND_BY_MODES, PROGRAM, *words)
                 self.assertEqual((status, output), (FAILURE, ""))
-                self.assertIn("the folder ~/Library/Preferences/KelvoTouchDisplay cannot be written", errors)
+                self.assertIn("the folder ~/Library/Preferences/KelvoTouchDisplay cannot be written to", errors)
             self.assertEqual(driver.received, [])
         self.world.preferences.chmod(0o700)
 
@@ -331,7 +331,7 @@ class Changing(TouchctlTest):
         with Peer(self.world, DRIVER) as driver:
             status, output, errors = self.ctl("set", "Desk", "rotation", "90")
             self.assertEqual((status, output), (0, ""))
-            self.assertIn("has not stored it", errors)
+            self.assertIn("has not saved it", errors)
             self.assertEqual([(number, plistlib.loads(data)) for number, data in driver.received],
                              [(3, {"RotateMode": 1, "DeviceName": "Desk"})])
         self.assertEqual(self.snapshot(), before)
@@ -371,7 +371,7 @@ class Changing(TouchctlTest):
         self.assertEqual(self.snapshot(), before)
 
     def test_window_that_may_undo_a_change_is_told_of_where_the_driver_does_not_tell_it(self):
-        note = "note: a settings window is open"
+        note = "note: an open settings window may undo this"
 
         def changed(*displays, chosen=None):
             utilities = {"DriverEnable": True, "CurrentDeviceType": list(displays)}
@@ -398,10 +398,10 @@ class Changing(TouchctlTest):
             (("set", "Desk", "double-click-range", "0x20"), "from 8 to 128"),
             (("set", "Desk", "rotation", "-90"), "0, 90, 180 or 270"),
             (("set", "Desk", "calibration", "manual"), "width and the height"),
-            (("set", "Desk", "RotateMode", "1"), "there are double-click-rate,"),
+            (("set", "Desk", "RotateMode", "1"), "the keys are double-click-rate,"),
             (("set", "Desk", "rotation"), "set DEVICE KEY VALUE"),
             (("gesture", "Desk", "Rotate", "fast"), "RotateWithTwoFingers"),
-            (("gesture", "Desk", "Fly", "on"), "there are SecondaryClick,"),
+            (("gesture", "Desk", "Fly", "on"), "the gestures are SecondaryClick,"),
             (("gesture", "Desk", "Rotate"), "gesture DEVICE NAME"),
             (("dance",), "see --help"), ((), "see --help"), (("list", "Desk"), "list [--json]"),
             (("doctor", "--json"), "takes no --json"), (("show", "--jason"), "see --help"),
@@ -416,7 +416,7 @@ class Changing(TouchctlTest):
                 self.expect(FAILURE, "GestureArray", "gesture", "Desk", "Rotate", "off")
             for record in (dict(ROTATE, Own="x" * 2**20), dict(ROTATE, Own=nested(64))):
                 self.world.set_plist("Settings_Desk.plist", {"GestureArray": [record]})
-                self.expect(FAILURE, "do not fit into a message", "gesture", "Desk", "Rotate", "off")
+                self.expect(FAILURE, "too large for one message", "gesture", "Desk", "Rotate", "off")
             self.assertEqual(driver.received, [])
 
     def test_names_with_odd_characters_are_names_like_others(self):
@@ -520,9 +520,9 @@ class DriverItself(TouchctlTest):
         self.simulate("Desk")
         before = self.snapshot()
         self.expect_each(USAGE, [
-            (("driver", "away"), 'driver is on or off, not "away"'), (("driver",), "driver on|off"),
+            (("driver", "away"), 'driver takes on or off, not "away"'), (("driver",), "driver on|off"),
             (("driver", "on", "off"), "driver on|off"),
-            (("set", "Desk", "finger", "mouse"), 'finger is touch or pointer, not "mouse"'),
+            (("set", "Desk", "finger", "mouse"), 'finger must be touch or pointer, not "mouse"'),
             (("set", "Desk", "finger", "touch", "pointer"), "finger takes touch or pointer")])
         self.expect(NO_DEVICE, "there is no display", "set", "Wall", "finger", "touch")
         self.assertEqual(self.snapshot(), before)
@@ -572,15 +572,15 @@ class Profiles(TouchctlTest):
         self.connect_in_file("Desk")
         with Peer(self.world, DRIVER) as driver:
             for contents, hint in (
-                    ({"DoubleClickRate": 0.5, "RotateMode": 9}, "RotateMode is to be"),
-                    ({"DoubleClickRate": "0.5"}, "DoubleClickRate is to be a number of seconds from 0.1 to 1"),
+                    ({"DoubleClickRate": 0.5, "RotateMode": 9}, "RotateMode must be"),
+                    ({"DoubleClickRate": "0.5"}, "DoubleClickRate must be a number of seconds from 0.1 to 1"),
                     ({"DoubleClickRate": 0.5, "GestureArray": [{}]}, "gesture 1 of GestureArray"),
-                    ({"Rotation": 1}, "there are DoubleClickRate,"), ({}, "no settings in it"),
-                    ([1], "no property list with settings"), (b"", "no property list with settings"),
-                    (b"<plist><dict>", "no property list with settings")):
+                    ({"Rotation": 1}, "the settings are DoubleClickRate,"), ({}, "contains no settings"),
+                    ([1], "not a property list of settings"), (b"", "not a property list of settings"),
+                    (b"<plist><dict>", "not a property list of settings")):
                 self.expect(FAILURE, hint, "import", "Desk", self.write(contents))
             self.expect(FAILURE, "cannot be read", "import", "Desk", "/nowhere")
-            self.expect(FAILURE, "do not fit into a message", "import", "Desk",
+            self.expect(FAILURE, "too large for one message", "import", "Desk",
                         self.write({"GestureArray": [dict(ROTATE, Own="x" * 2**20)]}))
             self.assertEqual(driver.received, [])
 
@@ -590,9 +590,9 @@ class Profiles(TouchctlTest):
                    "RightClick": {"RightClickIsEnable": True, "RightClickTimeIntelval": 1.0}}
         with Peer(self.world, DRIVER) as driver:
             for own in ("x" * 2**20, nested(64)):
-                self.expect(FAILURE, "do not fit into a message", "import", "Desk",
+                self.expect(FAILURE, "too large for one message", "import", "Desk",
                             self.write({**healthy, "GestureArray": [dict(ROTATE, Own=own)]}))
-                self.expect(FAILURE, "do not fit into a message", "set", "Desk", "gestures",
+                self.expect(FAILURE, "too large for one message", "set", "Desk", "gestures",
                             self.write({"GestureArray": [dict(ROTATE, Own=own)]}))
             self.assertEqual(driver.received, [])
 
@@ -626,13 +626,13 @@ class Profiles(TouchctlTest):
         self.simulate("Desk")
         before = self.snapshot()
         refused = [
-            ([dict(ROTATE, Name="Fly")], "there is no gesture \"Fly\" here"),
-            ([ROTATE, ROTATE], "the gesture \"Rotate\" is there twice"),
-            ([dict(ROTATE, Descriptor=["Twist"])], "the action \"Twist\" of Rotate is none here"),
-            ([dict(ROTATE, Descriptor=["RotateWithTwoFingers"] * 2)], "is there twice"),
-            ([dict(self.PAGES, SelectedIndex=1), self.FULL_SCREEN], "both take three fingers"),
-            ([self.FULL_SCREEN, dict(self.PAGES, SelectedIndex=2)], "both take three fingers"),
-            ([self.MISSION_CONTROL, self.EXPOSE], "do not take the same number of fingers")]
+            ([dict(ROTATE, Name="Fly")], "unknown gesture \"Fly\""),
+            ([ROTATE, ROTATE], "duplicate gesture \"Rotate\""),
+            ([dict(ROTATE, Descriptor=["Twist"])], "unknown action \"Twist\" of Rotate"),
+            ([dict(ROTATE, Descriptor=["RotateWithTwoFingers"] * 2)], "duplicate action"),
+            ([dict(self.PAGES, SelectedIndex=1), self.FULL_SCREEN], "both use three fingers"),
+            ([self.FULL_SCREEN, dict(self.PAGES, SelectedIndex=2)], "both use three fingers"),
+            ([self.MISSION_CONTROL, self.EXPOSE], "do not use the same number of fingers")]
         for gestures, hint in refused:
             profile = self.write({"RotateMode": 3, "GestureArray": gestures})
             self.expect(FAILURE, hint, "import", "Desk", profile)
@@ -680,9 +680,9 @@ class Profiles(TouchctlTest):
     def test_neither_come_from_nor_go_to_streams_that_are_closed(self):
         self.simulate("Desk")
         path = self.write({"RotateMode": 2})
-        cases = {"\"$0\" import Desk <&-": "what came in cannot be read (Bad file descriptor)",
-                 "\"$0\" import Desk \"$1\" >&-": "the output cannot be written",
-                 "\"$0\" watch <&- >&-": "the output cannot be written"}
+        cases = {"\"$0\" import Desk <&-": "standard input cannot be read (Bad file descriptor)",
+                 "\"$0\" import Desk \"$1\" >&-": "cannot write to standard output",
+                 "\"$0\" watch <&- >&-": "cannot write to standard output"}
         for script, hint in cases.items():
             status, output, errors = self.world.run("bash", "--norc", "-c", script, PROGRAM, path)
             self.assertEqual((status, output), (FAILURE, ""), script)
@@ -696,7 +696,7 @@ class Profiles(TouchctlTest):
             for name in ("/dev/zero", "-"):
                 status, _, errors = self.world.run("sh", "-c", "exec \"$0\" import Desk \"$1\" </dev/zero", PROGRAM, name)
                 self.assertEqual(status, FAILURE)
-                self.assertIn("too large; at most 16 MiB are read", errors)
+                self.assertIn("too large; the limit is 16 MiB", errors)
             path = self.write({"RotateMode": 1})
             os.truncate(path, 2**24 + 1)
             self.expect(FAILURE, "profile.plist\" is too large", "import", "Desk", path)
@@ -718,9 +718,9 @@ class Profiles(TouchctlTest):
         self.expect(FAILURE, "cannot be written", "export", "Desk", "/nowhere/profile.plist")
         status, _, errors = self.world.run("sh", "-c", "exec \"$0\" export Desk > /dev/full", PROGRAM)
         self.assertEqual(status, FAILURE)
-        self.assertIn("output cannot be written", errors)
+        self.assertIn("cannot write to standard output", errors)
         self.world.set_plist("Settings_Desk.plist", {"RotateMode": 99})
-        self.expect(FAILURE, "RotateMode is to be", "export", "Desk")
+        self.expect(FAILURE, "RotateMode must be", "export", "Desk")
 
 
 class CommandedDriver(dbus.service.Object):
@@ -770,7 +770,7 @@ class Recording(TouchctlTest):
     def test_goes_on_until_it_is_interrupted_and_is_then_complete(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             process, lines = self.record(self.file)
-            self.assertEqual(lines.lines, [f"recording into {self.file} until Ctrl-C"])
+            self.assertEqual(lines.lines, [f"recording to {self.file}; press Ctrl+C to stop"])
             self.assertEqual(self.driver.commands, [["record", "Desk", str(self.file)]])
             process.send_signal(number)
             self.assertEqual(self.end(process), (0, ""))
@@ -793,17 +793,17 @@ class Recording(TouchctlTest):
         self.expect(FAILURE, "is not being recorded", "record", "Desk")
 
     def test_that_the_driver_refuses_says_why_and_does_not_begin(self):
-        self.refusals[3] = "/x is there already; name another file"
-        self.expect(FAILURE, "/x is there already", "record", "Desk", "/x")
+        self.refusals[3] = "/x already exists; choose another file"
+        self.expect(FAILURE, "/x already exists", "record", "Desk", "/x")
         self.assertEqual(self.driver.commands, [["record", "Desk", "/x"]])
 
     def test_that_could_not_be_ended_as_it_should_is_not_called_complete(self):
         process, _ = self.record(self.file)
-        self.refusals[2] = "not all was written; see whether the disk is full"
+        self.refusals[2] = "the recording was not written completely; check the free disk space"
         process.send_signal(signal.SIGINT)
         status, errors = self.end(process)
         self.assertEqual(status, FAILURE)
-        self.assertIn("not all was written", errors)
+        self.assertIn("not written completely", errors)
         self.assertNotIn("is complete\n", process.stdout.read())
 
     def test_ends_with_the_driver(self):
@@ -811,23 +811,23 @@ class Recording(TouchctlTest):
         self.driver.end()
         status, errors = self.end(process)
         self.assertEqual(status, NO_DRIVER)
-        self.assertIn("the driver ended", errors)
+        self.assertIn("the driver quit", errors)
 
     def test_ends_with_the_bus(self):
         process, _ = self.record(self.file)
         self.world.stop_bus()
         status, errors = self.end(process)
         self.assertEqual(status, FAILURE)
-        self.assertIn("the session bus went away", errors)
+        self.assertIn("lost the session bus", errors)
         self.world.start_bus()
 
     def test_needs_a_display_a_driver_and_a_file(self):
         self.expect_each(NO_DEVICE, [(("record", "Nowhere", "x"), "there is no display \"Nowhere\""),
                                      (("record", "Nowhere"), "there is no display \"Nowhere\"")])
-        self.expect_each(USAGE, [(("record", "Desk", file), "name a file") for file in ("-", "")])
+        self.expect_each(USAGE, [(("record", "Desk", file), "needs a file name") for file in ("-", "")])
         self.assertEqual(self.driver.commands, [])
         self.driver.end()
-        self.expect(NO_DRIVER, "no driver runs", "record", "Desk", "x")
+        self.expect(NO_DRIVER, "no driver is running", "record", "Desk", "x")
         self.simulate("Desk")
         self.expect(FAILURE, "has no fingers", "record", "Desk", "x")
         self.connect_in_file("Desk", enabled=False)
@@ -920,7 +920,7 @@ class Watching(TouchctlTest):
         process, _ = self.watch()
         self.world.stop_bus()
         self.assertEqual(self.wait_for_end(process), FAILURE)
-        self.assertIn("bus went away", process.stderr.read())
+        self.assertIn("lost the session bus", process.stderr.read())
         self.world.start_bus()
 
     def test_owns_no_name_and_answers_nobody(self):
@@ -975,12 +975,12 @@ class Doctor(TouchctlTest):
         self.assertEqual(problems, [])
         self.assertIn("the driver answers", output)
         self.assertIn("display 1, driver version 0.8.0.3", output)
-        self.assertIn("Nothing is to be mended.", output)
+        self.assertIn("No problems found.", output)
 
     def test_names_a_driver_that_does_not_run_and_one_that_hangs(self):
-        self.assertEqual(self.report()[0], ["no driver runs: changes of settings have no effect"])
+        self.assertEqual(self.report()[0], ["no driver is running, so changes have no effect"])
         self.simulate("Desk").send_signal(signal.SIGSTOP)
-        self.assertEqual(self.report()[0], ["the driver runs but does not answer: changes of settings have no effect"])
+        self.assertEqual(self.report()[0], ["the driver is running but does not answer, so changes have no effect"])
 
     def test_names_a_driver_that_is_switched_off(self):
         self.connect_in_file("Desk", enabled=False)
@@ -1016,11 +1016,11 @@ class Doctor(TouchctlTest):
         self.addCleanup(unit.end)
         self.assertEqual(self.report()[0], [])
         unit.properties = {"Result": "watchdog", "NRestarts": dbus.UInt32(3)}
-        self.assertEqual(self.report()[0], ["the driver hung, and its watchdog ended it"])
+        self.assertEqual(self.report()[0], ["the driver hung, and its watchdog stopped it"])
         unit.properties = {"Result": "success", "NRestarts": dbus.UInt32(1)}
         problems, output = self.report()
         self.assertEqual(problems, [])
-        self.assertIn("started again, 1 time since", output)
+        self.assertIn("restarted, 1 time since", output)
 
     def test_names_damaged_files_and_values_of_wrong_kinds(self):
         with Peer(self.world, DRIVER):
@@ -1029,9 +1029,9 @@ class Doctor(TouchctlTest):
             self.world.set_plist("Settings_Desk.plist", {"DoubleClickRate": 7.0, "RotateMode": "x"})
             (self.world.preferences / "Settings_Wall.plist").write_bytes(b"damage")
             self.assertEqual(self.report()[0], [
-                "SelectedMenuItem in Utilities.plist is to be a whole number",
-                "display 1: DoubleClickRate is to be a number of seconds from 0.1 to 1",
-                "display 1: RotateMode is to be a whole number of quarter turns from 0 to 3",
+                "SelectedMenuItem in Utilities.plist must be a whole number",
+                "display 1: DoubleClickRate must be a number of seconds from 0.1 to 1",
+                "display 1: RotateMode must be a whole number of quarter turns from 0 to 3",
                 "the settings file of display 2 is damaged"])
 
     def test_advice_on_a_damaged_list_brings_its_displays_back(self):
@@ -1041,12 +1041,12 @@ class Doctor(TouchctlTest):
         utilities.write_bytes(b"damage")
         problems, output = self.report()
         self.assertEqual(problems, ["Utilities.plist is damaged"])
-        fix = re.search(r"fix: repair it, or remove it: (rm .*), then end the driver and start it again\n", output)[1]
+        fix = re.search(r"fix: repair it, or remove it: (rm .*), then restart the driver\n", output)[1]
         self.assertEqual(self.world.run("sh", "-c", fix), (0, "", ""))
         # Half of the advice is not enough, and what is left of it is said.
         problems, output = self.report()
         self.assertEqual(problems, ["the driver answers, but no display is listed as connected"])
-        self.assertIn("end the driver and start it again", output)
+        self.assertIn("restart the driver", output)
 
         driver.terminate()
         wait_until(lambda: driver.poll() is not None, "the driver's end")
@@ -1062,7 +1062,7 @@ class Doctor(TouchctlTest):
             self.assertEqual(self.report()[0], expected)
             self.world.set_plist("Settings_Desk.plist", {})
             self.assertEqual(self.report()[0], expected)
-        self.assertEqual(self.report()[0], ["no driver runs: changes of settings have no effect"])
+        self.assertEqual(self.report()[0], ["no driver is running, so changes have no effect"])
 
     def test_recommends_nobody_the_simulator(self):
         outputs = [self.report()[1]]
@@ -1075,11 +1075,11 @@ class Doctor(TouchctlTest):
         self.connect_in_file("Desk")
         self.world.set_plist("Settings_Desk.plist", {})
         for place, mode, expected in (
-                ("Settings_Desk.plist", 0, "the settings file of display 1 cannot be read and written by its owner"),
-                ("Utilities.plist", 0, "Utilities.plist cannot be read and written by its owner"),
-                (".", 0, "the settings folder cannot be read and written by its owner"),
-                (".", 0o300, "the settings folder cannot be read and written by its owner"),
-                (".", 0o600, "the settings folder cannot be read and written by its owner"),
+                ("Settings_Desk.plist", 0, "the settings file of display 1 is not readable and writable by its owner"),
+                ("Utilities.plist", 0, "Utilities.plist is not readable and writable by its owner"),
+                (".", 0, "the settings folder is not readable and writable by its owner"),
+                (".", 0o300, "the settings folder is not readable and writable by its owner"),
+                (".", 0o600, "the settings folder is not readable and writable by its owner"),
                 ("..", 0, "the settings folder cannot be read (Permission denied)")):
             path = self.world.preferences / place
             before = path.stat().st_mode
@@ -1096,7 +1096,7 @@ class Doctor(TouchctlTest):
             for stranger in (7, "", "a/b"):
                 self.connect_in_file("Desk", stranger)
                 self.assertEqual(self.report()[0], [
-                    "CurrentDeviceType in Utilities.plist holds what is no display's name"])
+                    "CurrentDeviceType in Utilities.plist contains something that is not a display name"])
 
     def test_names_too_large_a_file_and_a_folder_in_a_files_place(self):
         self.connect_in_file("Desk", "Wall")
@@ -1106,7 +1106,7 @@ class Doctor(TouchctlTest):
         with Peer(self.world, DRIVER):
             self.assertEqual(self.report()[0], [
                 "the settings file of display 1 is too large (more than 256 MiB)",
-                "the settings file of display 2 cannot be read (it is no file)"])
+                "the settings file of display 2 cannot be read (not a regular file)"])
 
     def test_names_files_that_others_may_change_and_that_the_owner_may_not(self):
         self.connect_in_file("Desk")
@@ -1117,7 +1117,7 @@ class Doctor(TouchctlTest):
         with Peer(self.world, DRIVER):
             self.assertEqual(self.report()[0], [
                 "the settings folder can be changed by other users", "Utilities.plist can be changed by other users",
-                "the settings file of display 1 cannot be read and written by its owner"])
+                "the settings file of display 1 is not readable and writable by its owner"])
 
     def test_names_a_file_in_the_folders_place_and_a_system_without_gestures(self):
         self.world.preferences.parent.mkdir(parents=True)
@@ -1125,7 +1125,7 @@ class Doctor(TouchctlTest):
         self.world.environment["KELVO_SYSTEM_VERSION"] = "0x1059"
         with Peer(self.world, DRIVER):
             self.assertEqual(self.report()[0], [
-                "system version 0x1059 has no gestures", "~/Library/Preferences/KelvoTouchDisplay is no folder"])
+                "system version 0x1059 has no gestures", "~/Library/Preferences/KelvoTouchDisplay is not a folder"])
 
     def test_tells_nothing_private(self):
         home = self.world.folder / getpass.getuser() / socket.gethostname()
@@ -1203,7 +1203,7 @@ class Help(TouchctlTest):
         page = self.document("man/kelvo-touchctl.1")
         for key, span in spans.items():
             self.assertRegex(page, rf"\.TP {key} (?:(?!\.TP).)*, {re.escape(span)}[.;]")
-        self.assertIn(f"so many pixels, up to {pixels}.", page)
+        self.assertIn(f"in pixels, up to {pixels}.", page)
         guide = self.document("USER-GUIDE.md")
         for words in (f"type a number from {spans['double-click-range']}.", f"from {spans['long-press']} seconds.",
                       f"The width is at most {width} and the height at most {height};"):
