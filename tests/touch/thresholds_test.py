@@ -25,7 +25,7 @@ def unit_of(kind, name):
 def rows():
     for comment, kind, name, _, value, pair in CONSTANT.findall(HEADER.read_text(encoding="utf-8")):
         text = " ".join(line.removeprefix("///").strip() for line in comment.splitlines())
-        shown = (pair.replace(", ", " × ") if pair else value).replace("'", "").replace(".0", "")
+        shown = re.sub(r"\.0\b", "", (pair.replace(", ", " × ") if pair else value).replace("'", ""))
         yield f"| `{name}` | {shown}{unit_of(kind, name)} | {text} |\n"
 
 
