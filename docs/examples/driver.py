@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""A driver for one touch display, which moves no pointer but does all that the settings need of it."""
+"""A driver for one touch display that moves no pointer, but does everything that the settings need."""
 import os, pathlib, plistlib, signal, sys
 import dbus, dbus.lowlevel, dbus.mainloop.glib, dbus.service
 from gi.repository import GLib
@@ -13,7 +13,7 @@ UTILITIES = {"SelectedMenuItem": 0, "IsShowStatuMenu": True, "DriverEnable": Tru
              "VerboseLog": False}
 
 def merge(file, items, defaults={}):
-    """Puts items into a file, which keeps its other keys and is replaced whole; damage throws and stays."""
+    """Merge items into a file and replace it atomically; a damaged file raises an error and stays as it is."""
     FOLDER.mkdir(parents=True, exist_ok=True)
     path, new = FOLDER / file, FOLDER / f".{file}.new"
     contents = plistlib.loads(path.read_bytes()) if path.exists() else dict(defaults)
@@ -24,13 +24,13 @@ def process_of(name):
     try:
         return bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                                  "GetConnectionUnixProcessID", "s", (name,))
-    except dbus.DBusException:  # nobody has the name
+    except dbus.DBusException:  # nobody owns the name
         return None
 
 class Driver(dbus.service.Object):
     @dbus.service.method(INTERFACE, in_signature="iay", out_signature="ay", byte_arrays=True, sender_keyword="sender")
     def Send(self, message_id, data, sender):
-        is_panes = process_of(sender) == process_of(PANE)  # while the sender is there
+        is_panes = process_of(sender) == process_of(PANE)  # ask while the sender is still connected
         GLib.idle_add(self.apply, int(message_id), bytes(data), is_panes)  # answer first: the sender waits one second
         return dbus.ByteArray(b"")
 
@@ -38,10 +38,10 @@ class Driver(dbus.service.Object):
         try:
             change = plistlib.loads(data)
             if message_id in (0, 1, 2, 3, 5, 6) and change.pop("DeviceName", None) == display:
-                merge(f"Settings_{display}.plist", change)  # and here: have the device do it
+                merge(f"Settings_{display}.plist", change)  # a real driver also configures the device here
                 if not is_panes:
-                    tell_pane(True)  # what the pane shows is no longer so
-        except Exception as error:  # whatever a peer sends, the driver lives on
+                    tell_pane(True)  # the pane shows outdated settings
+        except Exception as error:  # the driver survives whatever a peer sends
             print(f"message {message_id} ignored: {error!r}", file=sys.stderr)
 
 def connect(is_connected):
@@ -52,9 +52,9 @@ def tell_pane(is_connected):
     call = dbus.lowlevel.MethodCallMessage(PANE, PATH, INTERFACE, "Send")
     call.set_auto_start(False)
     call.append(7, plistlib.dumps({"IsConnected": is_connected}), signature="iay")
-    bus.send_message(call)  # a pane that does not run needs no telling
+    bus.send_message(call)  # a pane that is not running does not need to know
 
-os.umask(0o077)  # the files are the user's alone
+os.umask(0o077)  # only the user can read the files
 display = sys.argv[1]
 bus = dbus.SessionBus(mainloop=dbus.mainloop.glib.DBusGMainLoop())
 owner = dbus.service.BusName(NAME.format("TouchDisplayDriverMessagePort"), bus, do_not_queue=True)
