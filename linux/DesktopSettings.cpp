@@ -3,6 +3,7 @@
 #include "linux/BusConnection.h"
 #include "linux/CommandOutput.h"
 #include "linux/Descriptor.h"
+#include "linux/SwaySettings.h"
 
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -212,6 +213,9 @@ std::unique_ptr<touch::DesktopWatch> openDesktopSettings(platform::CFRunLoop& lo
     if (isAmong(names, {"GNOME", "Unity", "Budgie", "Pantheon"})) {
         return std::make_unique<GnomeSettings>(loop, std::move(changed));
     }
+    // sway does not name itself there unless its user does.
+    const std::string sway = environmentOr("SWAYSOCK", "");
+    if (!sway.empty()) return openSwaySettings(loop, sway, std::move(changed));
     return nullptr;
 }
 

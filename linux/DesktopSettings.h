@@ -11,8 +11,8 @@
 namespace kelvo {
 
 /// The double click and the scrolling that a desktop on Wayland has in its own settings: GNOME's and those of its
-/// relatives, and KDE's, as the environment names them; null for others. It has no monitors. `changed` is called after
-/// each change, the first answer included; it may not destroy the watch. The loop outlives it.
+/// relatives, KDE's and sway's, as the environment names them; null for others. It has no monitors. `changed` is called
+/// after each change, the first answer included; it may not destroy the watch. The loop outlives it.
 [[nodiscard]] std::unique_ptr<touch::DesktopWatch> openDesktopSettings(platform::CFRunLoop& loop,
                                                                        std::function<void()> changed);
 

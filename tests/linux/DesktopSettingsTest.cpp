@@ -124,6 +124,7 @@ TEST_F(DesktopSettingsTest, OfGnomeAreFollowed) {
 }
 
 TEST_F(DesktopSettingsTest, OfADesktopThatIsNotKnownAreNone) {
+    const EnvironmentVariable socket("SWAYSOCK", "");
     const EnvironmentVariable desktop("XDG_CURRENT_DESKTOP", "sway");
     EXPECT_FALSE(openDesktopSettings(loop, [] {}));
     const EnvironmentVariable none("XDG_CURRENT_DESKTOP", "");

@@ -118,8 +118,8 @@ class Driver(unittest.TestCase):
         subprocess.run(["sh", STARTER], env=dict(self.environment, PATH=f"{tools}:{os.environ['PATH']}"), check=True,
                        timeout=TIMEOUT)
         self.assertEqual(calls.read_text().splitlines(), [
-            "--user import-environment DISPLAY KDE_SESSION_VERSION WAYLAND_DISPLAY XDG_CURRENT_DESKTOP XDG_SESSION_TYPE "
-            "XAUTHORITY",
+            "--user import-environment DISPLAY KDE_SESSION_VERSION SWAYSOCK WAYLAND_DISPLAY XDG_CURRENT_DESKTOP "
+            "XDG_SESSION_TYPE XAUTHORITY",
             "--user start kelvo-touch-driver.service"])
 
     def test_a_session_without_one_runs_the_driver_itself(self):
