@@ -14,7 +14,7 @@ namespace kelvo {
 
 namespace {
 
-/// By the clock that std::chrono::steady_clock is.
+/// Uses the clock of std::chrono::steady_clock.
 Descriptor newTimer() {
     Descriptor timer(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
     if (!timer) throw std::system_error(errno, std::generic_category(), "timerfd_create");
@@ -26,7 +26,7 @@ Descriptor newTimer() {
 Alarm::Alarm(platform::CFRunLoop& loop, std::function<void()> ring)
     : ring_(std::move(ring)), timer_(newTimer()), watch_(loop.watch(timer_.number(), [this] { read(); })) {}
 
-/// The kernel takes 0 for no time at all.
+/// To the kernel, a time of 0 means no alarm.
 void Alarm::setTo(std::chrono::microseconds time) {
     set(std::max<std::chrono::nanoseconds>(time, std::chrono::nanoseconds(1)));
 }
@@ -40,7 +40,7 @@ void Alarm::set(std::chrono::nanoseconds time) const {
     (void)::timerfd_settime(timer_.number(), TFD_TIMER_ABSTIME, &setting, nullptr);
 }
 
-/// It may have been set anew since the loop saw that it had rung.
+/// It may have been set again since the loop saw it expire.
 void Alarm::read() {
     std::uint64_t times = 0;
     if (::read(timer_.number(), &times, sizeof times) == sizeof times) ring_();

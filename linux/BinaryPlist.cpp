@@ -40,8 +40,8 @@ Node nodeFromBinary(std::span<const std::uint8_t> data) {
     return Node(node);
 }
 
-/// What stands between <tag> and </tag> when the library writes `node`, for what its accessors cannot tell; empty when
-/// it has nothing to write.
+/// The text between <tag> and </tag> when the library writes `node`, for what its accessors do not provide; empty if
+/// it writes nothing.
 std::string textOfElement(plist_t node, std::string_view tag) {
     char* xml = nullptr;
     std::uint32_t length = 0;
@@ -63,7 +63,7 @@ Value decodedBoolean(plist_t node) {
     return boolean != 0;
 }
 
-/// The library's accessor gives 64 bits and keeps to itself whether they are signed.
+/// The accessor of the library returns 64 bits without saying whether they are signed.
 Value decodedInteger(plist_t node) {
     std::uint64_t bits = 0;
     plist_get_uint_val(node, &bits);
@@ -90,8 +90,8 @@ Value decodedData(plist_t node) {
     return bytes ? NSData(bytes, bytes + length) : NSData();
 }
 
-/// By way of its text, since the library's accessor ends in 2069 and gives no hint when it does. The text has whole
-/// seconds, and of years as many digits as they need.
+/// Reads its text, because the accessor of the library is silently limited to the year 2069. The text has whole
+/// seconds, and as many digits for the year as it needs.
 Value decodedDate(plist_t node) {
     std::string text = textOfElement(node, "date");
     constexpr std::size_t kDigitsOfYear = 4;
@@ -131,7 +131,7 @@ Value decodedDictionary(plist_t node) {
     }
 }
 
-/// The value of a node; none when it, or anything in it, is none that a property list can hold.
+/// The value of a node; none if it contains anything that a property list cannot hold.
 Value decoded(plist_t node) {
     switch (plist_get_node_type(node)) {
     case PLIST_BOOLEAN:
@@ -158,7 +158,7 @@ Value decoded(plist_t node) {
 } // namespace
 
 Value valueOfBinary(std::span<const std::uint8_t> data, std::size_t deepest) {
-    // The library counts sizes in 32 bits.
+    // The library uses 32-bit sizes.
     if (!std::in_range<std::uint32_t>(data.size())) return {};
     const std::optional<std::size_t> nesting = nestingOfBinary(data);
     if (!nesting || *nesting > deepest) return {};

@@ -17,26 +17,26 @@ std::string_view asText(std::span<const std::uint8_t> data) {
     return {reinterpret_cast<const char*>(data.data()), data.size()};
 }
 
-/// Whether XML has a way to write it.
+/// Whether XML can represent it.
 bool isCharacterOfXML(std::uint64_t unit) {
     const bool isControl = unit < 0x20 && unit != '\t' && unit != '\n' && unit != '\r';
     return !isControl && (unit | 1U) != 0xFFFF;
 }
 
-/// The objects of a binary property list, every access to which is checked.
+/// The objects of a binary property list, with checked access.
 ///
-/// The format: the magic, the objects, a table of their offsets, and a trailer of 32 bytes that says where all that is.
-/// An object begins with a byte of its type and its size, or 15 with the size following as an integer object.
+/// The format: magic, objects, a table of their offsets, and a trailer of 32 bytes that contains all these positions.
+/// An object begins with a byte for its type and size; size 15 means that the size follows as an integer object.
 class BinaryObjects {
 public:
-    /// What one object holds: so many bytes of its own, and references to other objects from `references` on.
+    /// The contents of an object: this many bytes of its own, and references to other objects starting at `references`.
     struct Contents {
         bool isContainer = false;
         bool isText = false;
         std::uint64_t byteCount = 0;
         std::uint64_t references = 0;
         std::uint64_t referenceCount = 0;
-        /// How many of the first references are to keys.
+        /// How many of the references, from the first, point to keys.
         std::uint64_t keyCount = 0;
     };
 
@@ -60,7 +60,7 @@ public:
     [[nodiscard]] std::uint64_t count() const { return count_; }
     [[nodiscard]] std::uint64_t root() const { return root_; }
 
-    /// What the object of that index holds; none when it is unknown or reaches out of the objects' part.
+    /// The contents of the object with that index; none if it is unknown or exceeds the objects section.
     [[nodiscard]] std::optional<Contents> contentsOf(std::uint64_t index) const {
         std::uint64_t position = integerAt(end_ + index * offsetSize_, offsetSize_);
         if (position < kBinaryMagic.size() || position >= end_) return std::nullopt;
@@ -94,7 +94,7 @@ public:
         }
     }
 
-    /// The object that a container's reference of that number names; none when there is no such object.
+    /// The object that the given reference of a container points to; none if there is no such object.
     [[nodiscard]] std::optional<std::uint64_t> reference(const Contents& contents, std::uint64_t number) const {
         const std::uint64_t index = integerAt(contents.references + number * referenceSize_, referenceSize_);
         return index < count_ ? std::optional(index) : std::nullopt;
@@ -112,7 +112,7 @@ private:
         return integer;
     }
 
-    /// The integer object at `position`, which moves behind it.
+    /// Reads the integer object at `position` and advances the position.
     [[nodiscard]] std::optional<std::uint64_t> sizeAt(std::uint64_t& position) const {
         if (position >= end_) return std::nullopt;
         const std::uint8_t marker = data_[position++];
@@ -168,11 +168,11 @@ private:
     std::uint64_t referenceSize_ = 0;
     std::uint64_t count_ = 0;
     std::uint64_t root_ = 0;
-    /// Where the objects end and the table of their offsets begins.
+    /// The end of the objects and the start of the offset table.
     std::uint64_t end_ = 0;
 };
 
-/// Measures each object once, its children first, on a stack of its own.
+/// Measures each object once, its children first, using an explicit stack.
 class NestingOfObjects {
 public:
     explicit NestingOfObjects(const BinaryObjects& objects) : objects_(objects), extents_(objects.count()) {}
@@ -198,7 +198,7 @@ public:
 
 private:
     static constexpr std::uint64_t kLargestSize = std::uint64_t{64} << 20U;
-    /// What a value costs beside its bytes, about.
+    /// The approximate overhead of a value.
     static constexpr std::uint64_t kBytesOfValue = 64;
 
     struct Extent {

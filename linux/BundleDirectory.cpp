@@ -29,7 +29,7 @@ std::string requiredText(const platform::NSMutableDictionary& info, std::string_
     return *std::move(text);
 }
 
-/// Whether a bundle may name that file as its binary: one of its own, in the folder where it belongs.
+/// Whether a bundle can name that file as its binary: it must be in the bundle's own folder for binaries.
 bool isOwnFileName(std::string_view name) {
     return name.find('/') == std::string_view::npos && name.find("..") == std::string_view::npos && name != ".";
 }
@@ -39,7 +39,7 @@ std::string_view environmentVariable(const char* name) {
     return value ? value : "";
 }
 
-/// The locale of messages; the first of the variables that says something decides.
+/// The locale of messages, from the first of the variables that is set.
 std::string_view messageLocale() {
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
         const std::string_view locale = environmentVariable(name);
@@ -53,23 +53,23 @@ std::string_view withoutCodesetAndModifier(std::string_view locale) {
     return locale.substr(0, locale.find_first_of(".@"));
 }
 
-/// Whether a locale is the one of programs, whose texts are English.
+/// Whether this is the C or POSIX locale, whose texts are English.
 bool isUntranslated(std::string_view locale) {
     const std::string_view name = withoutCodesetAndModifier(locale);
     return name == "C" || name == "POSIX";
 }
 
-/// Chinese is written in two scripts. Regions stand for the one they use, and some locales name it themselves:
+/// Chinese is written in two scripts. A region implies the script that it uses, and some locales name the script:
 /// zh_Hant_HK.
 std::string_view scriptOfChinese(std::string_view region) {
     const bool isTraditional = region == "TW" || region == "HK" || region == "MO" || region.starts_with("Hant");
     return isTraditional ? "Hant" : "Hans";
 }
 
-/// Adds the names that the folder of a locale's language may have, the most particular first.
+/// Adds the possible folder names for the language of a locale, the most specific first.
 void appendLanguagesOfLocale(std::vector<std::string>& languages, std::string_view locale) {
     const std::string_view name = withoutCodesetAndModifier(locale);
-    // A name becomes a part of a path.
+    // The name becomes part of a path.
     const bool isName = !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
     });
@@ -83,14 +83,14 @@ void appendLanguagesOfLocale(std::vector<std::string>& languages, std::string_vi
     }
     if (language == "zh") languages.push_back(std::string("zh-").append(scriptOfChinese(region)));
     languages.push_back(language);
-    // Whoever reads Portuguese is served better by its other dialect than by English.
+    // Portuguese readers prefer the other dialect to English.
     if (language == "pt") languages.emplace_back("pt_BR");
 }
 
-/// The user's languages in the order in which texts are looked for, with English behind them.
+/// The languages of the user in order of preference, with English last.
 std::vector<std::string> languagesOfUser() {
     const std::string_view locale = messageLocale();
-    // Whoever works in the locale of programs wants their texts, whatever LANGUAGE says.
+    // In the C or POSIX locale, LANGUAGE is ignored.
     if (isUntranslated(locale)) return {kEnglish};
     std::string wanted(environmentVariable("LANGUAGE"));
     wanted.append(":").append(locale);
@@ -149,7 +149,7 @@ platform::NSBundle* BundleDirectory::bundleWithIdentifier(std::string_view ident
 
 std::unique_ptr<platform::NSPreferencePane> BundleDirectory::loadPane(platform::Platform& platform) {
     const std::string binary = contents_ + '/' + executable_;
-    // The handle is never closed: objects of the binary's classes, and functions they left with others, live on.
+    // The handle is never closed, because objects of the binary's classes and their callbacks may still be alive.
     void* const handle = ::dlopen(binary.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (!handle) {
         const char* reason = ::dlerror();

@@ -11,12 +11,12 @@ namespace kelvo {
 
 namespace {
 
-/// As many messages as one turn of the loop may bring, so that timers and painting get theirs under a flood: a message
-/// may make the pane build its list of gestures anew.
+/// Limits the messages per turn of the loop, so that timers and painting get their share during a flood: a message can
+/// make the pane rebuild its list of gestures.
 constexpr int kMessagesPerTurn = 8;
 
-/// Both ways of opening connect without waiting; the rest of the handshake is left to sd_bus_process(). Null when
-/// nobody listens there.
+/// Both ways of opening connect without waiting; sd_bus_process() completes the handshake. Null if nobody
+/// listens there.
 Bus startedBus(const std::string& address) {
     sd_bus* created = nullptr;
     if (address.empty()) return Bus(sd_bus_open_user(&created) >= 0 ? created : nullptr);
@@ -28,7 +28,7 @@ Bus startedBus(const std::string& address) {
     return started ? std::move(bus) : nullptr;
 }
 
-/// `deadline` is in microseconds of the monotonic clock, which is the steady one.
+/// `deadline` is in microseconds of the monotonic clock, which is the steady clock.
 double secondsUntil(std::uint64_t deadline) {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return static_cast<double>(deadline) / 1e6 - std::chrono::duration<double>(now).count();
@@ -59,7 +59,7 @@ bool BusConnection::hasSentEverything() const {
 
 void BusConnection::process() {
     if (!bus_) return;
-    // What is called at the end may let go of this connection.
+    // The final callback may release this connection.
     const auto self = shared_from_this();
     int progress = 1;
     for (int i = 0; progress > 0 && i < kMessagesPerTurn; ++i) progress = sd_bus_process(bus_.get(), nullptr);
@@ -70,7 +70,7 @@ void BusConnection::process() {
 void BusConnection::close() {
     if (timer_) timer_->invalidate();
     timer_.reset();
-    // The watch goes before the descriptor that it watches.
+    // The watch must go before its descriptor.
     watch_.reset();
     bus_.reset();
 }
@@ -81,7 +81,7 @@ std::function<void()> BusConnection::processLater() {
     };
 }
 
-/// Arranges for process() when sd-bus needs it next. False when the connection is lost.
+/// Schedules process() for when sd-bus needs it next. False if the connection is lost.
 bool BusConnection::awaitMore() {
     if (timer_) timer_->invalidate();
     timer_.reset();
@@ -90,7 +90,7 @@ bool BusConnection::awaitMore() {
     std::uint64_t deadline = 0;
     if (events < 0 || sd_bus_get_timeout(bus_.get(), &deadline) < 0) return false;
     watch_->enableCallBacks((events & POLLIN) != 0, (events & POLLOUT) != 0);
-    // Messages that sd-bus has read already do not make the descriptor readable: for them the deadline has passed.
+    // Messages that sd-bus has already read do not make the descriptor readable: their deadline has passed.
     constexpr auto never = std::numeric_limits<std::uint64_t>::max();
     if (deadline != never) timer_ = loop_.scheduleTimer(secondsUntil(deadline), processLater());
     return true;

@@ -20,10 +20,10 @@ using platform::NSData;
 
 namespace {
 
-/// A port that nobody takes messages from refuses more than these, to bound what it holds.
+/// A port whose messages nobody handles refuses more than this, to limit its queue.
 constexpr std::size_t kLongestQueue = 4096;
 
-/// The array of bytes that comes next in `message`; negative when it is none. Throws when there is no memory.
+/// The byte array that comes next in `message`; negative if it is something else. Throws if memory runs out.
 int readData(sd_bus_message* message, NSData& data) {
     const void* bytes = nullptr;
     std::size_t size = 0;
@@ -34,21 +34,21 @@ int readData(sd_bus_message* message, NSData& data) {
     return 0;
 }
 
-/// The call that carries a message to the owner of `destination`; null when the bus cannot carry it.
+/// The call that delivers a message to the owner of `destination`; null if the bus cannot deliver it.
 BusMessage newSendCall(sd_bus* bus, const std::string& destination, std::int32_t messageId,
                        std::span<const std::uint8_t> data) {
     sd_bus_message* created = nullptr;
     if (sd_bus_message_new_method_call(bus, &created, destination.c_str(), kPortPath, kPortInterface, kSendMethod) < 0)
         return nullptr;
     BusMessage call(created);
-    // A port that nobody has opened is absent; the bus is not to start anybody for it.
+    // A port that nobody has opened is absent; the bus must not start a program for it.
     if (sd_bus_message_set_auto_start(created, 0) < 0) return nullptr;
     if (sd_bus_message_append(created, "i", messageId) < 0) return nullptr;
     if (sd_bus_message_append_array(created, 'y', data.data(), data.size()) < 0) return nullptr;
     return call;
 }
 
-/// What the bus answered to one call.
+/// The answer of the bus to one call.
 struct Answer {
     bool hasArrived = false;
     CFMessagePortStatus status = CFMessagePortStatus::TransportError;
@@ -77,8 +77,8 @@ int onAnswer(sd_bus_message* reply, void* userData, sd_bus_error*) noexcept {
 
 } // namespace
 
-/// Sends for all remote ports over one connection, which is opened with the first message. It is not one that receives,
-/// so that a handler may send while its own message is being handled.
+/// Sends for all remote ports over one connection, which the first message opens. It is not used for receiving, so that
+/// a handler can send while its own message is being handled.
 class BusSender {
 public:
     BusSender(CFRunLoop& loop, std::string address) : loop_(loop), address_(std::move(address)) {}
@@ -87,7 +87,7 @@ public:
                              double sendTimeout, double receiveTimeout, NSData& reply);
 
 private:
-    /// The connection, a new one if the last was lost; null when there is no bus.
+    /// The connection, a new one if the last one was lost; null if there is no bus.
     std::shared_ptr<BusConnection> connection();
 
     CFRunLoop& loop_;
@@ -96,7 +96,7 @@ private:
 };
 
 std::shared_ptr<BusConnection> BusSender::connection() {
-    // A bus that went away since the last message shows only when it is served.
+    // The loss of the bus since the last message is detected only when it is processed.
     if (connection_) connection_->process();
     if (!connection_ || !connection_->isOpen()) connection_ = BusConnection::open(loop_, address_);
     return connection_;
@@ -106,7 +106,7 @@ CFMessagePortStatus BusSender::send(const std::string& name, std::int32_t messag
                                     double sendTimeout, double receiveTimeout, NSData& reply) {
     const std::string destination = kBusNamePrefix + name;
     if (sd_bus_service_name_is_valid(destination.c_str()) <= 0) return CFMessagePortStatus::IsInvalid;
-    // The waits may deliver anything, another send included, which may close this connection but not destroy it.
+    // The waits can deliver anything, including another send, which may close this connection but not destroy it.
     const auto connection = this->connection();
     if (!connection) return CFMessagePortStatus::TransportError;
     const BusMessage call = newSendCall(connection->bus(), destination, messageId, data);
@@ -116,14 +116,14 @@ CFMessagePortStatus BusSender::send(const std::string& name, std::int32_t messag
     sd_bus_slot* created = nullptr;
     if (sd_bus_call_async(connection->bus(), &created, call.get(), onAnswer, &answer, kNoTimeout) < 0)
         return CFMessagePortStatus::TransportError;
-    // Without its slot an answer that comes too late is nobody's.
+    // Without its slot, a late answer is ignored.
     const BusSlot slot(created);
     connection->process();
 
     const auto hasEnded = [&] { return answer.hasArrived || !connection->isOpen(); };
     loop_.runUntil([&] { return hasEnded() || connection->hasSentEverything(); }, sendTimeout);
     if (!hasEnded() && !connection->hasSentEverything()) {
-        // What is still queued must not reach the peer after its sender has given up.
+        // A queued message must not reach the peer after its sender has given up.
         connection->close();
         return CFMessagePortStatus::SendTimeout;
     }
@@ -144,7 +144,7 @@ public:
 
     CFMessagePortStatus sendRequest(std::int32_t messageId, std::span<const std::uint8_t> data, double sendTimeout,
                                     double receiveTimeout, NSData& reply) override {
-        // What arrives during the wait may destroy this port.
+        // A message that arrives during the wait may destroy this port.
         const auto sender = sender_;
         return sender->send(name_, messageId, data, sendTimeout, receiveTimeout, reply);
     }
@@ -154,8 +154,8 @@ private:
     std::string name_;
 };
 
-/// What a local port, its source and the bus share: the service that owns the port's name, and the messages that came.
-/// It lives on while a message is being handled, even if the handler destroys the port.
+/// Shared by a local port, its source and the bus: the service that owns the port's name, and the received messages.
+/// It stays alive while a message is being handled, even if the handler destroys the port.
 class Mailbox : public std::enable_shared_from_this<Mailbox> {
 public:
     Mailbox(CFRunLoop& loop, std::string address, const std::string& name, platform::CFMessagePorts::CallBack callBack)
@@ -164,13 +164,13 @@ public:
               loop, std::move(address),
               BusService::Offer{kBusNamePrefix + name, kPortPath, kPortInterface, vtable, this, {}})) {}
 
-    /// Whether the name was got.
+    /// Whether the name was acquired.
     [[nodiscard]] bool open() { return service_->open(); }
-    /// From now on the messages are those of `port`.
+    /// From now on, messages go to `port`.
     void attach(platform::CFMessagePort& port) { port_ = &port; }
-    /// Whoever sent the message that is being handled.
+    /// The sender of the message that is being handled.
     [[nodiscard]] const std::string& sender() const { return sender_; }
-    /// Gives the name and all messages up.
+    /// Releases the name and discards all messages.
     void close();
 
     void startDelivery(const platform::CFRunLoopSource& source, CFRunLoop& loop);
@@ -202,8 +202,8 @@ private:
     std::shared_ptr<platform::NSTimer> delivery_;
 };
 
-// Whose user the sender is, the bus tells only in answer to a further call. It need not be asked: a session bus admits
-// its own user alone, so the method is open to everybody on it.
+// Finding out the user of the sender would take another call. There is no need: a session bus admits only its own
+// user, so the method is open to everyone on the bus.
 const sd_bus_vtable Mailbox::vtable[] = {
     SD_BUS_VTABLE_START(0),
     SD_BUS_METHOD(kSendMethod, kSendSignature, kReplySignature, Mailbox::onSend, SD_BUS_VTABLE_UNPRIVILEGED),
@@ -225,8 +225,8 @@ int Mailbox::onSend(sd_bus_message* call, void* userData, sd_bus_error*) noexcep
     }
 }
 
-/// Answers the sender, by an error when negative, and leaves the message for later: sd-bus, which calls this, could not
-/// go on receiving in a loop that the handler runs.
+/// Answers the sender, with an error if negative, and handles the message later: sd-bus, which calls this, could not
+/// receive in a loop that the handler runs.
 int Mailbox::receive(sd_bus_message* call) {
     if (queue_.size() >= kLongestQueue) return -ENOBUFS;
     Message message;
@@ -260,14 +260,14 @@ void Mailbox::deliverSoon() {
     });
 }
 
-/// The handler may do anything: destroy the port or the source, or run the loop, which then delivers what comes next.
+/// The handler can do anything: destroy the port or the source, or run the loop, which then delivers the next message.
 void Mailbox::deliver() {
     delivery_.reset();
     while (port_ && source_ && !queue_.empty()) {
         const Message message = std::move(queue_.front());
         queue_.pop_front();
         deliverSoon();
-        // A message may be handled within the handling of another.
+        // A message can be handled while another is being handled.
         const std::string senderBefore = std::exchange(sender_, message.sender);
         callBack_(*port_, message.id, message.data);
         sender_ = senderBefore;

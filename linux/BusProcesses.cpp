@@ -14,7 +14,7 @@ constexpr char kDaemonPath[] = "/org/freedesktop/DBus";
 
 } // namespace
 
-/// What was asked at once, and what has been answered of it.
+/// Questions that were asked together, and the answers so far.
 struct BusProcesses::Question {
     struct Name {
         std::string text;
@@ -53,7 +53,7 @@ void BusProcesses::ask(const std::vector<std::string>& names, Tell tell) {
     tellWhatIsKnown();
 }
 
-/// False when there is no bus.
+/// False if there is no bus.
 bool BusProcesses::connect() {
     if (!connection_ || !connection_->isOpen()) {
         connection_ = BusConnection::open(loop_, address_, [this] { tellWhatIsKnown(); });
@@ -84,7 +84,7 @@ int BusProcesses::onAnswer(sd_bus_message* answer, void* userData, sd_bus_error*
 
 void BusProcesses::tellWhatIsKnown() {
     const bool isLost = !connection_ || !connection_->isOpen();
-    // Whoever is told may ask again.
+    // The callback may ask again.
     std::list<Question> answered;
     for (auto question = questions_.begin(); question != questions_.end();) {
         const auto next = std::next(question);

@@ -8,12 +8,12 @@ namespace kelvo {
 
 namespace {
 
-/// Opening gives up on a bus that hangs after so many seconds.
+/// Opening gives up on a hung bus after this many seconds.
 constexpr double kOpenTimeoutSeconds = 2.0;
-/// A lost bus is looked for at these intervals, each twice the one before.
+/// A lost bus is retried at these intervals, which double each time.
 constexpr double kFirstRetrySeconds = 0.1;
 constexpr double kLongestRetrySeconds = 2.0;
-/// The answer to RequestName that makes the asker the owner.
+/// The answer to RequestName that means ownership.
 constexpr std::uint32_t kPrimaryOwner = 1;
 
 } // namespace
@@ -54,10 +54,10 @@ void BusService::connect() {
     keepName();
 }
 
-/// Nothing here waits; the bus answers by onNameAnswer(). False when the name cannot even be asked for.
+/// Does not wait; the bus answers through onNameAnswer(). False if the name cannot be requested at all.
 bool BusService::requestName() {
     sd_bus* bus = connection_->bus();
-    // Without flags the request neither queues behind another owner nor takes the name away from one.
+    // Without flags, the request neither queues behind another owner nor replaces it.
     return sd_bus_add_object_vtable(bus, nullptr, offer_.objectPath, offer_.interface, offer_.vtable,
                                     offer_.userData) >= 0 &&
            sd_bus_request_name_async(bus, nullptr, offer_.busName.c_str(), 0, onNameAnswer, this) >= 0;
@@ -73,11 +73,11 @@ int BusService::onNameAnswer(sd_bus_message* answer, void* userData, sd_bus_erro
 
 void BusService::afterProcessing() {
     keepName();
-    // A copy, since it may let go of this service.
+    // A copy, because the callback may release this service.
     if (const auto processed = offer_.processed) processed();
 }
 
-/// Called after each change of the connection. While the service stands without its name, tries to get it back.
+/// Called after each change of the connection. While the service does not own its name, tries to get it back.
 void BusService::keepName() {
     if (hasName()) retryInterval_ = kFirstRetrySeconds;
     if (!isKept_ || !hasFailed() || retry_) return;

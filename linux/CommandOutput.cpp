@@ -14,10 +14,10 @@ namespace kelvo {
 
 namespace {
 
-/// More than anything here prints; who prints on is read no further.
+/// More than any expected output; the rest is not read.
 constexpr std::size_t kMostText = 1U << 20U;
 
-/// The program's own end of the pipe is its standard output. Negative where it cannot be started.
+/// The standard output of the program is its end of the pipe. Negative if it cannot be started.
 pid_t started(std::vector<std::string>& words, int output) {
     std::vector<char*> arguments;
     arguments.reserve(words.size() + 1);
@@ -41,7 +41,7 @@ CommandOutput::CommandOutput(platform::CFRunLoop& loop, std::vector<std::string>
     std::array<int, 2> ends{-1, -1};
     if (::pipe2(ends.data(), O_CLOEXEC) == 0) {
         output_ = Descriptor(ends[0]);
-        // The program itself waits until there is room.
+        // The program waits until there is room.
         (void)::fcntl(output_.number(), F_SETFL, O_NONBLOCK);
         const Descriptor programs(ends[1]);
         process_ = started(words, programs.number());
@@ -58,7 +58,7 @@ CommandOutput::~CommandOutput() {
     end();
 }
 
-/// What is to be known of it is.
+/// Everything of interest has been read.
 void CommandOutput::end() {
     if (process_ < 0) return;
     ::kill(process_, SIGKILL);

@@ -15,9 +15,9 @@ namespace kelvo {
 
 namespace {
 
-/// A display that another program has to itself is asked for again at these intervals.
+/// Intervals for retrying a display that another program has grabbed.
 constexpr double kRetrySeconds = 5.0;
-/// More than any panel reports at once, and little enough for the timers that wait meanwhile.
+/// More than any panel reports at once, but few enough not to delay timers.
 constexpr int kMostEventsInATurn = 1024;
 
 touch::Time now() {
@@ -39,7 +39,7 @@ bool isStartOfLoss(const input_event& event) { return event.type == EV_SYN && ev
 } // namespace
 
 Evdev evdevOf(int eventNode) {
-    // A panel that sends garbage would fill the log.
+    // A panel that sends garbage must not fill the log.
     libevdev_set_log_priority(static_cast<libevdev_log_priority>(0));
     libevdev* device = nullptr;
     return Evdev(libevdev_new_from_fd(eventNode, &device) >= 0 ? device : nullptr);
@@ -69,7 +69,7 @@ touch::PanelDescription panelDescriptionOf(const libevdev* device) {
 std::unique_ptr<EvdevDisplay> EvdevDisplay::open(platform::CFRunLoop& loop, Descriptor eventNode, Listener& listener,
                                                  std::optional<touch::Size> knownSize) {
     Evdev device = evdevOf(eventNode.number());
-    // Deadlines are counted by the monotonic clock, and so are the stamps.
+    // Deadlines use the monotonic clock, and so must the timestamps.
     if (!device || !isTouchDisplay(device.get()) || libevdev_set_clock_id(device.get(), CLOCK_MONOTONIC) < 0) {
         return nullptr;
     }
@@ -93,7 +93,7 @@ EvdevDisplay::EvdevDisplay(Passkey, platform::CFRunLoop& loop, Descriptor eventN
 EvdevDisplay::~EvdevDisplay() {
     if (retry_) retry_->invalidate();
     if (rest_) rest_->invalidate();
-    // The service may keep the file open, and a grab lasts as long.
+    // The service may keep the file open, and the grab would last as long.
     if (isHeld_) (void)::ioctl(eventNode_.number(), EVIOCGRAB, nullptr);
 }
 
@@ -105,7 +105,7 @@ void EvdevDisplay::setHeld(bool isHeld) {
     holdAsWanted();
 }
 
-/// A display that everybody sees is nothing to wake up for, but for the finger that must be lifted first.
+/// While the display is not grabbed, wake up only if a finger must be lifted first.
 void EvdevDisplay::watchAsNeeded() {
     if (watch_) watch_->enableCallBacks(isWanted_ || isHeld_, false);
 }
@@ -127,7 +127,7 @@ void EvdevDisplay::read() {
     if (isHeld_ != isWanted_ && slots_.frame().contacts.empty()) holdAsWanted();
 }
 
-/// What libevdev has taken in already does not wake the loop.
+/// Events that libevdev has already read do not wake up the loop.
 void EvdevDisplay::readRestLater() {
     if (rest_) rest_->invalidate();
     rest_ = loop_.scheduleTimer(0.0, [this] {
@@ -136,8 +136,8 @@ void EvdevDisplay::readRestLater() {
     });
 }
 
-/// False when nothing is left to be read, with errno saying why. Lost events are made up for by libevdev, which then
-/// tells how things stand as if they were events.
+/// False if nothing is left to read; errno says why. After lost events, libevdev reports the current state as a series
+/// of events.
 bool EvdevDisplay::readNext(unsigned& flag) {
     input_event event{};
     const int result = libevdev_next_event(device_.get(), flag, &event);
@@ -177,10 +177,10 @@ void EvdevDisplay::holdAsWanted() {
     }
 }
 
-/// A finger that lands meanwhile would have been seen by half, so the panel is then left as it was.
+/// If a finger lands in the meantime, others have seen part of it, so the panel is left as it was.
 bool EvdevDisplay::switchGrab() {
     const auto grab = [this](bool isOn) {
-        // The kernel takes the number that stands in the pointer's place.
+        // The kernel takes a number in place of the pointer.
         return ::ioctl(eventNode_.number(), EVIOCGRAB, isOn ? 1 : 0) == 0;
     };
     if (!grab(isWanted_)) {
@@ -197,9 +197,9 @@ bool EvdevDisplay::switchGrab() {
     return true;
 }
 
-/// What cannot be asked counts as touched, and the panel stays as it is.
+/// If the state is unavailable, the panel counts as touched and stays as it is.
 bool EvdevDisplay::isTouched() const {
-    // The axis that is asked for, then a value for each slot.
+    // The requested axis, then a value per slot.
     std::vector<std::int32_t> values(description_.slots + 1, -1);
     values[0] = ABS_MT_TRACKING_ID;
     if (::ioctl(eventNode_.number(), EVIOCGMTSLOTS(values.size() * sizeof values[0]), values.data()) < 0) return true;
@@ -210,7 +210,7 @@ void EvdevDisplay::retryLater() {
     retry_ = loop_.scheduleTimer(kRetrySeconds, [this] { holdAsWanted(); });
 }
 
-/// The grab ended with the device, or with the right to it.
+/// The grab ended with the device, or with the access to it.
 void EvdevDisplay::lose() {
     if (retry_) retry_->invalidate();
     retry_.reset();

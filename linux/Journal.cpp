@@ -17,11 +17,11 @@ bool isStandardErrorWanted() {
     return (wanted && *wanted) || ::isatty(STDERR_FILENO) == 1;
 }
 
-/// How many bytes of the text belong to the control character that it begins with; 0 when it begins with another.
+/// The length in bytes of the control character at the start of the text; 0 if there is none.
 std::size_t lengthOfControlCharacter(std::string_view text) {
     const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     if (byteAt(0) < 0x20 || byteAt(0) == 0x7F) return 1;
-    // Those from U+0080 to U+009F, some of which terminals obey like an escape.
+    // U+0080 to U+009F, some of which terminals interpret like escape sequences.
     const bool isOfTheSecondSet = byteAt(0) == 0xC2 && text.size() > 1 && byteAt(1) >= 0x80 && byteAt(1) < 0xA0;
     return isOfTheSecondSet ? 2 : 0;
 }
@@ -65,7 +65,7 @@ void Journal::write(std::string_view line) {
     std::string visible = withVisibleControlCharacters(line);
     ::syslog(LOG_USER | LOG_NOTICE, "%s", visible.c_str());
     if (!writesToStandardError_) return;
-    // One call, so that the lines of several processes do not mix. There is nobody to tell that it failed.
+    // A single call, so that lines of several processes do not mix. A failure cannot be reported anywhere.
     visible += '\n';
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, visible.data(), visible.size());
 }

@@ -40,7 +40,7 @@ std::optional<std::string> programOfApplication(const std::string& path) {
     return std::nullopt;
 }
 
-/// What a started process takes over from this one, and what it does not.
+/// What a started process inherits from this one, and what it does not.
 class SpawnSettings {
 public:
     SpawnSettings() {
@@ -54,7 +54,7 @@ public:
         ::posix_spawnattr_destroy(&attributes_);
     }
 
-    /// False when memory is short.
+    /// False if memory runs out.
     [[nodiscard]] bool detach() {
         sigset_t none;
         sigset_t all;
@@ -70,7 +70,7 @@ public:
                ::posix_spawn_file_actions_addchdir_np(&files_, "/") == 0;
     }
 
-    /// The process, or none when `program` could not be started.
+    /// The process, or none if `program` could not be started.
     [[nodiscard]] std::optional<pid_t> spawn(std::string program) const {
         char* const arguments[] = {program.data(), nullptr};
         pid_t process = 0;
@@ -85,7 +85,7 @@ private:
     posix_spawn_file_actions_t files_{};
 };
 
-/// Waits beside everything else for the process to end, so that no zombie stays.
+/// Waits in the background for the process to end, so that no zombie remains.
 void reapWhenEnded(pid_t process) {
     try {
         std::thread([process] {
@@ -93,7 +93,7 @@ void reapWhenEnded(pid_t process) {
             }
         }).detach();
     } catch (const std::system_error&) {
-        // Without a thread the zombie stays until this process ends. The application runs all the same.
+        // Without a thread, the zombie remains until this process ends. The application still runs.
     }
 }
 

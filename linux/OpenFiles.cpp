@@ -14,7 +14,7 @@ namespace {
 using std::filesystem::directory_iterator;
 using std::filesystem::path;
 
-/// Processes end and files are closed while this looks on; what is gone is not there.
+/// Processes and open files can disappear at any time; those are skipped.
 template <typename Visit>
 void visitFolder(const path& folder, const Visit& visit) {
     std::error_code error;

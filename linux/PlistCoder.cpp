@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::size_t kLargestMessage = std::size_t{1} << 20U;
 constexpr std::size_t kDeepestMessage = 64;
-/// Deeper than any file anyone writes, and far from what the stack holds of the recursion that writes, compares and
-/// frees values.
+/// Deeper than any real file, and far below the stack limit for the recursion that writes, compares and frees
+/// values.
 constexpr std::size_t kDeepestFile = 512;
 
 } // namespace

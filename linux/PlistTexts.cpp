@@ -31,7 +31,7 @@ std::string_view withoutBlanksAround(std::string_view text) {
     return text;
 }
 
-/// The number that all of `text` stands for. std::from_chars takes neither blanks nor a plus sign.
+/// Parses all of `text` as a number. std::from_chars accepts neither blanks nor a plus sign.
 template <typename Number, typename Format>
 std::optional<Number> numberOfAll(std::string_view text, Format format) {
     Number number{};
@@ -40,7 +40,7 @@ std::optional<Number> numberOfAll(std::string_view text, Format format) {
     return error == std::errc() && next == end ? std::optional(number) : std::nullopt;
 }
 
-/// Takes so many digits off the start of `text`.
+/// Removes this many digits from the start of `text`.
 std::optional<unsigned> takeDigits(std::string_view& text, std::size_t count) {
     const std::string_view digits = text.substr(0, count);
     if (digits.size() < count || !std::all_of(digits.begin(), digits.end(), isDigit)) return std::nullopt;
@@ -48,7 +48,7 @@ std::optional<unsigned> takeDigits(std::string_view& text, std::size_t count) {
     return numberOfAll<unsigned>(digits, 10);
 }
 
-/// 64 for what is no digit of base 64.
+/// 64 for an invalid base64 digit.
 constexpr std::array<std::uint8_t, 256> sextets() {
     constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::array<std::uint8_t, 256> table{};
@@ -77,7 +77,7 @@ std::optional<double> real(std::string_view text) {
         text.remove_prefix(1);
         if (text.starts_with('-')) return std::nullopt;
     }
-    // Behind "nan", C++ also takes something in parentheses.
+    // After "nan", C++ also accepts text in parentheses.
     if (text.ends_with(')')) return std::nullopt;
     return numberOfAll<double>(text, std::chars_format::general);
 }
@@ -129,7 +129,7 @@ std::optional<NSData> data(std::string_view text) {
 }
 
 std::string textOf(double real) {
-    // What is no number has no sign either, though its bits have.
+    // NaN has no sign here, although its bits have one.
     if (std::isnan(real)) return "nan";
     std::array<char, 32> buffer{};
     const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), real);
@@ -140,7 +140,7 @@ bool hasText(NSDate date) {
     const double seconds = date.timeIntervalSinceReferenceDate;
     constexpr std::chrono::seconds first = kFirstDay - kReferenceDate;
     constexpr std::chrono::seconds beyond = kDayAfterTheLast - kReferenceDate;
-    // NaN is not within anything.
+    // NaN is never within bounds.
     return seconds >= static_cast<double>(first.count()) && seconds < static_cast<double>(beyond.count());
 }
 

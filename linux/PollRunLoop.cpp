@@ -14,10 +14,10 @@ namespace kelvo {
 
 namespace {
 
-/// Longer waits than a century are cut to it, so that no time computed from one overflows.
+/// Waits are limited to a century, so that computed times cannot overflow.
 constexpr double kLongestWaitSeconds = 100.0 * 365.0 * 24.0 * 3600.0;
 
-/// One watched descriptor. Whoever is calling `ready` shares it, so that a watch may be destroyed by its own call.
+/// A watched descriptor. The caller of `ready` shares it, so that a watch can be destroyed by its own callback.
 struct WatchedDescriptor {
     int descriptor;
     std::function<void()> ready;
@@ -29,7 +29,7 @@ struct WatchedDescriptor {
         return static_cast<short>((whenReadable ? POLLIN : 0) | (whenWritable ? POLLOUT : 0));
     }
 
-    /// An error or a hang-up is for whoever waits for anything; one who waits for nothing is left alone.
+    /// Errors and hang-ups go to watches that wait for any event, but not to those that wait for none.
     [[nodiscard]] bool wants(short occurred) const {
         return isWatched && events() != 0 && (occurred & (events() | POLLERR | POLLHUP | POLLNVAL)) != 0;
     }
@@ -39,7 +39,7 @@ using WatchedDescriptors = std::vector<std::shared_ptr<WatchedDescriptor>>;
 
 void writePollEntries(const WatchedDescriptors& watched, std::vector<pollfd>& entries) {
     entries.clear();
-    // A negative descriptor is skipped by the system; one that is asked for no events would still report a hang-up.
+    // The system skips negative descriptors; a descriptor without requested events would still report hang-ups.
     for (const auto& each : watched)
         entries.push_back({each->events() == 0 ? -1 : each->descriptor, each->events(), 0});
 }
@@ -51,7 +51,7 @@ timespec asTimespec(std::chrono::nanoseconds wait) {
 
 } // namespace
 
-/// What timers and watches are removed from; they may outlive the loop.
+/// Timers and watches remove themselves from here; they can outlive the loop.
 struct PollRunLoop::Registry {
     struct Place {
         Clock::time_point due;
@@ -63,8 +63,8 @@ struct PollRunLoop::Registry {
     unsigned long nextNumber = 0;
     WatchedDescriptors watched;
 
-    // What a turn of the loop began with. They keep their memory, so that a turn allocates nothing; a nested loop
-    // writes its own into them, after which the turn around it reads them no more.
+    // The state at the start of a turn of the loop. The vectors keep their memory, so that a turn allocates nothing. A
+    // nested loop overwrites them, after which the outer turn no longer reads them.
     WatchedDescriptors watchedInTurn;
     std::vector<pollfd> entriesInTurn;
 };
@@ -144,7 +144,7 @@ PollRunLoop::Clock::time_point PollRunLoop::timeAfter(double seconds) {
     return Clock::now() + std::chrono::ceil<Clock::duration>(std::chrono::duration<double>(wait));
 }
 
-/// Waits until something is due, at the latest until `latest`, and delivers it.
+/// Waits until something is due, or until `latest`, and delivers it.
 void PollRunLoop::runOnce(Clock::time_point latest) {
     if (!registry_->timers.empty()) latest = std::min(latest, registry_->timers.begin()->first.due);
     std::optional<timespec> wait;
@@ -154,21 +154,21 @@ void PollRunLoop::runOnce(Clock::time_point latest) {
     auto& watched = registry_->watchedInTurn = registry_->watched;
     auto& entries = registry_->entriesInTurn;
     writePollEntries(watched, entries);
-    // A failure is a signal that came in between: nothing is ready then, and the next turn waits again.
+    // A failure means that a signal arrived: nothing is ready, and the next turn waits again.
     const int readyCount = ppoll(entries.data(), entries.size(), wait ? &*wait : nullptr, nullptr);
     const auto turn = ++turn_;
 
     fireTimersDueBy(Clock::now());
-    // A nested loop has served the descriptors since; what is still ready shows again in the next turn.
+    // A nested loop has handled the descriptors since; those still ready are reported again in the next turn.
     for (std::size_t i = 0; readyCount > 0 && turn == turn_ && i < entries.size(); ++i) {
-        // A copy, since a nested loop may forget it while it is being called.
+        // A copy, because a nested loop may release it during the call.
         if (const auto each = watched[i]; each->wants(entries[i].revents)) each->ready();
     }
     watched.clear();
 }
 
-/// A timer that is scheduled meanwhile waits for the next turn even if it is due, so that timers which renew themselves
-/// leave room for everything else.
+/// A timer scheduled in the meantime waits for the next turn even if it is due, so that timers that reschedule
+/// themselves leave room for everything else.
 void PollRunLoop::fireTimersDueBy(Clock::time_point now) {
     const auto firstNew = registry_->nextNumber;
     while (!registry_->timers.empty()) {

@@ -13,12 +13,12 @@ Action chord(std::initializer_list<std::string_view> names) {
     return action;
 }
 
-/// Fingers on the glass go on with it until they lift.
+/// The gesture continues until the fingers lift.
 bool isFollowed(Gesture gesture) {
     return gesture == Gesture::Scroll || gesture == Gesture::ZoomInOrOut || gesture == Gesture::Rotate;
 }
 
-/// Its fingers have been lifted before it is known.
+/// It is recognised only after its fingers have been lifted.
 bool isTap(Gesture gesture) {
     return gesture == Gesture::SecondaryClick || gesture == Gesture::LookUp || gesture == Gesture::SmartZoom;
 }
@@ -86,7 +86,7 @@ ActionTable::ActionTable() {
         set(gesture, fingers);
     }
     set(Gesture::SecondaryClick, Action{.kind = Action::Kind::RightClick});
-    // Fingers to the left bring the next page, as paper goes.
+    // Moving the fingers to the left shows the next page, as with paper.
     set(Gesture::SwipeBetweenPages, Direction::Left, chord({"Alt", "Right"}));
     set(Gesture::SwipeBetweenPages, Direction::Right, chord({"Alt", "Left"}));
     set(Gesture::SmartZoom, chord({"Control", "Keypad0"}));

@@ -10,7 +10,7 @@ namespace touch {
 
 namespace {
 
-/// Not so for what is no number either.
+/// Also false for NaN.
 bool isSomewhere(Point place) {
     return std::abs(place.x) <= thresholds::kNowhere && std::abs(place.y) <= thresholds::kNowhere;
 }
@@ -70,14 +70,14 @@ void ContactFilter::see(const Contact& contact) {
     sightings_.fingers.add({known->finger, contact.place, isNew});
 }
 
-/// The next frame has yet to show it again.
+/// A known contact must be seen again in every frame.
 bool ContactFilter::staysKnown(Known& known) {
     if (std::exchange(known.isSeen, false)) return true;
     if (!known.isIgnored) sightings_.lifted.add(known.finger);
     return false;
 }
 
-/// By the time since the contact came where it was, so that frames without movement make no difference.
+/// Measured from the time when the contact reached its last position, so that frames without movement do not matter.
 bool ContactFilter::jumps(const Known& known, Point to) const {
     const double way = distance(known.place, to);
     const double seconds = std::chrono::duration<double>(sightings_.time - known.since).count();

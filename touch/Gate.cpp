@@ -17,7 +17,7 @@ void Gate::give(const Output& output, Time now) {
     waiting_.add({output, closedUntil_});
 }
 
-/// Of moves that nobody has seen yet the newest is enough.
+/// Of several moves that nobody has seen yet, only the newest matters.
 bool Gate::replacesLast(const Output& output) const {
     const bool isMove = output.kind == Output::Kind::TouchMove || output.kind == Output::Kind::PointerMove;
     if (!isMove || !output.endsFrame || waiting_.empty()) return false;

@@ -44,7 +44,7 @@ constexpr std::array<std::string_view, 5> kDirectionNames{"", "left", "right", "
 
 constexpr std::string_view kContentTracksFingers = "ContentTracksFingerMovement";
 
-/// An action that some catalogue offers for a gesture, and the shapes it is made of.
+/// An action that a catalogue offers for a gesture, and the shapes that perform it.
 struct Offer {
     Gesture gesture;
     std::string_view action;
@@ -75,7 +75,7 @@ constexpr std::array kOffers{
     Offer{Gesture::ShowDesktop, "SwipeUpWithFourFingers", Shape::UpWithFour},
 };
 
-/// The action that a record's user has chosen; none where the choice is not in the list.
+/// The action that the user has chosen in a record; none if the choice is not in the list.
 std::optional<std::string_view> chosenAction(const GestureRecord& record) {
     const auto index = record.selectedIndex;
     if (index < 0 || static_cast<std::uint64_t>(index) >= record.descriptor.size()) return std::nullopt;
@@ -87,7 +87,7 @@ bool hasRecordOf(Gesture gesture, const std::vector<GestureRecord>& records) {
                        [&](const GestureRecord& record) { return record.name == nameOf(gesture); });
 }
 
-/// Whether the system has a gesture like this one on; the pane shows the row as off where it has not.
+/// Whether the corresponding system gesture is on; if it is off, the pane shows the row as off.
 bool isOnInSystem(Gesture gesture, std::int64_t selectedIndex, const SystemSwitches& switches) {
     switch (gesture) {
     case Gesture::AppExpose:
@@ -99,7 +99,7 @@ bool isOnInSystem(Gesture gesture, std::int64_t selectedIndex, const SystemSwitc
     case Gesture::Launchpad:
         return switches.launchpad;
     case Gesture::SwipeBetweenPages:
-        // The switch is that of scrolling with two fingers, which the second choice has nothing to do with.
+        // The switch belongs to scrolling with two fingers, which does not affect the second choice.
         return switches.pagesNeedNoSwitch || switches.swipeNavigateWithScrolls ||
                (selectedIndex != 0 && selectedIndex != 2);
     case Gesture::SecondaryClick:
@@ -136,7 +136,7 @@ std::int32_t fingersOf(Shape shape) { return kShapes[static_cast<std::size_t>(sh
 
 GestureChoice::GestureChoice(const std::vector<GestureRecord>& records, const SystemSwitches& switches) {
     for (const GestureRecord& record : records) add(record, switches);
-    // Newer systems have no record for scrolling, since it cannot be switched off there.
+    // Newer systems have no record for scrolling, because it cannot be switched off there.
     if (!hasRecordOf(Gesture::Scroll, records)) {
         gestures_[static_cast<std::size_t>(Shape::ScrollWithTwo)] = Gesture::Scroll;
     }

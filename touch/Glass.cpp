@@ -12,7 +12,7 @@ double extentOf(Axis axis) {
     return std::max(1.0, static_cast<double>(axis.maximum) - static_cast<double>(axis.minimum));
 }
 
-/// From 0 to 1; what lies outside the range is at its end.
+/// From 0 to 1; values outside the range are clamped.
 double shareOf(std::int32_t value, Axis axis) {
     const double share = (static_cast<double>(value) - static_cast<double>(axis.minimum)) / extentOf(axis);
     return std::clamp(share, 0.0, 1.0);
@@ -23,7 +23,7 @@ bool canBePanel(Size size) {
     return length >= thresholds::kShortestPanel && length <= thresholds::kLongestPanel;
 }
 
-/// As the panel says, else as somebody else does.
+/// As reported by the panel, otherwise as given.
 std::optional<Size> saidSize(Axis x, Axis y, std::optional<Size> knownSize) {
     if (x.resolution > 0 && y.resolution > 0) {
         const Size size{extentOf(x) / x.resolution, extentOf(y) / y.resolution};

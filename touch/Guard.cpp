@@ -6,14 +6,14 @@ namespace touch {
 
 namespace {
 
-/// The entry for `number`, or null where the device has none.
+/// The entry for `number`, or null if the device has none.
 template <std::size_t Count>
 bool* entry(std::array<bool, Count>& entries, std::int32_t number) {
     return number >= 0 && static_cast<std::size_t>(number) < Count ? &entries[static_cast<std::size_t>(number)]
                                                                    : nullptr;
 }
 
-/// Whether that is news.
+/// Whether this changes anything.
 bool changes(bool* isDown, bool becomesDown) {
     if (!isDown || *isDown == becomesDown) return false;
     *isDown = becomesDown;

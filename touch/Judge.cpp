@@ -71,7 +71,7 @@ void Judge::judgePlace(Road road, Point at) const {
     const bool isOnPad = road == Road::Touchpad;
     const double width = isOnPad ? thresholds::kPad.width : 1.0;
     const double height = isOnPad ? thresholds::kPad.height : 1.0;
-    // Written so that no number is no place either.
+    // Written so that NaN is rejected, too.
     const bool isPlace = at.x >= 0.0 && at.x <= width && at.y >= 0.0 && at.y <= height;
     if (!isPlace) onFault_(Fault::NotANumber);
 }

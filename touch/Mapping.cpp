@@ -14,7 +14,7 @@ constexpr std::int64_t kFullTurn = 4;
 /// 0 to 3.
 constexpr std::int64_t withinFullTurn(std::int64_t turns) { return ((turns % kFullTurn) + kFullTurn) % kFullTurn; }
 
-/// What so many quarter turns clockwise make of a place from 0 to 1.
+/// Maps a position from 0 to 1 by this many clockwise quarter turns.
 constexpr Matrix turnBy(std::int64_t quarterTurns) {
     constexpr std::array<Matrix, kFullTurn> kTurns{{
         kIdentity,
@@ -25,7 +25,7 @@ constexpr Matrix turnBy(std::int64_t quarterTurns) {
     return kTurns[static_cast<std::size_t>(withinFullTurn(quarterTurns))];
 }
 
-/// `first`, and then `next`.
+/// Applies `first`, then `next`.
 constexpr Matrix chained(const Matrix& first, const Matrix& next) {
     const Point origin = mapped(next, {first[2], first[5]});
     return {next[0] * first[0] + next[1] * first[3], next[0] * first[1] + next[1] * first[4], origin.x,
@@ -35,7 +35,7 @@ constexpr Matrix chained(const Matrix& first, const Matrix& next) {
 constexpr Matrix toMillimetres(Size size) { return {size.width, 0.0, 0.0, 0.0, size.height, 0.0}; }
 constexpr Matrix toShares(Size size) { return {1.0 / size.width, 0.0, 0.0, 0.0, 1.0 / size.height, 0.0}; }
 
-/// From shares of the panel to shares of the picture in its middle.
+/// Converts fractions of the panel to fractions of the picture in its centre.
 constexpr Matrix toPicture(Size picture) {
     return {1.0 / picture.width, 0.0, 0.5 - 0.5 / picture.width, 0.0, 1.0 / picture.height, 0.5 - 0.5 / picture.height};
 }
@@ -46,10 +46,10 @@ constexpr Matrix toPlace(const Region& place) {
 
 constexpr Size sidesSwapped(Size size) { return {size.height, size.width}; }
 
-/// A calibration that makes more of the panel's y than of its x the picture's x has turned it by a quarter.
+/// If the x axis of the picture depends more on the panel's y than on its x, the calibration includes a quarter turn.
 bool swapsSides(const Matrix& matrix) { return std::abs(matrix[1]) > std::abs(matrix[0]); }
 
-/// The glass as the user sees it after calibration and so many turns.
+/// The panel as the user sees it, after calibration and this many quarter turns.
 Size sizeOfHand(Size glass, const Matrix& calibration, std::int64_t turns) {
     return swapsSides(calibration) == (turns % 2 == 0) ? sidesSwapped(glass) : glass;
 }
@@ -59,7 +59,7 @@ bool isUsable(const Matrix& matrix) {
     return std::abs(matrix[0] * matrix[4] - matrix[1] * matrix[3]) > 1e-6;
 }
 
-/// A side of the picture as a share of the panel's: whole where it is unset, no number or not smaller.
+/// A side of the picture as a fraction of the panel; the whole side if it is unset, not a number or not smaller.
 double shareOf(double pixels, double native) { return pixels > 0.0 && pixels < native ? pixels / native : 1.0; }
 
 Size pictureShare(const Settings& settings, const Desktop& desktop) {
@@ -68,7 +68,7 @@ Size pictureShare(const Settings& settings, const Desktop& desktop) {
             shareOf(settings.manualPicture->height, desktop.nativePixels->height)};
 }
 
-/// A picture that fills the panel has nothing beside it: what a calibration puts past its edge was meant for the edge.
+/// There is nothing beside a picture that fills the panel: a position past its edge was meant for the edge.
 bool isWithin(double place, double share) { return share >= 1.0 || (reaches(place, 0.0) && reaches(1.0, place)); }
 
 Point heldToPicture(Point place) { return {std::clamp(place.x, 0.0, 1.0), std::clamp(place.y, 0.0, 1.0)}; }

@@ -10,7 +10,7 @@ namespace touch {
 
 namespace {
 
-/// Whether the fingers of a shape stand in a circle, and come together, go apart or turn there.
+/// Whether the fingers of a shape are arranged in a circle, where they pinch, spread or rotate.
 bool isCircular(Shape shape) {
     return shape == Shape::PinchWithTwo || shape == Shape::RotateWithTwo || shape == Shape::FourTogether ||
            shape == Shape::FourApart;
@@ -19,7 +19,7 @@ bool isCircular(Shape shape) {
 double leastScale() { return thresholds::kPadLeastRadius / thresholds::kPadPinchRadius; }
 double mostScale() { return thresholds::kPadMostRadius / thresholds::kPadPinchRadius; }
 
-/// What the pad has room for.
+/// Clamped to what fits on the touchpad.
 Motion heldToPad(const Motion& motion) {
     constexpr double kMargin = 100.0;
     const double roomX = thresholds::kPad.width / 2.0 - kMargin;
@@ -49,7 +49,7 @@ void Player::follow(const Motion& motion, Time now) {
     if (farthestStep(target_, next) < thresholds::kPadNoise) return;
     const bool wasCaughtUp = target_ == shown_;
     target_ = next;
-    // A finger is followed at once; only what is too far for one step waits for the next.
+    // Movement is followed immediately; only the part that is too far for one step waits for the next.
     if (wasCaughtUp && now > shownAt_) stepTowards(target_, now);
 }
 
@@ -117,7 +117,7 @@ Point Player::placeOf(std::int32_t finger, const Motion& motion) const {
            Point{std::cos(angle + motion.angle) * radius, std::sin(angle + motion.angle) * radius};
 }
 
-/// How far any finger goes between two motions, at the most.
+/// The longest distance that any finger moves between two motions.
 double Player::farthestStep(const Motion& from, const Motion& to) const {
     const double way = distance(from.way, to.way);
     if (!isCircular(shape_)) return way;

@@ -17,7 +17,7 @@ constexpr std::int32_t kPositionXAxis = 0x35;
 constexpr std::int32_t kPositionYAxis = 0x36;
 constexpr std::int32_t kMicrosecondsInSecond = 1'000'000;
 
-/// The words of one line, taken off from the front.
+/// Reads the words of a line one by one.
 class Line {
 public:
     Line(std::string_view text, std::size_t number) : rest_(text.substr(0, text.find('#'))), number_(number) {}
@@ -114,7 +114,7 @@ private:
             recording_.product = line.number<std::uint16_t>("the product", 16);
             return;
         case 'P':
-            // More lines of properties may follow; the one that counts is in the first.
+            // More lines of properties can follow; the relevant one is in the first.
             if (!hasProperties_) isDirect_ = (line.number<unsigned>("a property", 16) & kDirectProperty) != 0;
             hasProperties_ = true;
             return;
@@ -207,7 +207,7 @@ std::string axisLine(std::int32_t code, const Axis& axis) {
         .append("\n");
 }
 
-/// A name must not begin another line.
+/// A name must not start a new line.
 std::string onOneLine(std::string text) {
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');

@@ -24,7 +24,7 @@ double meanDistanceTo(Point middle, std::span<const FingerWay> fingers, Point Fi
     return fingers.empty() ? sum : sum / static_cast<double>(fingers.size());
 }
 
-/// How far fingers went apart in the mean; less than 0 where they came together.
+/// The mean distance by which fingers moved apart; negative if they moved together.
 double spreadOf(std::span<const FingerWay> fingers) {
     return meanDistanceTo(middleOfPlaces(fingers), fingers, &FingerWay::to) -
            meanDistanceTo(middleOfOrigins(fingers), fingers, &FingerWay::from);
@@ -35,7 +35,7 @@ double withinHalfTurn(double angle) { return std::remainder(angle, 2.0 * std::nu
 
 double angleOf(Point way) { return std::atan2(way.y, way.x); }
 
-/// How far all have turned about their middle, in the mean.
+/// The mean angle by which all have rotated about their centre.
 double turnOf(std::span<const FingerWay> fingers) {
     const Point before = middleOfOrigins(fingers);
     const Point after = middleOfPlaces(fingers);
@@ -46,7 +46,7 @@ double turnOf(std::span<const FingerWay> fingers) {
     return fingers.empty() ? sum : sum / static_cast<double>(fingers.size());
 }
 
-/// What two fingers did, in parts that can be told apart: together, towards each other, and about each other.
+/// The movement of two fingers, split into its components: together, towards each other, and about each other.
 struct Parts {
     double together = 0.0;
     double apart = 0.0;
@@ -65,7 +65,7 @@ Parts partsOf(const FingerWay& first, const FingerWay& second) {
             .about = std::abs(along(relative, turnedAQuarter(unit)))};
 }
 
-/// One finger rests and the other goes about it or away from it.
+/// One finger rests while the other moves around it or away from it.
 std::optional<FoundShape> findPivot(const FingerWay& first, const FingerWay& second, const Parts& parts) {
     const double still = std::min(lengthOf(first.way()), lengthOf(second.way()));
     const double moving = std::max(lengthOf(first.way()), lengthOf(second.way()));
@@ -79,7 +79,7 @@ bool isClear(double part, double others) {
     return reaches(part, thresholds::kTwoFingerTravel) && reaches(part, thresholds::kTwoFingerClearness * others);
 }
 
-/// They do not go together then, however much farther one of them goes.
+/// If so, they do not move together, even if one of them moves much farther.
 bool goAgainstEachOther(const FingerWay& first, const FingerWay& second) {
     const double farther = std::max(lengthOf(first.way()), lengthOf(second.way()));
     return reaches(farther, thresholds::kPivotTravel) && !reaches(along(first.way(), second.way()), 0.0);
@@ -142,7 +142,7 @@ std::optional<FoundShape> findSwipe(std::span<const FingerWay> fingers) {
     return FoundShape{*shape, direction};
 }
 
-/// A swipe takes every finger along: where one stays or goes against the others, they come together or go apart.
+/// In a swipe, all fingers move along: if one stays or moves against the others, it is a pinch or a spread.
 bool staysOrGoesAgainst(const FingerWay& finger, Point way) {
     return reaches(thresholds::kStill * lengthOf(way), along(finger.way(), way));
 }

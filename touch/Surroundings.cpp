@@ -16,7 +16,7 @@ bool isAsLargeAs(const Monitor& monitor, Size glass) {
            isAbout(glass.height, monitor.millimetres->height);
 }
 
-/// Null where there are several or none.
+/// Null if there are several or none.
 template <typename Predicate>
 const Monitor* onlyOne(const std::vector<Monitor>& monitors, const Predicate& isMeant) {
     const auto first = std::find_if(monitors.begin(), monitors.end(), isMeant);
