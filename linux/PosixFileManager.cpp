@@ -25,11 +25,11 @@ namespace {
 constexpr mode_t kModeOfNewFolder = 0755;
 constexpr mode_t kModeOfNewFile = 0600;
 constexpr mode_t kModeBits = 07777;
-/// As many links in a row as the kernel follows.
+/// The number of consecutive links that the kernel follows.
 constexpr int kMostLinks = 40;
-/// Leaves room in a file name (255 bytes) for what makes it a temporary one.
+/// Leaves room in a file name (255 bytes) for the additions that make it temporary.
 constexpr std::size_t kLongestNamePart = 200;
-/// So many saves of one file may be under way at once under names that the next save knows to look for.
+/// The number of simultaneous saves of one file whose names the next save looks for.
 constexpr int kSavesAtOnce = 8;
 
 bool canBeNamed(const std::string& path) { return path.find('\0') == std::string::npos; }
@@ -39,7 +39,7 @@ std::string withoutTrailingSlashes(std::string path) {
     return path;
 }
 
-/// The folder that `path` lies in, with its trailing "/"; empty for the current folder.
+/// The folder that contains `path`, with a trailing "/"; empty for the current folder.
 std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
 
 /// Repeats a system call that a signal interrupted.
@@ -74,13 +74,13 @@ struct DirectoryCloser {
 };
 using Directory = std::unique_ptr<DIR, DirectoryCloser>;
 
-/// The next entry of the folder; null at its end, where errno is 0, or when it cannot be read on.
+/// The next entry of the folder; null at the end (errno is 0) or after a read error.
 const dirent* nextEntry(DIR& directory) {
     errno = 0;
     return ::readdir(&directory);
 }
 
-/// Whether the entry `path` is this very file and no other.
+/// Whether the entry `path` is this very file.
 bool isEntryOf(const std::string& path, const FileDescriptor& file) {
     struct stat entry {};
     struct stat opened {};
@@ -92,7 +92,7 @@ bool lock(const FileDescriptor& file) {
     return uninterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) == 0;
 }
 
-/// A file that exists already, to lock it. Some file systems lock only what is open for writing.
+/// Opens an existing file to lock it. Some file systems lock only files that are open for writing.
 FileDescriptor openedForLock(const std::string& path) {
     constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     FileDescriptor writable(::open(path.c_str(), O_RDWR | kFlags));
@@ -100,31 +100,31 @@ FileDescriptor openedForLock(const std::string& path) {
     return FileDescriptor(::open(path.c_str(), O_RDONLY | kFlags));
 }
 
-/// Removes a temporary file whose process was killed. The kernel gives up a lock with the process, in whatever
-/// container that ran, so a file that can be locked is nobody's. One that cannot be locked at all is left alone.
+/// Removes a temporary file whose process was killed. The kernel releases the lock of a killed process, in whatever
+/// container that ran, so a file that can be locked is abandoned. A file that cannot be locked at all is left alone.
 void removeIfAbandoned(const std::string& path) {
     const FileDescriptor file = openedForLock(path);
-    // What has been locked may have got its place since, and the name may be another's.
+    // The locked file may have been renamed since, and the name may belong to another file.
     if (file && lock(file) && isEntryOf(path, file)) (void)::unlink(path.c_str());
 }
 
-/// A new file that holds its own lock, wherever the file system has locks; none when the name is taken.
+/// Creates a locked file, if the file system supports locks; none if the name is taken.
 FileDescriptor newLockedFile(const std::string& path) {
     FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kModeOfNewFile));
     if (!file) return file;
-    // Between the two calls another save may have found the file abandoned.
+    // Between the two calls, another save may have treated the file as abandoned.
     const bool isTaken = (!lock(file) && errno == EWOULDBLOCK) || !isEntryOf(path, file);
     return isTaken ? FileDescriptor(-1) : std::move(file);
 }
 
-/// A file that is removed unless it gets another's place. It stays locked for as long as it has a name of its own, and
-/// nobody removes or moves one that another has locked.
+/// A file that is removed unless it replaces another one. It stays locked as long as it has its temporary name, and
+/// nobody removes or moves a file that is locked by another process.
 class TemporaryFile {
 public:
-    /// A new file in the folder `folder`, readable and writable by its owner, to take the place of the file `name`
-    /// there. Removes what killed processes left behind when they saved a file of that name.
+    /// Creates a file in `folder`, readable and writable by its owner, which will replace the file `name` there.
+    /// Removes the leftovers of killed processes that were saving a file of that name.
     TemporaryFile(const std::string& folder, const std::string& name) {
-        // Nobody else's temporary files begin so, nor does anybody look for one by such a beginning.
+        // No other program creates or looks for temporary files with this prefix.
         const std::string common = folder + ".saving-" + name.substr(0, kLongestNamePart) + '.';
         for (int number = 0; number < kSavesAtOnce; ++number) {
             const std::string path = common + std::to_string(number);
@@ -142,7 +142,7 @@ public:
         if (descriptor_ && !hasMoved_) (void)::unlink(path_.c_str());
     }
 
-    /// Fills the file and waits until it is on the disk, whole.
+    /// Writes the file and waits until all of it is on the disk.
     [[nodiscard]] bool write(std::span<const std::uint8_t> contents, mode_t mode) {
         while (descriptor_ && !contents.empty()) {
             const ssize_t written =
@@ -159,7 +159,7 @@ public:
         return hasMoved_;
     }
 
-    /// Moves the file only where nothing is, as far as the file system can tell in the same step.
+    /// Renames the file without replacing another one, if the file system supports that in one step.
     [[nodiscard]] bool moveToFree(const std::string& path) {
         hasMoved_ = ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0;
         return hasMoved_ || (errno == EINVAL && moveTo(path));
@@ -176,8 +176,8 @@ private:
     bool hasMoved_ = false;
 };
 
-/// Where a write to `path` goes: what its symbolic links lead to, whether that exists or not. None when they lead in a
-/// circle or the path cannot be walked.
+/// The destination of a write to `path`: the target of its symbolic links, whether it exists or not. None if the links
+/// are circular or the path cannot be resolved.
 std::optional<std::string> behindLinks(std::string path) {
     for (int links = 0; links <= kMostLinks; ++links) {
         std::array<char, PATH_MAX> target{};
@@ -189,7 +189,7 @@ std::optional<std::string> behindLinks(std::string path) {
     return std::nullopt;
 }
 
-/// The file that a write to `path` makes or replaces; none when no file can have that name.
+/// The file that a write to `path` creates or replaces; none if no file can have that name.
 std::optional<std::string> fileToWrite(const std::string& path) {
     if (!canBeNamed(path)) return std::nullopt;
     std::optional<std::string> file = behindLinks(path);
@@ -197,7 +197,7 @@ std::optional<std::string> fileToWrite(const std::string& path) {
     return file;
 }
 
-/// Makes the folder's entries last through a loss of power. Not every file system can; the file is in place anyway.
+/// Protects the folder entry against power failures. Not every file system can; the file is in place anyway.
 void syncFolder(const std::string& folder) {
     const char* path = folder.empty() ? "." : folder.c_str();
     const FileDescriptor descriptor(::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -221,7 +221,7 @@ bool PosixFileManager::fileExistsAtPath(const std::string& path) {
 
 void PosixFileManager::createDirectoryAtPath(const std::string& path) {
     if (!canBeNamed(path)) return;
-    // A parent that exists, or cannot be made, shows in whether the next one can.
+    // If a parent exists or cannot be created, creating the next folder shows which.
     for (std::size_t end = path.find('/', 1); end < path.size(); end = path.find('/', end + 1)) {
         (void)::mkdir(path.substr(0, end).c_str(), kModeOfNewFolder);
     }
@@ -249,7 +249,7 @@ std::optional<platform::NSDate> PosixFileManager::modificationDateAtPath(const s
 
 std::optional<platform::NSData> PosixFileManager::contentsAtPath(const std::string& path) {
     if (!canBeNamed(path)) return std::nullopt;
-    // Without O_NONBLOCK a pipe in the file's place would make the open wait for a writer.
+    // Without O_NONBLOCK, opening a pipe in place of the file would wait for a writer.
     const FileDescriptor file(
         uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
     struct stat status {};
@@ -257,7 +257,7 @@ std::optional<platform::NSData> PosixFileManager::contentsAtPath(const std::stri
     if (std::cmp_greater(status.st_size, kLargestFile)) return std::nullopt;
     platform::NSData contents;
     std::array<std::uint8_t, 65536> buffer{};
-    // The file may be growing, and some files of the system say nothing of their size.
+    // The file may be growing, and some system files do not report their size.
     while (contents.size() <= kLargestFile) {
         const ssize_t count = uninterrupted([&] { return ::read(file.get(), buffer.data(), buffer.size()); });
         if (count < 0) return std::nullopt;
@@ -273,7 +273,7 @@ bool PosixFileManager::writeAtomically(const std::string& path, std::span<const 
     struct stat old {};
     const bool exists = ::lstat(target->c_str(), &old) == 0;
     if (exists && !S_ISREG(old.st_mode)) return false;
-    // Most writes store what is stored already, and to replace a file by its like would wait for the disk twice.
+    // Most writes change nothing, and replacing a file with an identical one would wait for the disk twice.
     const bool isOfThatSize = exists && std::cmp_equal(old.st_size, contents.size());
     const auto present = isOfThatSize ? contentsAtPath(*target) : std::nullopt;
     if (present && std::ranges::equal(*present, contents)) return true;

@@ -33,8 +33,8 @@ void appendUTF8(std::string& text, char32_t codePoint) {
     }
 }
 
-/// Puts UTF-16 units together to characters. Half a pair becomes the replacement character. Whoever adds units says
-/// when other text follows them, or nothing.
+/// Combines UTF-16 units into characters. An unpaired surrogate becomes the replacement character. The caller must
+/// signal when other text follows, or the end.
 class UTF16Joiner {
 public:
     explicit UTF16Joiner(std::string& text) : text_(text) {}
@@ -54,7 +54,7 @@ public:
         }
     }
 
-    /// Whatever follows is no other half.
+    /// No second half follows.
     void finish() {
         if (std::exchange(high_, 0) != 0) appendUTF8(text_, kReplacementCharacter);
     }
@@ -93,7 +93,7 @@ bool isWordCharacter(char c) {
            c == '-';
 }
 
-/// Takes one token after the other off a table's text.
+/// Splits the text of a table into tokens.
 class Scanner {
 public:
     explicit Scanner(std::string_view text) : rest_(text) {}
@@ -129,13 +129,13 @@ private:
         }
     }
 
-    /// To behind the next `end`, or to the end of the text when there is none.
+    /// Advances past the next `end`, or to the end of the text if there is none.
     void skipPast(std::string_view end, std::size_t from) {
         const std::size_t position = rest_.find(end, from);
         rest_.remove_prefix(position == std::string_view::npos ? rest_.size() : position + end.size());
     }
 
-    /// The text up to the closing quote; none when it is never closed.
+    /// The text up to the closing quote; none if it is missing.
     std::optional<std::string> takeQuoted() {
         std::string text;
         UTF16Joiner joiner(text);
@@ -152,7 +152,7 @@ private:
         return std::nullopt;
     }
 
-    /// What stands behind a backslash: a code of UTF-16, a control character's letter, or the character itself.
+    /// The escape after a backslash: a UTF-16 code, the letter of a control character, or the character itself.
     void takeEscape(std::string& text, UTF16Joiner& joiner) {
         const char c = takeCharacter();
         if (c == 'u' || c == 'U') {

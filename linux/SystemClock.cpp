@@ -18,7 +18,7 @@ constexpr double kReferenceDate = 978'307'200.0;
 constexpr std::int32_t kUsualVersion = 0x1090;
 using Ticks = std::chrono::duration<std::uint64_t, std::ratio<1, 60>>;
 
-/// The hexadecimal number that is the whole of `text`; none when it is no number or has no room in the result.
+/// Parses all of `text` as a hexadecimal number; none if it is invalid or too large.
 std::optional<std::int32_t> hexadecimalNumber(std::string_view text) {
     if (text.starts_with("0x") || text.starts_with("0X")) text.remove_prefix(2);
     std::uint32_t number = 0;

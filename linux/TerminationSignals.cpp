@@ -11,20 +11,20 @@ namespace kelvo {
 
 namespace {
 
-/// The one way out of a signal handler: a pipe that the main loop watches.
+/// The only way out of a signal handler: a pipe that the main loop watches.
 volatile std::sig_atomic_t wakeDescriptor = -1;
 
 void wakeMainLoop(int) {
     const int interrupted = errno;
     const char anything = 0;
-    // A full pipe wakes the loop just as well.
+    // A full pipe also wakes up the loop.
     [[maybe_unused]] const ssize_t written = write(wakeDescriptor, &anything, 1);
     errno = interrupted;
 }
 
 } // namespace
 
-/// Closes both ends with itself. Neither end blocks nor reaches the processes that are started.
+/// Closes both ends on destruction. The ends are non-blocking and not inherited by started processes.
 class TerminationSignals::Pipe {
 public:
     Pipe() {

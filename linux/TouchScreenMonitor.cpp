@@ -27,7 +27,7 @@ struct Releaser {
 template <typename T>
 using Released = std::unique_ptr<T, Releaser>;
 
-/// Empty where there is none.
+/// Empty if there is none.
 std::string propertyOf(sd_device* device, const char* name) {
     const char* value = nullptr;
     return sd_device_get_property_value(device, name, &value) >= 0 ? value : "";
@@ -49,7 +49,7 @@ std::string identityOf(sd_device* device) {
     return firstOf(propertyOf(device, "ID_SERIAL"), propertyOf(device, "ID_PATH"));
 }
 
-/// What a node is, if it is a touch display.
+/// Describes a node, if it is a touch display.
 std::optional<TouchScreen> touchScreenOf(sd_device* device) {
     const char* sysName = nullptr;
     sd_device* input = nullptr;
@@ -90,12 +90,12 @@ public:
         return true;
     }
 
-    /// What comes meanwhile is told of by the monitor too, and counts once.
+    /// The monitor also reports displays that arrive in the meantime; they count once.
     void begin() override {
         sd_device_enumerator* enumerator = nullptr;
         if (sd_device_enumerator_new(&enumerator) < 0) return;
         const Released<sd_device_enumerator> releaser(enumerator);
-        // One that udev has not looked at yet is none, and is told of by the monitor.
+        // A device that udev has not processed yet does not count; the monitor will report it.
         if (sd_device_enumerator_allow_uninitialized(enumerator) < 0 ||
             sd_device_enumerator_add_match_subsystem(enumerator, "input", 1) < 0) {
             return;
@@ -149,7 +149,7 @@ bool hasBit(const std::string& bitmap, unsigned bit) {
         if (blank == std::string_view::npos) return false;
         rest = rest.substr(0, blank);
     }
-    // Where there is no blank, all of it.
+    // All of it if there is no blank.
     rest.remove_prefix(rest.rfind(' ') + 1);
     unsigned long value = 0;
     const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), value, 16);

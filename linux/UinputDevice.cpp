@@ -14,7 +14,7 @@ namespace kelvo {
 
 namespace {
 
-/// The requests by which a device is put together.
+/// The requests that describe a device.
 class Maker {
 public:
     explicit Maker(int uinput) : uinput_(uinput) {}
@@ -45,13 +45,13 @@ void declare(const Maker& maker, const VirtualDescription& description) {
 uinput_setup setupOf(const VirtualDescription& description) {
     uinput_setup setup{};
     setup.id = description.id;
-    // The kernel's names end with a null.
+    // Names in the kernel are null-terminated.
     const std::string name = description.name.substr(0, UINPUT_MAX_NAME_SIZE - 1);
     std::memcpy(setup.name, name.c_str(), name.size() + 1);
     return setup;
 }
 
-/// The device's folder in sysfs has one for its event node.
+/// The sysfs folder of the device contains a folder for its event node.
 std::string eventNodeOf(const std::string& sysName) {
     for (const auto& entry : std::filesystem::directory_iterator("/sys/class/input/" + sysName)) {
         const std::string name = entry.path().filename().string();

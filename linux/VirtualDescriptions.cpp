@@ -17,9 +17,9 @@ namespace {
 using Axis = VirtualDescription::Axis;
 
 constexpr std::int32_t kHighestTrackingId = 65535;
-/// As fine as absolute pointers are.
+/// The resolution of typical absolute pointers.
 constexpr std::int32_t kPointerRange = 65535;
-/// To the millimetre of the pad, finer than a desktop scrolls.
+/// Units per millimetre of the touchpad, finer than desktops scroll.
 constexpr std::int32_t kPadResolution = 20;
 
 input_absinfo range(std::int32_t minimum, std::int32_t maximum, std::int32_t resolution = 0) {
@@ -32,7 +32,7 @@ std::string physOf(std::string_view place, std::string_view device) {
     return std::string(kOwnPhys).append(place).append("/").append(device);
 }
 
-/// Fingers in slots, and the first of them for who knows no slots.
+/// Fingers in slots, and the first finger for programs without slot support.
 std::vector<Axis> fingerAxes(const input_absinfo& x, const input_absinfo& y, std::size_t slots) {
     return {{ABS_X, x},
             {ABS_Y, y},
@@ -42,7 +42,7 @@ std::vector<Axis> fingerAxes(const input_absinfo& x, const input_absinfo& y, std
             {ABS_MT_TRACKING_ID, range(0, kHighestTrackingId)}};
 }
 
-/// A button would make compositors take it for a pointer.
+/// With a button, compositors would treat it as a pointer.
 VirtualDescription touchScreenOf(const touch::PanelDescription& panel, std::string_view place) {
     VirtualDescription device{.name = panel.name,
                               .phys = physOf(place, "touch-screen"),
@@ -50,13 +50,13 @@ VirtualDescription touchScreenOf(const touch::PanelDescription& panel, std::stri
                               .properties = {INPUT_PROP_DIRECT},
                               .keys = {BTN_TOUCH},
                               .axes = fingerAxes(range(panel.x), range(panel.y), touch::kMostContacts)};
-    // By saying that it was a palm a touch is taken back.
+    // A touch is cancelled by reporting a palm.
     device.axes.push_back({ABS_MT_TOOL_TYPE, range(MT_TOOL_FINGER, MT_TOOL_PALM)});
     return device;
 }
 
-/// Without a middle button libinput makes one of the other two and holds each press back to see whether both come: by
-/// then the pointer may have gone on.
+/// Without a middle button, libinput emulates one from the other two and delays each press to see whether both come: by
+/// then, the pointer may have moved on.
 VirtualDescription pointerOf(const touch::PanelDescription& panel, std::string_view place) {
     return {.name = panel.name + " Pointer",
             .phys = physOf(place, "pointer"),
@@ -66,8 +66,8 @@ VirtualDescription pointerOf(const touch::PanelDescription& panel, std::string_v
             .axes = {{ABS_X, range(0, kPointerRange)}, {ABS_Y, range(0, kPointerRange)}}};
 }
 
-/// The bus of a device that is plugged in, and a number that no keyboard has: a touchpad that belongs to a keyboard is
-/// switched off while somebody types there.
+/// An external bus, and a product number that no keyboard has: a touchpad that belongs to a keyboard is disabled while
+/// the user is typing.
 VirtualDescription touchpadOf(const touch::PanelDescription& panel, std::string_view place) {
     const auto side = [](double length) {
         return range(0, static_cast<std::int32_t>(length) * kPadResolution, kPadResolution);
@@ -94,7 +94,7 @@ VirtualDescription keyboardOf(const touch::PanelDescription& panel, std::string_
 
 } // namespace
 
-/// As long as the kernel lets names be.
+/// Limited to the length of names in the kernel.
 std::string touchpadNameOf(const touch::PanelDescription& panel) {
     return (panel.name + " Touchpad").substr(0, UINPUT_MAX_NAME_SIZE - 1);
 }

@@ -21,10 +21,10 @@ using touch::Monitor;
 using touch::Size;
 using touch::Surroundings;
 
-// The newest versions of the interfaces whose events are understood here.
+// The newest supported versions of the interfaces.
 constexpr std::uint32_t kOutputVersion = 4;
 constexpr std::uint32_t kXdgOutputVersion = 3;
-/// From then on an output can be told that it is not needed any more.
+/// The first version with a release request for outputs.
 constexpr std::uint32_t kReleaseVersion = 3;
 
 struct Releaser {
@@ -43,7 +43,7 @@ struct Releaser {
 template <typename T>
 using Released = std::unique_ptr<T, Releaser>;
 
-/// Wayland counts counter-clockwise. Mirrored outputs, which are not shown on touch displays, count as not mirrored.
+/// Wayland counts counter-clockwise. Mirrored outputs, which touch displays do not use, count as not mirrored.
 std::int64_t turnsOf(std::int32_t transform) {
     constexpr std::int32_t kFullTurn = 4;
     return (kFullTurn - transform % kFullTurn) % kFullTurn;
@@ -51,7 +51,7 @@ std::int64_t turnsOf(std::int32_t transform) {
 
 bool swapsSides(std::int32_t transform) { return transform % 2 != 0; }
 
-/// An output as the compositor has told of it so far.
+/// What the compositor has reported about an output so far.
 struct Output {
     std::uint32_t id = 0;
     Released<wl_output> output;
@@ -63,7 +63,7 @@ struct Output {
     Size current;
     std::int32_t scale = 1;
     touch::Point position;
-    /// As windows see it; none where the compositor does not say.
+    /// In logical coordinates; none if the compositor does not report it.
     std::optional<touch::Point> logicalPosition;
     std::optional<Size> logicalSize;
 };
@@ -90,12 +90,12 @@ public:
     WaylandDesktop(Released<wl_display> display, std::function<void()> changed)
         : changed_(std::move(changed)), display_(std::move(display)) {}
 
-    /// False where the compositor does not answer.
+    /// False if the compositor does not answer.
     [[nodiscard]] bool begin(platform::CFRunLoop& loop) {
         registry_.reset(wl_display_get_registry(display_.get()));
         static constexpr wl_registry_listener kListener{onGlobal, onGlobalGone};
         wl_registry_add_listener(registry_.get(), &kListener, this);
-        // The first brings what there is, the second what that says of itself.
+        // The first brings the globals, the second their properties.
         if (wl_display_roundtrip(display_.get()) < 0 || wl_display_roundtrip(display_.get()) < 0) return false;
         watch_ = loop.watch(wl_display_get_fd(display_.get()), [this] { read(); });
         settings_ = openDesktopSettings(loop, [this] { tellIfOther(); });
@@ -173,7 +173,7 @@ private:
     static void onLogicalDone(void* /*output*/, zxdg_output_v1* /*proxy*/) {}
     static void onLogicalDescription(void* /*output*/, zxdg_output_v1* /*proxy*/, const char* /*text*/) {}
 
-    /// Takes what has come, and asks what is to be asked of it.
+    /// Processes received events and makes the resulting requests.
     void read() {
         while (wl_display_prepare_read(display_.get()) != 0) wl_display_dispatch_pending(display_.get());
         const bool isThere = wl_display_read_events(display_.get()) >= 0 &&
@@ -189,9 +189,9 @@ private:
         if (look()) changed_();
     }
 
-    /// Whether something is other than before.
+    /// Whether anything has changed.
     bool look() {
-        // The compositor does not tell of its settings; these are the desktop's own.
+        // The compositor does not report its settings; these are stored by the desktop.
         Surroundings found = settings_ ? settings_->surroundings() : Surroundings();
         found.turnsTouches = true;
         found.monitors = monitors();
@@ -217,7 +217,7 @@ private:
         return found;
     }
 
-    /// What holds all outputs.
+    /// A rectangle that contains all outputs.
     [[nodiscard]] Rectangle wholeDesktop() const {
         std::optional<touch::Point> first;
         touch::Point last;
@@ -238,11 +238,11 @@ private:
     Released<wl_display> display_;
     Released<wl_registry> registry_;
     Released<zxdg_output_manager_v1> manager_;
-    /// The compositor's events refer to them, so they stay where they are.
+    /// Events of the compositor refer to these objects, so they must not move.
     std::list<Output> outputs_;
     Surroundings surroundings_;
     std::unique_ptr<platform::CFFileDescriptor> watch_;
-    /// None where they are not known of.
+    /// None if they are unknown.
     std::unique_ptr<touch::DesktopWatch> settings_;
 };
 

@@ -28,7 +28,7 @@ using touch::Surroundings;
 constexpr char kNaturalScrolling[] = "libinput Natural Scrolling Enabled";
 constexpr char kSettingsOwner[] = "_XSETTINGS_S0";
 constexpr char kSettings[] = "_XSETTINGS_SETTINGS";
-/// More than any settings manager has, in units of four bytes.
+/// More than any settings manager stores, in units of four bytes.
 constexpr std::uint32_t kMostSettings = 1U << 18U;
 
 struct Freer {
@@ -66,7 +66,7 @@ public:
         followDevices();
         watch_ = loop.watch(xcb_get_file_descriptor(connection()), [this] { read(); });
         look();
-        // What came while this asked does not make the descriptor readable.
+        // Events that arrived during the requests do not make the descriptor readable.
         firstRead_ = loop.scheduleTimer(0.0, [this] { read(); });
     }
     ~X11Desktop() override {
@@ -118,13 +118,13 @@ private:
 
     void read() {
         bool isOther = false;
-        // To look brings in what came meanwhile, which does not make the descriptor readable.
+        // Looking also reads events that arrived meanwhile, which do not make the descriptor readable.
         while (takeEvents()) isOther = look() || isOther;
         if (xcb_connection_has_error(connection()) != 0) watch_.reset();
         if (isOther) changed_();
     }
 
-    /// Each of those that are sent is about something that is looked at. False where there was none.
+    /// All selected events are about something that is looked at. False if there was none.
     [[nodiscard]] bool takeEvents() const {
         bool hasTaken = false;
         while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection())}) hasTaken = true;
@@ -133,13 +133,13 @@ private:
 
     // Looking
 
-    /// Whether something is other than before.
+    /// Whether anything has changed.
     bool look() {
         Surroundings found;
         found.monitors = monitors();
         lookAtSettings(found);
         found.naturalTouchpads = naturalTouchpads();
-        // A server that ends in the middle has said nothing.
+        // If the server ends in the middle, nothing counts.
         if (xcb_connection_has_error(connection()) != 0 || found == surroundings_) return false;
         surroundings_ = std::move(found);
         return true;
@@ -174,7 +174,7 @@ private:
         return monitor;
     }
 
-    /// What a monitor's panel says of itself, whichever way it is turned.
+    /// What the panel of a monitor reports, regardless of its rotation.
     void lookAtOutput(xcb_randr_output_t output, Monitor& monitor) const {
         const Reply<xcb_randr_get_output_info_reply_t> info(xcb_randr_get_output_info_reply(
             connection(), xcb_randr_get_output_info(connection(), output, XCB_CURRENT_TIME), nullptr));

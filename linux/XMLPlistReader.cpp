@@ -43,16 +43,16 @@ std::optional<Element> elementOf(std::string_view name) {
     return found == kElements.end() ? std::nullopt : std::optional(found->second);
 }
 
-/// The list's version is all that an attribute may say.
+/// The version of the list is the only permitted attribute.
 bool mayHave(Element element, const XML_Char* const* attributes) {
     if (!attributes[0]) return true;
     return element == Element::List && std::string_view(attributes[0]) == "version" && !attributes[2];
 }
 
-/// What an array or a dictionary has room for when it begins: enough for most.
+/// The initial capacity of arrays and dictionaries, enough for most.
 constexpr std::size_t kUsualCount = 6;
 
-/// Builds the value while expat reads: nothing stands in between but the text of one element.
+/// Builds the value while expat reads, without an intermediate tree; only the text of one element is stored.
 class Reader {
 public:
     explicit Reader(std::size_t deepest) : deepest_(deepest) {
@@ -67,7 +67,7 @@ public:
         XML_SetCharacterDataHandler(parser_.get(), [](void* reader, const XML_Char* characters, int length) {
             handle(reader, [&](Reader& self) { return self.take({characters, static_cast<std::size_t>(length)}); });
         });
-        // Declared entities, and those that a document type elsewhere may declare: expat passes over the latter.
+        // Declared entities, and entities of an external document type, which expat skips.
         XML_SetEntityDeclHandler(parser_.get(), [](void* reader, const XML_Char*, int, const XML_Char*, int,
                                                    const XML_Char*, const XML_Char*, const XML_Char*,
                                                    const XML_Char*) { handle(reader, [](Reader&) { return false; }); });
@@ -87,14 +87,14 @@ private:
         void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
     };
 
-    /// An array or a dictionary, the other being nil.
+    /// Either an array or a dictionary; the other is nil.
     struct Container {
         NSMutableArray array;
         NSMutableDictionary dictionary;
     };
 
-    /// Ends the reading where `step` finds what cannot be taken, or runs out of memory: nothing may be thrown through
-    /// expat, and a call or two more of it can follow.
+    /// Stops reading if `step` finds something invalid or runs out of memory: exceptions must not pass through expat,
+    /// and a few more calls can follow.
     template <typename Step>
     static void handle(void* reader, Step step) noexcept {
         auto& self = *static_cast<Reader*>(reader);
@@ -112,7 +112,7 @@ private:
         if (!element || !mayHave(*element, attributes) || leaf_) return false;
         switch (*element) {
         case Element::List:
-            // Around all the rest, or not at all.
+            // Only as the outermost element.
             return !std::exchange(hasBegun_, true);
         case Element::Array:
             return open({NSMutableArray::arrayWithCapacity(kUsualCount), {}});
@@ -128,7 +128,7 @@ private:
 
     bool end() {
         if (leaf_) return endLeaf(*std::exchange(leaf_, std::nullopt));
-        // Of the list itself, in which a root must have been.
+        // The end of the list itself, which must have had a root.
         if (open_.empty()) return static_cast<bool>(root_);
         open_.pop_back();
         return !hasKey_;
@@ -202,17 +202,17 @@ private:
     bool hasBegun_ = false;
     Value root_;
     std::vector<Container> open_;
-    /// The key that waits for its value, in the innermost dictionary.
+    /// The key without a value yet in the innermost dictionary.
     std::string key_;
     bool hasKey_ = false;
-    /// The element that holds text, with what has been read of it.
+    /// The element that contains text, and the text so far.
     std::optional<Element> leaf_;
     std::string text_;
 };
 
-/// Whether the surrogates of a UTF-16 text come in pairs: expat makes another character of one that stands alone.
+/// Whether all surrogates of a UTF-16 text are paired: expat converts an unpaired one to another character.
 bool hasPairedSurrogates(std::span<const std::uint8_t> text) {
-    // No other encoding that is read begins with these, or has a zero byte.
+    // No other supported encoding begins with these or has a zero byte.
     const bool isMarkedLittle = text.size() >= 2 && text[0] == 0xFF && text[1] == 0xFE;
     const bool isMarkedBig = text.size() >= 2 && text[0] == 0xFE && text[1] == 0xFF;
     const bool isLittle = isMarkedLittle || (text.size() >= 2 && text[1] == 0);

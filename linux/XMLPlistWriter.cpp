@@ -24,14 +24,14 @@ constexpr std::string_view kHead =
     "<plist version=\"1.0\">\n";
 constexpr std::string_view kFoot = "</plist>\n";
 
-/// What can be done with a byte of a text.
+/// How to write a byte of a text.
 enum class Byte : std::uint8_t { Plain, Escaped, Multiple, Forbidden };
 
 constexpr std::array<Byte, 256> kindsOfBytes() {
     std::array<Byte, 256> table{};
     std::fill_n(table.begin(), ' ', Byte::Forbidden);
     table['\t'] = table['\n'] = Byte::Plain;
-    // A bare carriage return is read as a line feed.
+    // A literal carriage return would be read as a line feed.
     table['\r'] = table['&'] = table['<'] = table['>'] = Byte::Escaped;
     std::fill(table.begin() + 0x80, table.end(), Byte::Multiple);
     return table;
@@ -50,7 +50,7 @@ std::string_view escapeOf(char c) {
     }
 }
 
-/// How many bytes the character takes that `text` begins with, in UTF-8 and of those that XML can hold; 0 for any
+/// The length in bytes of the UTF-8 character at the start of `text`, if XML can represent it; 0 for any
 /// other.
 std::size_t lengthOfCharacter(std::string_view text) {
     const auto byteAt = [text](std::size_t index) { return std::uint32_t{static_cast<unsigned char>(text[index])}; };
@@ -93,7 +93,7 @@ private:
         xml_.push_back('\n');
     }
 
-    /// All of these are false where there is no way to write what they are given.
+    /// All of these return false if the value cannot be written.
     bool appendValue(const Value& value) {
         switch (value.kind()) {
         case Value::Kind::None:
@@ -158,7 +158,7 @@ private:
         return true;
     }
 
-    /// In base 64, in lines as the format's other writers break them.
+    /// In base64, with the line breaks of other writers of the format.
     void appendData(const NSData& data) {
         appendLine("<data>");
         const std::size_t room = 76 - std::min<std::size_t>(8 * depth_, 60);

@@ -8,12 +8,12 @@ namespace kelvo {
 
 namespace {
 
-// The kinds of settings.
+// The types of settings.
 constexpr std::uint8_t kInteger = 0;
 constexpr std::uint8_t kString = 1;
 constexpr std::uint8_t kColour = 2;
 
-/// Reads on in the bytes of the property; past their end everything is 0.
+/// Reads the bytes of the property; past the end, everything is 0.
 class Reader {
 public:
     explicit Reader(std::span<const std::uint8_t> bytes)
@@ -69,7 +69,7 @@ std::optional<std::int32_t> numberIn(std::string_view text) {
 
 std::optional<std::int32_t> xSetting(std::span<const std::uint8_t> settings, std::string_view name) {
     Reader reader(settings);
-    // The order of bytes, and the serial number.
+    // The byte order and the serial number.
     reader.skip(8);
     for (std::uint32_t count = reader.number(4); count > 0 && reader.isWhole(); --count) {
         const auto kind = static_cast<std::uint8_t>(reader.number(1));
