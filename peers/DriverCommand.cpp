@@ -49,7 +49,7 @@ void DriverCommand::perform(const std::vector<std::string>& words, std::function
     connection_->process();
 }
 
-/// False when the words cannot be sent.
+/// False if the words cannot be sent.
 bool DriverCommand::call(const std::vector<std::string>& words) {
     sd_bus_message* created = nullptr;
     if (sd_bus_message_new_method_call(connection_->bus(), &created, kDriverName, kDriverPath, kDriverName,
@@ -96,7 +96,7 @@ DriverAnswer performAndWait(platform::CFRunLoop& loop, const std::vector<std::st
     DriverCommand command(loop);
     std::optional<DriverAnswer> answer;
     command.perform(words, [&](const DriverAnswer& given) { answer = given; });
-    // The command itself gives up long before.
+    // The command itself times out long before.
     loop.runUntil([&] { return answer.has_value(); }, 2.0 * kPatienceSeconds);
     return answer.value_or(DriverAnswer());
 }

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view kHexadecimal = "0123456789abcdef";
 
-/// Those from U+0080 to U+009F included, some of which terminals obey like an escape.
+/// Including U+0080 to U+009F, some of which terminals interpret like escape sequences.
 bool isControlCharacter(std::string_view character) {
     return character < " " || character == "\x7F" || (character >= "\u0080" && character <= "\u009f");
 }
@@ -29,7 +29,7 @@ std::string jsonText(std::string_view text) {
             json += '\\';
             json += text.front();
         } else if (isControlCharacter(text.substr(0, length))) {
-            // Of those of two bytes, the second is the number.
+            // In the two-byte characters, the second byte is the code.
             const auto number = static_cast<unsigned char>(text[length - 1]);
             json += "\\u00";
             json += kHexadecimal[number >> 4U];

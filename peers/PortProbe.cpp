@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kPatienceSeconds = 0.5;
 
-/// Whether nobody was there to answer, or no longer when the answer was due.
+/// Whether nobody was there to answer, or the owner left before answering.
 bool meansNobody(const sd_bus_error* error) {
     return error && (isNameAbsent(*error) || sd_bus_error_has_name(error, SD_BUS_ERROR_NO_REPLY) > 0);
 }
@@ -28,7 +28,7 @@ void PortProbe::ask(std::function<void(PortAnswer)> tell) {
     connection_->process();
 }
 
-/// False when there is no bus.
+/// False if there is no bus.
 bool PortProbe::call() {
     connection_ = BusConnection::open(platform::CFRunLoop::getCurrent(), address_, [this] { tellWhenKnown(); });
     if (!connection_) return false;
@@ -45,7 +45,7 @@ bool PortProbe::call() {
 }
 
 int PortProbe::onReply(sd_bus_message* reply, void* probe, sd_bus_error* /*error*/) noexcept {
-    // Whatever else may be wrong with the call, somebody said so.
+    // Any other error was an answer by somebody.
     static_cast<PortProbe*>(probe)->answer_ =
         meansNobody(sd_bus_message_get_error(reply)) ? PortAnswer::NotRunning : PortAnswer::Answering;
     return 0;

@@ -10,7 +10,7 @@ std::size_t lengthOfFirstCharacter(std::string_view text) {
         unsigned char secondTo;
         std::size_t length;
     };
-    // What may follow the first byte, which leaves out overlong forms, half pairs and what lies beyond the last plane.
+    // The valid second bytes, which excludes overlong forms, surrogates and code points beyond the last plane.
     constexpr Form kForms[] = {
         {0x00, 0x7F, 0x00, 0xFF, 1}, {0xC2, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
         {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3}, {0xEE, 0xEF, 0x80, 0xBF, 3},

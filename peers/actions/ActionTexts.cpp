@@ -13,7 +13,7 @@ namespace {
 using touch::Direction;
 using Kind = touch::Action::Kind;
 
-/// A purpose that files may name, and its text where no language is there.
+/// A purpose that files can name, and its text if no language is available.
 struct Purpose {
     std::string_view name;
     std::string_view text;

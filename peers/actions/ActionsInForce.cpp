@@ -27,7 +27,7 @@ std::vector<std::string> folders() {
             getSystemPreferenceFolderPath() + "/Actions"};
 }
 
-/// The first of the session's names that somebody made a file for.
+/// The first name of the session for which a file exists.
 std::string desktopOf(const DesktopSession& session) {
     for (const std::string& name : session.names) {
         for (const std::string& folder : folders()) {
@@ -37,7 +37,7 @@ std::string desktopOf(const DesktopSession& session) {
     return std::string(kDefaultDesktop);
 }
 
-/// What the parts of a file are called that count in this session alone, the more special ones later.
+/// The names of the sections that apply to this session, the more specific ones later.
 std::vector<std::string> sectionsOf(const DesktopSession& session, const std::string& desktop) {
     std::vector<std::string> sections{desktop};
     if (!session.version.empty()) sections.push_back("Version " + session.version);
@@ -45,7 +45,7 @@ std::vector<std::string> sectionsOf(const DesktopSession& session, const std::st
     return sections;
 }
 
-/// What those of the driver's own actions come to that do the same on every desktop.
+/// The purposes of built-in actions that do the same on every desktop.
 std::string_view purposeOf(Gesture gesture, Direction direction) {
     switch (gesture) {
     case Gesture::SecondaryClick:
@@ -129,7 +129,7 @@ void ActionsInForce::takeFile(const std::string& path, const std::vector<std::st
     takeSection(file, path, sections);
 }
 
-/// First what counts always, then what the parts for this session say, each of which may have parts of its own.
+/// First the general entries, then the sections for this session, which can have sections of their own.
 void ActionsInForce::takeSection(const NSMutableDictionary& section, const std::string& path,
                                  const std::vector<std::string>& sections) {
     for (const auto& [name, value] : section.entries()) {

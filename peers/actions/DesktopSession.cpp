@@ -9,7 +9,7 @@ namespace kelvo {
 
 namespace {
 
-/// More than any desktop has.
+/// More than any desktop uses.
 constexpr std::size_t kMostNames = 8;
 
 std::string variable(const char* name) {
@@ -17,7 +17,7 @@ std::string variable(const char* name) {
     return value ? value : "";
 }
 
-/// A name is that of a file too.
+/// The name is also a file name.
 bool isUsable(std::string_view name) {
     return !name.empty() && name.front() != '.' && name.find('/') == std::string_view::npos;
 }

@@ -23,7 +23,7 @@ void DeviceKeeper::go(const std::string& node) {
                                    [&](const Display& display) { return display.screen.node == node; });
     if (gone == displays_.end()) return;
     const Id id = gone->id;
-    // Its virtual devices go with it.
+    // Its virtual devices are destroyed with it.
     if (gone->holding) takeBack(*gone);
     displays_.erase(gone);
     handlers_.removed(id);
@@ -82,7 +82,7 @@ const DeviceKeeper::Display& DeviceKeeper::displayWith(Id id) const {
     return *found;
 }
 
-/// With the seat, which a rule of udev's gives the virtual devices too.
+/// Includes the seat, which a udev rule also assigns to the virtual devices.
 std::string DeviceKeeper::placeOf(const Display& display) const {
     return display.screen.seat + "/" + std::to_string(display.id);
 }
@@ -126,16 +126,16 @@ void DeviceKeeper::takeBack(Display& display) {
     hardware_.revoke(holding.file);
     for (const Descriptor& node : holding.nodes) hardware_.revoke(node);
     hardware_.drop(storedNameOf(display.id));
-    // What is down goes up as its device goes.
+    // Destroying a device releases everything that is pressed.
     display.devices.reset();
 }
 
-/// At once, so that the desktop knows them by the time that somebody has them.
+/// Immediately, so that the desktop knows the devices by the time somebody gets them.
 void DeviceKeeper::makeDevicesAnew(Display& display) {
     try {
         display.devices = hardware_.makeDevices(display.panel, placeOf(display));
     } catch (const std::runtime_error& error) {
-        // The next holder's request makes them, or says what is wrong.
+        // The request of the next holder creates them, or reports the error.
         platform::NSLog("%@", std::string_view(error.what()));
     }
 }

@@ -23,7 +23,7 @@ constexpr char kBusPath[] = "/org/freedesktop/DBus";
 constexpr char kPolkitName[] = "org.freedesktop.PolicyKit1";
 constexpr char kPolkitPath[] = "/org/freedesktop/PolicyKit1/Authority";
 constexpr char kPolkitInterface[] = "org.freedesktop.PolicyKit1.Authority";
-/// Nobody is asked for a password.
+/// Never asks for a password.
 constexpr std::uint32_t kWithoutInteraction = 0;
 
 const char* errorOf(Refusal::Reason reason) {
@@ -42,7 +42,7 @@ const char* errorOf(Refusal::Reason reason) {
     return kFailedError;
 }
 
-/// Whether an answer of polkit's says yes. What says nothing says no.
+/// Whether polkit's answer is yes. An unreadable answer counts as no.
 bool isYes(sd_bus_message* answer) {
     int isAuthorised = 0;
     return !sd_bus_message_is_method_error(answer, nullptr) &&
@@ -74,21 +74,21 @@ public:
 
     [[nodiscard]] bool open() { return service_->open(); }
 
-    /// The keeper's change, and what there is to tell of it.
+    /// A change in the keeper, and its announcement.
     void change(const std::function<void(DeviceKeeper& keeper)>& act) {
         act(keeper_);
         service_->process();
     }
 
 private:
-    /// Somebody on the bus who asked for a display; kept until he has left it.
+    /// A caller on the bus that asked for a display; kept until it leaves the bus.
     struct Caller {
         Server& server;
         std::string name;
         BusSlot departure;
     };
 
-    /// A display that is asked for.
+    /// A requested display.
     struct Request {
         Server& server;
         BusMessage call;
@@ -101,7 +101,7 @@ private:
 
     static const sd_bus_vtable vtable[];
 
-    // Each of these is called by the bus, and nothing may be thrown through it.
+    // The bus calls these, and exceptions must not pass through it.
 
     static int onDisplays(sd_bus_message* call, void* server, sd_bus_error* /*error*/) noexcept {
         return answer([&] { return static_cast<Server*>(server)->listDisplays(call); });
@@ -115,7 +115,7 @@ private:
         return step(*static_cast<Request*>(request), [&](Request& each) {
             std::uint32_t user = 0;
             if (sd_bus_message_is_method_error(message, nullptr) || sd_bus_message_read(message, "u", &user) < 0) {
-                // He has left, perhaps before that could be learned.
+                // The caller has left, perhaps before that could be watched.
                 each.server.departed_.push_back(each.caller);
                 throw Refusal(Refusal::Reason::NotAuthorised, "the bus does not identify the caller");
             }
@@ -178,7 +178,7 @@ private:
         return result < 0 ? result : sd_bus_send(nullptr, created, nullptr);
     }
 
-    /// Learns first when the caller leaves, then who he is: one who has left meanwhile is nobody.
+    /// Starts to watch whether the caller leaves, then asks who it is, so that a caller that has left is noticed.
     int beginRequest(sd_bus_message* call) {
         std::uint32_t id = 0;
         const int result = sd_bus_message_read(call, "u", &id);
@@ -219,7 +219,7 @@ private:
             sd_bus_call_method_async(service_->bus(), &question, kPolkitName, kPolkitPath, kPolkitInterface,
                                      "CheckAuthorization", onPolkit, &request, "(sa{sv})sa{ss}us", "system-bus-name", 1,
                                      "name", "s", request.caller.c_str(), kOpenAction, 0, kWithoutInteraction, "");
-        // The one that is being answered is let go of by whoever calls this.
+        // The caller of this function releases the request that is being answered.
         finished_.push_back(std::exchange(request.question, BusSlot(question)));
         if (asked < 0) throw Refusal(Refusal::Reason::Failed, "polkit cannot be asked");
     }
@@ -264,7 +264,7 @@ private:
         }
     }
 
-    /// Everybody, where no receiver is named.
+    /// Sent to everybody if there is no receiver.
     void tell(const std::string& receiver, const char* signal, DeviceKeeper::Id id) {
         sd_bus* bus = service_->bus();
         sd_bus_message* created = nullptr;
@@ -279,9 +279,9 @@ private:
     std::shared_ptr<BusService> service_;
     std::list<Caller> callers_;
     std::list<Request> requests_;
-    /// Whose connections have ended.
+    /// Callers whose connections have ended.
     std::vector<std::string> departed_;
-    /// What the bus was asked and has answered; let go of once it is done with it.
+    /// Answered questions to the bus, to be released once the bus is done with them.
     std::vector<BusSlot> finished_;
 };
 

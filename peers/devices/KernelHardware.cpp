@@ -57,7 +57,7 @@ std::unique_ptr<Hardware::Devices> KernelHardware::makeDevices(const touch::Pane
     return std::make_unique<MadeDevices>(panel, place);
 }
 
-/// A device that has gone needs it no more.
+/// Not needed if the device is gone.
 void KernelHardware::revoke(const Descriptor& file) { (void)::ioctl(file.number(), EVIOCREVOKE, nullptr); }
 
 void KernelHardware::store(const Descriptor& file, const std::string& name) {

@@ -13,7 +13,7 @@ struct TextReleaser {
 };
 using Text = std::unique_ptr<char, TextReleaser>;
 
-/// Not the one of a login screen, and of nobody who sits elsewhere.
+/// Neither a login screen nor a remote session.
 bool isUsersOwn(const char* session) {
     char* kind = nullptr;
     if (sd_session_get_class(session, &kind) < 0) return false;

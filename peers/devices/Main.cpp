@@ -45,7 +45,7 @@ int run() {
         kelvo::TouchScreenMonitor::open(runLoop, {[&](const kelvo::TouchScreen& screen) { service->come(screen); },
                                                   [&](const std::string& node) { service->go(node); }});
     if (!monitor) throw std::runtime_error("cannot list the devices of the system; check that udev is running");
-    // The displays come first, so that whoever starts the service by asking for them hears of them all.
+    // Displays are found first, so that a caller that starts the service by asking for them gets them all.
     monitor->begin();
 
     const kelvo::TerminationSignals signals(runLoop, [&] { runLoop.stop(); });
@@ -57,7 +57,7 @@ int run() {
     return 0;
 }
 
-/// The part of a phys between our own mark and the display's number.
+/// The part of a phys between our prefix and the number of the display.
 int printSeat(std::string_view phys) {
     if (!phys.starts_with(kelvo::kOwnPhys)) throw std::runtime_error("this PHYS does not belong to one of our devices");
     phys.remove_prefix(kelvo::kOwnPhys.size());

@@ -59,13 +59,13 @@ void BusCaller::call(const BusCall& call) {
     for (const Value& argument : call.arguments) {
         if (result >= 0) result = append(created, argument);
     }
-    // The slot goes with the answer.
+    // The slot is released with the answer.
     if (result >= 0) result = sd_bus_call_async(connection_->bus(), nullptr, created, onAnswer, nullptr, 0);
     if (result < 0) platform::NSLog("%@ cannot be called", call.service);
     connection_->process();
 }
 
-/// The connection is kept until it is lost.
+/// Keeps the connection until it is lost.
 bool BusCaller::connect() {
     if (!connection_ || !connection_->isOpen()) connection_ = BusConnection::open(loop_, address_);
     return connection_ != nullptr;

@@ -41,7 +41,7 @@ int appendFrame(sd_bus_message* message, const std::string& display, const Conta
     return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
-/// Null when there is no memory.
+/// Null if memory runs out.
 BusMessage newSignalTo(sd_bus* bus, const std::string& receiver, const char* signal) {
     sd_bus_message* created = nullptr;
     if (sd_bus_message_new_signal(bus, &created, kDriverPath, kDriverName, signal) < 0) return nullptr;
@@ -51,7 +51,7 @@ BusMessage newSignalTo(sd_bus* bus, const std::string& receiver, const char* sig
 
 } // namespace
 
-/// Keeps the commands that came until the loop gets to them: performing one sends to the pane, which runs the loop.
+/// Queues commands until the loop gets to them: performing one sends to the pane, which runs the loop.
 class ControlChannel::Server : public std::enable_shared_from_this<Server> {
 public:
     explicit Server(Handlers handlers) : handlers_(std::move(handlers)) {}
@@ -90,7 +90,7 @@ public:
 private:
     struct Watch {
         std::string display;
-        /// The watcher's own name on the bus, which nobody else ever has.
+        /// The unique name of the watcher on the bus.
         std::string watcher;
         bool hasLeft = false;
         BusSlot departure;
@@ -160,7 +160,7 @@ private:
         return sd_bus_reply_method_return(call, "");
     }
 
-    /// Learns when the watcher leaves, and asks whether it has left before that could be learned.
+    /// Starts to watch whether the watcher leaves, and asks whether it has already left.
     void followDeparture(Watch& watch) {
         const std::string rule =
             "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" + watch.watcher + "'";

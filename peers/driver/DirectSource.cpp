@@ -10,7 +10,7 @@ void DirectSource::begin(Handlers handlers) {
     monitor_ = TouchScreenMonitor::open(
         loop_, {[this](const TouchScreen& screen) { come(screen); }, [this](const std::string& node) { go(node); }});
     if (!monitor_) {
-        // A copy, since it may destroy this.
+        // A copy, because the callback may destroy this.
         const auto missing = handlers_.missing;
         missing();
         return;

@@ -15,20 +15,20 @@ namespace {
 
 using platform::NSMutableDictionary;
 
-/// With the names that the settings files add, a file name on Linux ends at 255 bytes.
+/// Leaves room for the additions of settings files; file names on Linux are limited to 255 bytes.
 constexpr std::size_t kLongestName = 200;
 constexpr std::string_view kNameOfNamelessDisplay = "Touch Display";
 
-// The keys of an entry of the file, which stands under the display's name.
+// The keys of an entry; the key of the entry itself is the name of the display.
 constexpr std::string_view kKernelName = "KernelName";
 constexpr std::string_view kSerialOrPath = "SerialOrPath";
 
-/// Of a character in UTF-8, or of bytes that are none.
+/// The length of a UTF-8 character, or of invalid bytes.
 bool isFit(std::string_view character) {
     const bool isControl =
         (character.size() == 1 && (character[0] == 0x7F || (character[0] >= 0 && character[0] < ' '))) ||
         (character >= "\u0080" && character <= "\u009F");
-    // The last two have no place in a property list.
+    // The last two are not permitted in a property list.
     return !character.empty() && !isControl && character != "/" && character != "\uFFFE" && character != "\uFFFF";
 }
 
@@ -41,7 +41,7 @@ std::string cutTo(std::size_t length, std::string_view name) {
     return std::string(name.substr(0, last == std::string_view::npos ? 0 : last + 1));
 }
 
-/// Without what a name cannot have, but as long as it is.
+/// Removes what a name cannot contain, but does not limit its length.
 std::string cleaned(std::string_view text) {
     std::string clean;
     while (!text.empty()) {
@@ -58,7 +58,7 @@ std::string cleaned(std::string_view text) {
     return clean;
 }
 
-/// Bare for the first display of that name, with its number for others.
+/// The bare name for the first display with that name, followed by a number for others.
 std::string numberedName(std::string_view name, std::size_t number) {
     if (number == 1) return std::string(name);
     const std::string ending = std::string(" ").append(std::to_string(number));
@@ -69,7 +69,7 @@ std::string displaysFilePath() {
     return platform::stringByAppendingPathComponent(getPreferenceFolderPath(), "Displays.plist");
 }
 
-/// The name under which such a display has been here, if it is not another one's just now.
+/// The previous name of such a display, if no other display is using it.
 std::optional<std::string> knownName(const NSMutableDictionary& displays, const NSMutableDictionary& display,
                                      const std::function<bool(const std::string&)>& isInUse) {
     for (const std::string& name : displays.allKeys()) {

@@ -12,7 +12,7 @@ namespace {
 
 struct Desktop {
     std::string_view name;
-    /// Before the milliseconds.
+    /// The command without the milliseconds at its end.
     std::string_view command;
 };
 
@@ -24,7 +24,7 @@ constexpr std::array kDesktops{
     Desktop{"X-Cinnamon", "gsettings set org.cinnamon.desktop.peripherals.mouse double-click "},
 };
 
-/// The desktop's own name is among several, the most particular first.
+/// The name of the desktop is one of several, the most specific first.
 const Desktop* knownDesktop(std::string_view names) {
     while (!names.empty()) {
         const std::string_view name = names.substr(0, names.find(':'));

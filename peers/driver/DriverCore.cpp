@@ -37,7 +37,7 @@ NSMutableDictionary connection(bool isConnected) {
     return NSMutableDictionary::dictionaryWithObjectsAndKeys({{isConnected, keys::isConnected}});
 }
 
-/// A driver does its work without them too.
+/// A driver also works without them.
 void makeSystemGestureFiles() {
     try {
         createSystemGestureFiles();
@@ -74,7 +74,7 @@ bool DriverCore::start() {
 
     makeSystemGestureFiles();
     const NSMutableDictionary utilities = readUtilitiesDictionary();
-    // What has no text form is of no kind that a boolean is read from, and so as good as missing.
+    // A value without a text form has a type that cannot be read as a boolean, so it counts as missing.
     const Value enabled = utilities.objectForKey(keys::driverEnable);
     isDriverEnabled_ = !enabled.stringValue() || enabled.boolValue();
     displays_.setDriverEnabled(isDriverEnabled_);
@@ -240,7 +240,7 @@ void DriverCore::beginWatch(const std::string& name) {
 void DriverCore::receive(std::int32_t messageId, std::span<const std::uint8_t> data, const std::string& sender) {
     const NSMutableDictionary payload = Helpers::NSMutableDictionary::dictionaryWithContentsOfData(data);
     const std::string_view name = nameOfMessage(kTouchDisplayDriverPortName, messageId);
-    // Stored first, so that whoever reads the line finds the file as it says.
+    // Saved first, so that the file matches the printed line.
     const bool isTaken = !name.empty() && takeSettings(payload);
     if (printLine_) {
         auto line = NSMutableDictionary::dictionaryWithObjectsAndKeys({{messageId, "id"}});
@@ -251,7 +251,7 @@ void DriverCore::receive(std::int32_t messageId, std::span<const std::uint8_t> d
     if (isTaken) tellPaneUnlessItKnows(sender);
 }
 
-/// Only a display that is connected has settings to change; any other name would make a file of its own.
+/// Only connected displays have settings to change; any other name would create a new file.
 bool DriverCore::takeSettings(const NSMutableDictionary& payload) {
     Display* display = displayNamed(payload.objectForKey(keys::deviceName).string().value_or(""));
     if (!display) return false;
@@ -266,7 +266,7 @@ void DriverCore::storeNativePixels(Display& display, touch::Size pixels) {
                          {static_cast<std::int64_t>(pixels.height), keys::nativeHeight}}));
 }
 
-/// The display does as it was told whether or not that can be stored.
+/// The display applies the change whether or not it can be saved.
 void DriverCore::change(Display& display, const NSMutableDictionary& items) {
     followOtherFiles();
     for (const std::string& key : items.allKeys()) display.settings.setObjectForKey(items.objectForKey(key), key);
@@ -281,9 +281,9 @@ void DriverCore::apply(const Display& display) const {
     displays_.setSettings(display.name, touchSettingsOf(display.name, display.settings, context_));
 }
 
-/// An open pane would undo with its next message what another program sent: it holds the list of gestures as it read
-/// it. Its own changes it knows, and so does every message that comes from its process. One of them that was on its way
-/// while the pane was being told counts as news, since what the pane reads then may be older.
+/// With its next message, an open pane would undo what another program sent, because it keeps the list of gestures that
+/// it has read. It knows its own changes, which are all messages from its process. A change that was on its way while
+/// the pane was being told counts as new, because the pane may then read an older file.
 void DriverCore::tellPaneUnlessItKnows(const std::string& sender) {
     const bool mayHaveCrossed = isTellingOfSettings_;
     processes_.ask({sender, std::string(kBusNamePrefix) + kPreferencePortName},
@@ -292,8 +292,8 @@ void DriverCore::tellPaneUnlessItKnows(const std::string& sender) {
                    });
 }
 
-/// The pane reads the settings again when it hears of a display, if that is the only one; with several it would ask
-/// anew which one is meant.
+/// If there is only one display, the pane reads the settings again when it hears of a display; with several, it would
+/// ask again which one is meant.
 void DriverCore::tellPaneOfSettings() {
     mustTellOfSettingsAgain_ = true;
     if (isTellingOfSettings_) return;
@@ -328,7 +328,7 @@ void DriverCore::saveState() const {
 
 void DriverCore::tellOfDisconnection() const { tellPane(kMessageIDForDeviceIsConnected, connection(false)); }
 
-/// The pane takes the state from the file when it hears of a change, so the file comes first.
+/// The pane reads the state from the file when it hears of a change, so the file is written first.
 void DriverCore::tellPane(std::int32_t messageId, const NSMutableDictionary& payload) const {
     saveState();
     sendToPort(kPreferencePortName, payload, messageId);

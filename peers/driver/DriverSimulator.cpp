@@ -18,7 +18,7 @@ namespace {
 
 using Words = ControlCommand::Words;
 
-/// A number that is the whole of `text`; none when it is no number.
+/// Parses all of `text` as a number; none if it is not a number.
 template <typename Number>
 std::optional<Number> wholeNumber(const std::string& text) {
     Number number{};
@@ -27,26 +27,26 @@ std::optional<Number> wholeNumber(const std::string& text) {
     return number;
 }
 
-/// Does nothing at all, but for the signals that end the process.
+/// Does nothing, except react to signals that end the process.
 void standStill(double seconds) {
     const double whole = std::floor(seconds);
     const timespec duration{static_cast<time_t>(whole), static_cast<long>((seconds - whole) * 1e9)};
     nanosleep(&duration, nullptr);
 }
 
-/// Answers nothing for a while: the whole process stands still, as a driver that hangs does.
+/// Does not answer for a while: the whole process stops, like a hung driver.
 std::string hang(const std::string& secondsText) {
     constexpr double kLongest = 600.0;
     const auto seconds = wholeNumber<double>(secondsText);
     if (!seconds || !(*seconds > 0.0 && *seconds <= kLongest)) {
         throw std::runtime_error("\"hang\" takes a number of seconds greater than 0 and up to 600");
     }
-    // Later, so that whoever gave the command still has its answer.
+    // Later, so that the sender of the command still gets its answer.
     platform::CFRunLoop::getCurrent().scheduleTimer(0.0, [duration = *seconds] { standStill(duration); });
     return "hanging for " + secondsText + " s";
 }
 
-/// How far along a side of the glass, of which 1 is the whole.
+/// The position along a side of the panel, from 0 to 1.
 double partOfGlass(const std::string& text) {
     const auto part = wholeNumber<double>(text);
     if (!part || !(*part >= 0.0 && *part <= 1.0)) {
@@ -55,7 +55,7 @@ double partOfGlass(const std::string& text) {
     return *part;
 }
 
-/// The finger that a word "X,Y" puts on the glass.
+/// The finger for an argument "X,Y".
 ContactFrame::Contact contactAt(const std::string& place, std::int32_t id) {
     const std::size_t comma = std::min(place.find(','), place.size());
     const std::string afterComma = place.substr(std::min(comma + 1, place.size()));
@@ -101,7 +101,7 @@ std::vector<ControlCommand> DriverSimulator::ownCommands() {
     };
 }
 
-/// One frame with a finger at each place, the first of which is contact 1.
+/// A frame with a finger at each position, starting with contact 1.
 void DriverSimulator::layFingers(const std::string& name, const Words& places) {
     if (!core_.isConnected(name)) throw std::runtime_error("\"" + name + "\" is not connected; see \"status\"");
     std::vector<ContactFrame::Contact> contacts;
@@ -131,7 +131,7 @@ void DriverSimulator::setDriverEnabled(bool isEnabled) {
     for (const auto& [name, display] : displays_) display->setGiving(isEnabled);
 }
 
-/// Only while the driver is on can a display be watched.
+/// A display can be watched only while the driver is on.
 void DriverSimulator::setWatched(const std::string& name, bool isWatched) {
     displays_.at(name)->setGiving(!isWatched && isDriverEnabled_);
 }

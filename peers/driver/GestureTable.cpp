@@ -22,7 +22,7 @@ bool isMeantByAnyShape(Gesture gesture, const touch::GestureChoice& choice) {
 
 std::string chosenFingers(const std::string& name, const std::vector<touch::GestureRecord>& records) {
     const auto record = std::ranges::find(records, name, &touch::GestureRecord::name);
-    // It cannot be chosen where there is no record of it.
+    // It cannot be chosen if there is no record of it.
     if (record == records.end()) return name == nameOf(Gesture::Scroll) ? "ScrollWithTwoFingers" : "";
     const std::int64_t index = record->selectedIndex;
     const bool isThere = index >= 0 && static_cast<std::uint64_t>(index) < record->descriptor.size();

@@ -31,7 +31,7 @@ char lowered(char character) {
     return character >= 'A' && character <= 'F' ? static_cast<char>(character - 'A' + 'a') : character;
 }
 
-/// Digits may be large or small.
+/// Hexadecimal digits can be in upper or lower case.
 NSMutableDictionary entryOf(const std::string& path, const std::string& key) {
     const auto list = NSMutableDictionary::dictionaryWithContentsOfFile(path);
     for (const auto& [name, value] : list.entries()) {
@@ -40,7 +40,7 @@ NSMutableDictionary entryOf(const std::string& path, const std::string& key) {
     return {};
 }
 
-/// None where a side is missing, or shorter or longer than can be.
+/// None if a side is missing, too short or too long.
 std::optional<touch::Size> sizeIn(const NSMutableDictionary& entry, double shortest, double longest) {
     const auto width = numberIn(entry.objectForKey(kWidth));
     const auto height = numberIn(entry.objectForKey(kHeight));

@@ -55,7 +55,7 @@ All other commands control a running simulator:
 
 void printLine(const std::string& line) { std::cout << line << std::endl; }
 
-/// The displays that "run" begins with.
+/// The displays that "run" connects at the start.
 Words displaysNamedIn(const Words& words) {
     Words displays;
     for (std::size_t i = 0; i < words.size(); ++i) {
@@ -88,7 +88,7 @@ int run(const Words& words) {
     return 0;
 }
 
-/// What the running simulator said; anything else is an error that names the fix.
+/// The answer of the running simulator; anything else is an error with its solution.
 std::string textOf(const kelvo::DriverAnswer& answer) {
     using Outcome = kelvo::DriverAnswer::Outcome;
     switch (answer.outcome) {

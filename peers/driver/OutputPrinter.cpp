@@ -67,7 +67,7 @@ bool hasPlace(Kind step) {
 
 bool isOfFinger(touch::Road road) { return road == touch::Road::TouchScreen || road == touch::Road::Touchpad; }
 
-/// As exact as anybody reads: shares of a screen and millimetres alike.
+/// Enough precision for readers, both for fractions of a screen and for millimetres.
 Value rounded(double number) {
     constexpr double kParts = 1e4;
     return std::round(number * kParts) / kParts;

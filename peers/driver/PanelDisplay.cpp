@@ -24,7 +24,7 @@ PanelDisplay::~PanelDisplay() {
 
 void PanelDisplay::setEnabled(bool isEnabled) {
     isEnabled_ = isEnabled;
-    // What is down is lifted before anybody else can see the next finger.
+    // Everything pressed is released before anyone else can see the next finger.
     giveAsWanted();
     panel_->setHeld(isEnabled);
 }
@@ -79,7 +79,7 @@ void PanelDisplay::panelReported(const touch::Frame& frame) {
 void PanelDisplay::panelIsGone() {
     isHeld_ = false;
     giveAsWanted();
-    // A copy, since it may destroy this.
+    // A copy, because the callback may destroy this.
     const auto gone = handlers_.gone;
     gone();
 }

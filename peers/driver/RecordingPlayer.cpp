@@ -28,7 +28,7 @@ std::string contentsOf(const std::string& path) {
     return {contents->begin(), contents->end()};
 }
 
-/// The file beside a recording that describes its panel: the longest name that the recording's own begins with.
+/// The file next to a recording that describes its panel: the one with the longest matching beginning of its name.
 std::optional<std::string> descriptionBeside(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
@@ -44,7 +44,7 @@ std::optional<std::string> descriptionBeside(const std::string& path) {
     return folder + (slash == std::string::npos ? "/" : "") + longest;
 }
 
-/// What is wrong with it is said with the name of the file that it is in.
+/// Errors include the name of the file.
 touch::Recording readIn(const std::string& path, std::string_view events, std::string_view description) {
     try {
         return touch::readRecording(events, description);
@@ -70,7 +70,7 @@ touch::Recording recordingAt(const std::string& path) {
     return recording;
 }
 
-/// The name of the display that is meant.
+/// The name of the requested display.
 std::string nameFor(const RecordingChoice& choice, const std::string& recorded) {
     if (!choice.display) return cleanedDisplayName(recorded);
     checkDisplayName(*choice.display);
@@ -131,7 +131,7 @@ void playRecording(const RecordingChoice& choice, const std::function<void(const
     display.setDesktop(desktop);
     recording.play(glass, [&](const touch::Frame& frame) { display.frame(frame); });
     while (const auto deadline = display.deadline()) display.timeout(*deadline);
-    // As when a display goes while fingers are on it.
+    // As if the display was unplugged with fingers on it.
     display.setEnabled(false, touch::Time(0));
 }
 

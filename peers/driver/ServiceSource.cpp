@@ -18,19 +18,19 @@ namespace kelvo {
 
 namespace {
 
-/// A lost bus is looked for at these intervals, each twice the one before.
+/// A lost bus is retried at these intervals, which double each time.
 constexpr double kFirstRetrySeconds = 0.1;
 constexpr double kLongestRetrySeconds = 2.0;
 
-/// The message's own end when it goes; this one stays.
+/// The message closes its own descriptor; this is a duplicate.
 Descriptor duplicateOf(int file) { return Descriptor(::fcntl(file, F_DUPFD_CLOEXEC, 0)); }
 
-/// The service is not there, nor can the bus start it.
+/// The service is not running, and the bus cannot start it.
 bool isAbsence(const sd_bus_error& error) {
     return isNameAbsent(error) || std::string_view(error.name).starts_with("org.freedesktop.DBus.Error.Spawn");
 }
 
-/// Nothing may be thrown through the bus.
+/// Exceptions must not pass through the bus.
 template <typename Act>
 int guarded(const Act& act) noexcept {
     try {
@@ -53,13 +53,13 @@ ServiceSource::~ServiceSource() {
 void ServiceSource::begin(Handlers handlers) {
     handlers_ = std::move(handlers);
     if (connect()) return;
-    // A copy, since it may destroy this.
+    // A copy, because the callback may destroy this.
     const auto missing = handlers_.missing;
     missing();
 }
 
 bool ServiceSource::connect() {
-    // What hangs on a connection goes before it.
+    // Everything that uses the connection must go before it.
     signals_.reset();
     owner_.reset();
     list_.reset();
@@ -70,7 +70,7 @@ bool ServiceSource::connect() {
     return true;
 }
 
-/// Until it is there again; whether it is shows in the first answer.
+/// Until the bus is back; the first answer shows whether it is.
 void ServiceSource::connectLater() {
     if (retry_) return;
     retry_ = loop_.scheduleTimer(retryInterval_, [this] {
@@ -145,8 +145,8 @@ void ServiceSource::takeSignal(sd_bus_message* signal) {
     }
 }
 
-/// A service that was killed cannot take anything back, and its virtual devices went with it. The bus starts the next
-/// one, whose displays are told of as if they were others.
+/// A killed service cannot revoke anything, and its virtual devices are gone. The bus starts the next one, whose
+/// displays count as new ones.
 int ServiceSource::onOwnerChanged(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) noexcept {
     return guarded([&] {
         auto& source = *static_cast<ServiceSource*>(self);

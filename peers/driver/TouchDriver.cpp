@@ -59,7 +59,7 @@ void TouchDriver::use(std::unique_ptr<DisplaySource> source, std::unique_ptr<Dis
     source_ = std::move(source);
     nextSource_ = std::move(next);
     source_->begin({[this](FoundDisplay found) {
-                        // What is handed over can only be moved, which a function cannot hold.
+                        // std::function cannot hold the move-only value that is handed over.
                         const auto shared = std::make_shared<FoundDisplay>(std::move(found));
                         later([this, shared] { come(std::move(*shared)); });
                     },
@@ -132,7 +132,7 @@ void TouchDriver::connect(FoundDisplay found) {
     displaysChanged_(displays_.size());
 }
 
-/// As much of it as is known before its panel is opened.
+/// What is known of a display before its panel is opened.
 TouchDriver::Display TouchDriver::displayOf(const FoundDisplay& found) {
     Display display;
     display.id = found.id;
@@ -151,7 +151,7 @@ std::string TouchDriver::newNameFor(const FoundDisplay& found) {
                                  [this](const std::string& name) { return displayNamed(name) != nullptr; });
 }
 
-/// False where the panel is gone already.
+/// False if the panel is already gone.
 bool TouchDriver::give(Display& display, FoundDisplay found) {
     const Evdev device = evdevOf(found.file.number());
     if (!device || !isTouchDisplay(device.get())) return false;
@@ -208,7 +208,7 @@ void TouchDriver::desktopChanged() {
     }
 }
 
-/// What its fingers meet with from the next hand on.
+/// Takes effect from the next hand on.
 void TouchDriver::followDesktop(Display& display) {
     if (!display.panel) return;
     display.panel->setDesktop(desktopOf(display));
@@ -230,7 +230,7 @@ const touch::Monitor* TouchDriver::monitorOf(const Display& display) const {
     return touch::monitorOf(surroundings().monitors, display.settings.monitor, display.glass);
 }
 
-/// For a panel that does not say how large it is.
+/// For a panel that does not report its size.
 std::optional<touch::Size> TouchDriver::sizeFromOutside(const Display& display) const {
     const touch::Monitor* monitor = monitorOf(display);
     return monitor && monitor->millimetres ? monitor->millimetres : display.known.size;
@@ -239,7 +239,7 @@ std::optional<touch::Size> TouchDriver::sizeFromOutside(const Display& display) 
 touch::Desktop TouchDriver::desktopOf(const Display& display) const {
     const touch::Surroundings& seen = surroundings();
     touch::Desktop desktop;
-    // No desktop has been measured to forget a touch wholly, so nothing is given out that might have to be taken back.
+    // No desktop has been measured to discard cancelled touches completely, so touches are output only when certain.
     desktop.takesTouchesBack = false;
     desktop.doubleClickInterval = seen.doubleClickInterval.value_or(desktop.doubleClickInterval);
     desktop.doubleClickDistance = seen.doubleClickDistance.value_or(desktop.doubleClickDistance);
@@ -256,7 +256,7 @@ touch::Desktop TouchDriver::desktopOf(const Display& display) const {
     return desktop;
 }
 
-/// None where the desktop does not say how slow a double click may be.
+/// None if the desktop does not provide its double-click interval.
 std::optional<std::string> TouchDriver::commandForSlowDoubleClick(const Display& display) const {
     if (!display.panel || !surroundings().doubleClickInterval || !display.panel->isDoubleClickSlowerThanDesktop()) {
         return std::nullopt;
@@ -284,7 +284,7 @@ void TouchDriver::setSettings(const std::string& name, const touch::Settings& se
     display->settings = settings;
     if (!display->panel) return;
     display->panel->setSettings(settings);
-    // It may be bound to another monitor now.
+    // It may now belong to another monitor.
     followDesktop(*display);
 }
 
@@ -347,7 +347,7 @@ std::vector<ControlCommand> TouchDriver::ownCommands() {
                  if (words[0] == "plist") return propertyListOf(states());
                  throw std::runtime_error(R"("states" prints JSON, or a property list: "states plist")");
              }},
-            // For the calibration tool: by how many quarters the desktop turned the display's output.
+            // For the calibration tool: the quarter turns that the desktop applies to the output of the display.
             {"screen", 1, 1, [this](const ControlCommand::Words& words) {
                  const Display* display = displayNamed(words[0]);
                  if (!display) throw std::runtime_error("\"" + words[0] + "\" is not connected; see \"status\"");
@@ -355,7 +355,7 @@ std::vector<ControlCommand> TouchDriver::ownCommands() {
              }}};
 }
 
-/// What each display is doing, and why one that is there is not used.
+/// What each display is doing, and why a connected display is not used.
 NSMutableDictionary TouchDriver::states() const {
     auto used = NSMutableDictionary::dictionary();
     for (const Display& display : displays_) {

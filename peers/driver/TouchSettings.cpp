@@ -24,12 +24,12 @@ using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 using platform::Value;
 
-/// In the entry of a display that has been calibrated: glass to picture, six reals, row by row.
+/// In the entry of a calibrated display: panel to picture, six reals, row by row.
 constexpr std::string_view kMatrix = "Matrix";
-/// The monitor that was touched when it was calibrated.
+/// The monitor that was touched during the calibration.
 constexpr std::string_view kOutput = "Output";
 
-/// Far more than any setting is held to, and far less than a time can hold.
+/// Far beyond the bounds of any setting, and far below the limit of the time type.
 touch::Time timeOf(double seconds) {
     constexpr double kMostSeconds = 1e6;
     return std::chrono::duration_cast<touch::Time>(
@@ -41,7 +41,7 @@ touch::FingerMode fingerModeIn(const NSMutableDictionary& settings) {
                                                                       : touch::FingerMode::Touch;
 }
 
-/// A time that is missing is the shortest, as the pane's slider shows it.
+/// A missing time counts as the shortest, as the slider of the pane shows it.
 std::optional<touch::Time> longPressIn(const NSMutableDictionary& settings) {
     const auto rightClick = settings.objectForKey(keys::rightClick).dictionary();
     if (!rightClick.objectForKey(keys::rightClickIsEnable).boolValue()) return std::nullopt;
@@ -91,7 +91,7 @@ touch::SystemSwitches switchesIn(const SettingsContext& context) {
             .pagesNeedNoSwitch = isSnowLeopard(context.systemVersion)};
 }
 
-/// None unless all six are there and numbers.
+/// None unless all six are present and numbers.
 touch::Matrix calibrationIn(const NSMutableDictionary& calibration) {
     const NSMutableArray stored = calibration.objectForKey(kMatrix).array();
     touch::Matrix matrix{};

@@ -23,7 +23,7 @@ Watchdog::~Watchdog() {
 
 void Watchdog::setNeeded(bool isNeeded) {
     if (interval_ == 0 || isNeeded == (timer_ != nullptr)) return;
-    // 0 has the manager wait for nothing.
+    // 0 disables the watchdog of the service manager.
     (void)sd_notify(0, ("WATCHDOG_USEC=" + std::to_string(isNeeded ? interval_ : 0)).c_str());
     if (isNeeded) {
         tell();

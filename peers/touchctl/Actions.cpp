@@ -28,7 +28,7 @@ using Kind = touch::Action::Kind;
 
 // Showing
 
-/// The display that is meant: the one that is named, else the first that is connected, if any.
+/// The named display, otherwise the first connected one, if any.
 std::optional<Display> displayIn(const Words& words) {
     if (!words.empty()) return displayNamed(words[0]);
     const std::vector<Display> known = knownDisplays();
@@ -50,7 +50,7 @@ std::string padded(const std::string& text, std::size_t width) {
     return text + std::string(width > text.size() ? width - text.size() : 0, ' ');
 }
 
-/// In characters, of which all but those of one accented name are bytes.
+/// Pads by characters; only one name contains a character of two bytes.
 std::string paddedName(const GestureRow& row, std::size_t width) {
     return padded(row.name, row.gesture == Gesture::AppExpose ? width + 1 : width);
 }
@@ -147,7 +147,7 @@ touch::Action chordOf(const std::string& text) {
     return chord;
 }
 
-/// An argument of a call as dbus-send takes it; one without a kind is a text.
+/// An argument of a call in the syntax of dbus-send; without a type, it is a string.
 Value argumentOf(const std::string& word) {
     const std::size_t colon = word.find(':');
     const std::string kind = word.substr(0, colon);
@@ -172,7 +172,7 @@ BusCall callOf(const Words& words) {
     return call;
 }
 
-/// What the words say that follow a gesture.
+/// The action in the words after a gesture.
 DesktopAction actionOf(const Words& words) {
     const std::string kind = words.empty() ? "" : words[0];
     DesktopAction action;
@@ -205,7 +205,7 @@ DesktopAction actionOf(const Words& words) {
     return action;
 }
 
-/// In the form in which it is stored, which is where it is seen whether it can be.
+/// Converts the action to its stored form, which is validated.
 NSMutableDictionary checkedFormOf(const DesktopAction& action, Gesture gesture) {
     NSMutableDictionary stored = storedFormOf(action);
     try {
@@ -234,11 +234,11 @@ void writeUserActions(const NSMutableDictionary& contents, platform::NSFileManag
                   shownPath(path) + " cannot be written; check its permissions and the free disk space");
 }
 
-/// A part of the file that is not for one gesture.
+/// A section of the file, as opposed to the entry of a gesture.
 bool isSection(const std::string& key, const Value& value) { return value.dictionary() && !gestureWritten(key); }
 
-/// Without what it says of a gesture, or of all where none is named. Parts for other desktops stay where they are
-/// whole files' parts; those inside of a desktop's part go along.
+/// Removes the entries of a gesture, or of all gestures if none is given. With `withParts`, also removes
+/// those inside its sections.
 NSMutableDictionary without(const NSMutableDictionary& section, std::optional<Gesture> gesture, bool withParts) {
     auto rest = NSMutableDictionary::dictionary();
     for (const auto& [key, value] : section.entries()) {
@@ -250,7 +250,7 @@ NSMutableDictionary without(const NSMutableDictionary& section, std::optional<Ge
     return rest;
 }
 
-/// What the user has for both ways, with the new action for one of them.
+/// The user's actions for both directions, with the new action for one of them.
 NSMutableDictionary withWay(const Value& stored, std::string_view way, const NSMutableDictionary& action) {
     const auto old = stored.dictionary();
     auto ways = NSMutableDictionary::dictionary();

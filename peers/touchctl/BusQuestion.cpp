@@ -18,7 +18,7 @@ int onAnswer(sd_bus_message* message, void* answer, sd_bus_error* /*error*/) noe
     return 0;
 }
 
-/// Null where it cannot be made.
+/// Null if it cannot be created.
 BusMessage messageOf(const BusConnection& connection, const BusCall& call) {
     sd_bus_message* created = nullptr;
     if (sd_bus_message_new_method_call(connection.bus(), &created, call.destination.c_str(), call.path.c_str(),

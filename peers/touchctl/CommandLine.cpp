@@ -13,11 +13,11 @@ constexpr std::size_t kSummaryColumn = 39;
 constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
 
 bool isOption(const std::string& argument) {
-    // A lone "-" is standard input, and no number is an option.
+    // A single "-" is standard input, and numbers are not options.
     return argument.size() > 1 && argument[0] == '-' && (argument[1] < '0' || argument[1] > '9') && argument[1] != '.';
 }
 
-/// One option; false when there is none of that name.
+/// Handles an option; false if there is no such option.
 bool takeOption(const std::string& option, Invocation& invocation) {
     if (option == "--help" || option == "-h") {
         invocation.help = true;
@@ -267,7 +267,7 @@ Invocation parseCommandLine(const Words& arguments) {
     Invocation invocation;
     bool takesOptions = true;
     for (const std::string& argument : arguments) {
-        // What a shell asks about is not meant for this program.
+        // Words to be completed for a shell are not meant for this program.
         const bool isAsked = invocation.command && invocation.command->id == Command::Id::Complete;
         if (takesOptions && argument == "--") {
             takesOptions = false;

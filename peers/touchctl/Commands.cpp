@@ -41,7 +41,7 @@ using platform::NSMutableDictionary;
 
 void print(const std::string& text) { std::cout << text << '\n'; }
 
-/// A line that somebody waits for.
+/// Prints a line that somebody is waiting for.
 void printNow(const std::string& line) {
     std::cout << line << std::endl;
     if (!std::cout) throw Failure(Status::Failure, "cannot write to standard output; check where it is redirected");
@@ -49,7 +49,7 @@ void printNow(const std::string& line) {
 
 // Sending
 
-/// A display to be changed: as in the pane, it is connected and its driver switched on.
+/// A display to change: as in the pane, it must be connected and the driver switched on.
 void chooseDisplay(const std::string& name) {
     const Display display = displayNamed(name);
     if (!display.isConnected) {
@@ -67,7 +67,7 @@ void chooseDisplay(const std::string& name) {
     setModelType(name);
 }
 
-/// The pane's own sending tells nobody what became of it.
+/// The send functions of the pane do not report their result.
 void checkArrival(const ReportingPorts& ports) {
     if (!ports.failure()) return;
     if (!hasSessionBus()) throw Failure(Status::NoDriver, kNoBus);
@@ -93,7 +93,7 @@ bool isStored(const NSMutableDictionary& payload) {
     });
 }
 
-/// A driver answers before it stores, and the next command begins with what is stored.
+/// A driver answers before it saves, and the next command starts from what is saved.
 void awaitStoring(const NSMutableDictionary& payload) {
     constexpr int kLooks = 100;
     constexpr double kSecondsBetweenLooks = 0.02;
@@ -104,7 +104,7 @@ void awaitStoring(const NSMutableDictionary& payload) {
     std::cerr << "kelvo-touchctl: note: the driver accepted the change but has not saved it yet\n";
 }
 
-/// Whoever receives a message reads it by the rules by which it is read here.
+/// Receivers decode messages with the same rules as here.
 void checkThatItFits(const Message& message) {
     platform::Value payload = message.payload;
     const auto data = Helpers::NSDate::dataWithContentsOfDictionary(payload);
@@ -113,7 +113,7 @@ void checkThatItFits(const Message& message) {
                                    "shorten the gesture list");
 }
 
-/// What a person could not have made in the window is a slip, unless it is sent on purpose.
+/// A list that the window could not have produced is a mistake, unless it is sent on purpose.
 void checkGestures(const Message& message, const NSMutableDictionary& stored) {
     const auto oddities = odditiesOf(message.payload.objectForKey(keys::gestureArray).array(),
                                      stored.objectForKey(keys::gestureArray).array());
@@ -127,8 +127,8 @@ void send(const Message& message, const ReportingPorts& ports) {
     checkArrival(ports);
 }
 
-/// The driver has a window that shows the one display read the settings again. With several displays it cannot: that
-/// would take the window back to the choice of a display.
+/// With one display, the driver makes an open window read the settings again. With several displays it cannot, because
+/// that would take the window back to the list of displays.
 void noteWindowThatMayUndo(const std::string& name) {
     const std::vector<Display> displays = knownDisplays();
     if (std::count_if(displays.begin(), displays.end(), [](const Display& each) { return each.isConnected; }) < 2)
@@ -155,7 +155,7 @@ Shown shownDriverVersion(const NSMutableDictionary& settings) {
     return version ? Shown{Shown::State::Fit, *version} : Shown();
 }
 
-/// As the words that "gesture" takes.
+/// In the syntax of "gesture".
 std::string shownGesture(const NSMutableDictionary& record) {
     const std::int64_t index = record.objectForKey(keys::selectedIndex).longLongValue();
     const auto action =
@@ -190,7 +190,7 @@ Status list(const Invocation& invocation) {
     return Status::Success;
 }
 
-/// Shows what can be read of the connected displays; what cannot ends the command in failure, after all others.
+/// Shows all connected displays whose settings can be read; if some cannot, the command fails in the end.
 Status showAll(bool asJson) {
     std::string faults;
     auto line = NSMutableDictionary::dictionary();
@@ -202,7 +202,7 @@ Status showAll(bool asJson) {
             if (!asJson) printSettings(display, settings);
         } catch (const Failure& failure) {
             faults += (faults.empty() ? "" : "; ") + std::string(failure.what());
-            // What JSON has no form for is written as its null, which no property list holds.
+            // Values that JSON cannot represent become null, which property lists do not have.
             line.setObjectForKey(std::numeric_limits<double>::quiet_NaN(), display.name);
         }
     }
@@ -275,7 +275,7 @@ Status gesture(const Words& words, const ReportingPorts& ports) {
     return Status::Success;
 }
 
-/// What the messages say of their display's settings, without its name.
+/// The settings in the messages, without the name of the display.
 NSMutableDictionary settingsIn(const std::vector<Message>& messages) {
     auto settings = NSMutableDictionary::dictionary();
     for (const Message& message : messages) {
@@ -328,7 +328,7 @@ Status switchDriver(const Words& words) {
     return Status::Success;
 }
 
-/// Becomes the calibration tool, whose end is that of the command.
+/// Becomes the calibration tool, whose exit status is that of the command.
 Status calibrate(const Invocation& invocation) {
     chooseDisplay(invocation.words[0]);
     const std::string application = platform::NSFileManager::defaultManager().localLibraryDirectory() +
@@ -347,7 +347,7 @@ Status calibrate(const Invocation& invocation) {
 
 // Looking on
 
-/// The driver has another folder than who asks it to write there.
+/// The driver runs in another folder than this command.
 std::string wholePathOf(const std::string& file) {
     if (file.empty() || file == "-") {
         throw Failure(Status::Usage, "the driver creates the recording itself and needs a file name");
@@ -355,7 +355,7 @@ std::string wholePathOf(const std::string& file) {
     return std::filesystem::absolute(file).lexically_normal().string();
 }
 
-/// Until the user ends it. What ends it before that is a Failure.
+/// Waits until the user stops it. Any other end is a Failure.
 void awaitEndOfRecording(platform::CFRunLoop& loop, const DriverPresence& driver, const bool& isEnded) {
     constexpr double kForever = std::numeric_limits<double>::infinity();
     loop.runUntil([&] { return isEnded || driver.state() != DriverPresence::State::Running; }, kForever);
@@ -394,7 +394,7 @@ Status record(PollRunLoop& loop, const Words& words) {
 }
 
 Status watch(PollRunLoop& loop) {
-    // Who looks on waits for longer than a person would.
+    // Becoming a monitor would wait longer than a person would.
     if (!hasSessionBus()) throw Failure(Status::NoDriver, kNoBus);
     bool isBusLost = false;
     std::optional<Failure> failure;
@@ -420,7 +420,7 @@ Status watch(PollRunLoop& loop) {
 
 Status complete(const Words& words) {
     for (const std::string& word : completionsAfter(words)) {
-        // A line is a word, so a word of several lines cannot be offered.
+        // Each line is a word, so words with line breaks cannot be offered.
         if (word == withVisibleControlCharacters(word)) print(word);
     }
     return Status::Success;

@@ -16,7 +16,7 @@ namespace {
 using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 
-/// What shells put before the words when an option is being typed.
+/// Shells put this before the words when an option is being typed.
 constexpr std::string_view kAsksForOptions = "--options";
 
 Words commandNames() {
@@ -98,7 +98,7 @@ Words wordsAfter(const Words& words) {
     return command == "gesture" ? afterGesture(words) : Words();
 }
 
-/// The words of a command line but for the options among them. The first one is the command.
+/// The words of a command line without the options. The first one is the command.
 Words withoutOptions(const Words& words) {
     const Words options = optionsOf(words);
     Words plain;
@@ -118,7 +118,7 @@ Words known(const Words& words) {
     if (plain.empty()) return commandNames();
     const Command* command = commandNamed(plain[0]);
     if (!command || command->summary.empty()) return {};
-    // Where no word can follow, only options can.
+    // If no word can follow, only options can.
     return plain.size() > command->most ? optionsOf(plain) : wordsAfter(plain);
 }
 
@@ -129,7 +129,7 @@ Words completionsAfter(const Words& words) {
         const bool asksForOptions = !words.empty() && words[0] == kAsksForOptions;
         return asksForOptions ? optionsOf(Words(words.begin() + 1, words.end())) : known(words);
     } catch (const Failure&) {
-        // Nothing is offered where the command itself would say what is wrong.
+        // Offers nothing if the command itself would report an error.
         return {};
     }
 }

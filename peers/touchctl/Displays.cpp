@@ -19,10 +19,10 @@ using platform::NSMutableDictionary;
 
 constexpr std::string_view kSettingsPrefix = "Settings_";
 constexpr std::string_view kSettingsSuffix = ".plist";
-/// The file of no display at all, which the pane may make.
+/// The file for no display, which the pane may create.
 constexpr std::string_view kNoDisplay = "(null)";
 
-/// The dictionary in a file; nil when nothing is there.
+/// The dictionary in a file; nil if there is no file.
 NSMutableDictionary contentsOf(const std::string& path) {
     const StoredFile file = storedFileAt(path);
     const std::string complaint = file.complaint();

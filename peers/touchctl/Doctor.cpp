@@ -33,8 +33,8 @@ using platform::NSFileManager;
 using platform::NSMutableDictionary;
 using platform::Value;
 
-/// A file of the product's: where it is, what the report calls it, and how a fix names it, which tells no display's
-/// name.
+/// A file of the product: its path, its name in the report, and its name in a fix, which does not reveal the name of a
+/// display.
 struct ProductFile {
     std::string path;
     std::string title;
@@ -43,7 +43,7 @@ struct ProductFile {
 
 constexpr char kRestartTheDriver[] = "restart the driver";
 
-/// The driver writes a file that is gone when it starts, and the displays into the list.
+/// When the driver starts, it creates a missing file and lists the displays.
 std::string removalOf(const ProductFile& file) { return "rm " + file.place + ", then " + kRestartTheDriver; }
 
 std::string hexadecimal(std::int32_t number) {
@@ -120,8 +120,8 @@ void reportOtherPort(Report& report, const char* port, const std::string& owner)
     }
 }
 
-/// What every process may do to a file is the system's to say, by its owner and mode. Whether there was nothing to
-/// report.
+/// Checks the owner and mode of a file, which determine what any process can do with it. True if there was nothing
+/// to report.
 bool reportPermissions(Report& report, const ProductFile& file) {
     const int before = report.problems();
     struct stat status {};
@@ -142,7 +142,7 @@ bool reportPermissions(Report& report, const ProductFile& file) {
     return report.problems() == before;
 }
 
-/// Owner, mode and what the file holds; nil when there is nothing to look at.
+/// Checks the owner, mode and contents of a file; nil if there is nothing to check.
 NSMutableDictionary reportFile(Report& report, const ProductFile& file) {
     const bool isOwnersAlone = reportPermissions(report, file);
     const StoredFile stored = storedFileAt(file.path);
@@ -153,7 +153,7 @@ NSMutableDictionary reportFile(Report& report, const ProductFile& file) {
         report.note(file.title + " does not exist yet; the pane or the driver creates it");
         break;
     case StoredFile::State::Unreadable:
-        // Of what the owner and the mode explain, enough is said.
+        // The owner and mode have already been reported.
         if (isOwnersAlone) {
             report.problem(file.title + " " + stored.complaint(), "check what is there: ls -ld " + file.place);
         }
@@ -166,7 +166,7 @@ NSMutableDictionary reportFile(Report& report, const ProductFile& file) {
     return stored.contents;
 }
 
-/// A name that can be part of a file's.
+/// Whether the name can be part of a file name.
 bool isNameOfDisplay(const Value& value) {
     return value.text() && !value.text()->empty() && value.text()->find('/') == std::string::npos;
 }
@@ -222,7 +222,7 @@ void reportDisplay(Report& report, const Display& display, std::size_t number) {
     }
 }
 
-/// Whether the settings folder is there, and its files can be looked at.
+/// Whether the settings folder exists and its files can be checked.
 bool reportFolder(Report& report, const ProductFile& folder) {
     struct stat status {};
     const auto reason = reasonAgainstListing(folder.path);

@@ -23,7 +23,7 @@ DriverPresence::State DriverPresence::state() const {
 }
 
 int DriverPresence::onOwnerChanged(sd_bus_message* /*signal*/, void* presence, sd_bus_error* /*error*/) noexcept {
-    // Another one that starts is not the one that ran.
+    // A newly started driver is not the one that was running.
     static_cast<DriverPresence*>(presence)->hasEnded_ = true;
     return 0;
 }

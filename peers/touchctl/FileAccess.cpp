@@ -22,7 +22,7 @@ constexpr std::size_t kBytesOfMebibyte = std::size_t{1} << 20U;
 
 std::string lastReason() { return std::generic_category().message(errno); }
 
-/// A descriptor that is closed in the end, but for standard input, which is not this program's to close.
+/// Closes its descriptor on destruction, except for standard input.
 class Descriptor {
 public:
     explicit Descriptor(int number) : number_(number) {}
@@ -50,10 +50,10 @@ int openedForReading(const std::string& path, int flags = 0) {
     return uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC | flags); });
 }
 
-/// What lies where a name is looked up when nothing is found there.
+/// The errors that mean that a file does not exist.
 bool isAbsence(int error) { return error == ENOENT || error == ENOTDIR; }
 
-/// Why a file that could not be read cannot. It is not waited for when a pipe lies in its place.
+/// Finds out why a file could not be read, without waiting if it is a pipe.
 StoredFile diagnosed(const std::string& path) {
     using State = StoredFile::State;
     const Descriptor file(openedForReading(path, O_NONBLOCK));
@@ -64,15 +64,15 @@ StoredFile diagnosed(const std::string& path) {
     return {std::cmp_greater(status.st_size, kLargestFile) ? State::TooLarge : State::Damaged, {}, ""};
 }
 
-/// Whether bytes are to go into what is there, since it cannot be replaced: an entry of these folders may stand for
-/// what the caller has open.
+/// Whether to write into an existing file because it cannot be replaced: the entries of these folders may be open files
+/// of the caller.
 bool isStream(const std::string& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) return false;
     return !S_ISREG(status.st_mode) || path.starts_with("/dev/") || path.starts_with("/proc/");
 }
 
-/// False when not all of it was taken; errno says why.
+/// False if not everything was written; errno says why.
 bool writeInto(const std::string& path, std::span<const std::uint8_t> bytes) {
     const Descriptor stream(
         uninterrupted([&] { return ::open(path.c_str(), O_WRONLY | O_APPEND | O_NOCTTY | O_CLOEXEC); }));

@@ -20,10 +20,10 @@ using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 using Row = std::shared_ptr<TDGesturesCellView>;
 
-/// The menu's first item is empty.
+/// The first menu item is empty.
 constexpr int kFirstActionItem = 1;
 
-/// How the one name that not every keyboard has may be written, too.
+/// An alternative spelling for the only name that not every keyboard can type.
 constexpr std::string_view kPlainAppExpose = "AppExpose";
 
 template <typename Control>
@@ -34,7 +34,7 @@ Control& outletOf(TDGesturesCellView& row, std::string_view name) {
     throw std::logic_error("a gesture row has no " + std::string(name));
 }
 
-/// A row for each record, without a form: the rows hear of one another all the same.
+/// A row for each record, without a form; the rows still notify each other.
 std::vector<Row> rowsOf(const NSMutableArray& list) {
     std::vector<Row> rows;
     for (std::size_t i = 0; i < list.count(); ++i) {
@@ -77,7 +77,7 @@ bool isSwitch(const std::string& deed) { return deed == "on" || deed == "off"; }
                   nameOf(row) + " can be on, off, or one of " + listed(actionsOf(row)) + ", not \"" + deed + "\"");
 }
 
-/// The menu's item for the action among the deeds; none where they only switch.
+/// The menu item for the action among the arguments; none if they only switch the gesture.
 std::optional<int> itemFor(const Row& row, const Words& deeds) {
     const std::string& action = deeds.back();
     if (deeds.size() == 1 && isSwitch(action)) return std::nullopt;
@@ -104,7 +104,7 @@ NSMutableArray gestureListOf(const NSMutableDictionary& settings) {
 void changeGesture(const std::string& name, const Words& deeds) {
     const std::vector<Row> rows = rowsOf(gSettings);
     const Row& row = rowNamed(rows, name);
-    // What is switched and how it is made are each said once.
+    // The switch and the action can each be given only once.
     if (deeds.size() > 1 && !isSwitch(deeds.front())) refuse(row, deeds[0] + " " + deeds[1]);
     const std::optional<int> item = itemFor(row, deeds);
     auto& menu = outletOf<platform::NSPopUpButton>(*row, "m_gestures");

@@ -56,8 +56,8 @@ bool takesThreeFingers(const NSMutableDictionary& record) {
            action == gestures::swipeLeftOrRightWithThreeFingers;
 }
 
-/// Pages send full screen to its second action, which has four fingers. Full screen sends pages to their first one, and
-/// switches them off where that has three fingers, too.
+/// Pages move full screen to its second action, which has four fingers. Full screen moves pages to their first one, and
+/// switches them off if that also has three fingers.
 bool doPagesAndFullScreenCollide(const NSMutableArray& list) {
     const NSMutableDictionary pages = recordOf(list, gestures::swipeBetweenPages);
     const NSMutableDictionary fullScreen = recordOf(list, gestures::fullScreenApps);
@@ -67,7 +67,7 @@ bool doPagesAndFullScreenCollide(const NSMutableArray& list) {
     return canFullScreenMove && !wereMadeWay;
 }
 
-/// Each follows the other wherever it has an action at the same place.
+/// Each follows the other if it has an action at the same position.
 bool doMissionControlAndExposeDiffer(const NSMutableArray& list) {
     const NSMutableDictionary control = recordOf(list, gestures::missionControl);
     const NSMutableDictionary expose = recordOf(list, gestures::appExpose);

@@ -18,7 +18,7 @@ int fail(Status status, const std::string& reason) {
     return static_cast<int>(status);
 }
 
-/// The bundle lies at the same place to the program in the build folder and where it is installed.
+/// The location of the bundle relative to the program is the same in the build folder and when installed.
 std::string installedPanePath() {
     std::error_code ignored;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);

@@ -24,7 +24,7 @@ using platform::NSMutableDictionary;
 constexpr char kBusName[] = "org.freedesktop.DBus";
 constexpr std::uint64_t kTimeoutMicroseconds = 5'000'000;
 
-// What to be shown: the messages, and the coming and going of those who take them.
+// What to show: the messages, and their receivers as they come and go.
 constexpr char kMessageRule[] = "type='method_call',interface='com.kelvo.TouchDisplay.MessagePort'";
 constexpr char kOwnerRule[] =
     "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0namespace='com.kelvo.TouchDisplay'";
@@ -51,7 +51,7 @@ bool becomesMonitor(sd_bus* bus) {
     return status >= 0;
 }
 
-/// The connection that has a name; empty when none has.
+/// The connection that owns a name; empty if none does.
 std::string ownerOf(sd_bus* bus, const char* name) {
     sd_bus_message* received = nullptr;
     const int status = sd_bus_call_method(bus, kBusName, "/org/freedesktop/DBus", kBusName, "GetNameOwner", nullptr,
@@ -61,14 +61,14 @@ std::string ownerOf(sd_bus* bus, const char* name) {
     return status >= 0 && sd_bus_message_read(received, "s", &owner) > 0 ? owner : "";
 }
 
-/// A bus name without what all ports' names begin with.
+/// A bus name without the common prefix of all ports.
 std::string portOf(std::string_view busName) {
     const std::string_view prefix = kBusNamePrefix;
     if (busName.starts_with(prefix)) busName.remove_prefix(prefix.size());
     return std::string(busName);
 }
 
-/// The driver's control channel is named as ports are.
+/// The control channel of the driver has a name like a port.
 bool isNameOfPort(std::string_view busName) { return busName.starts_with(kBusNamePrefix) && busName != kDriverName; }
 
 std::string lineOfState(const std::string& port, const char* state) {
@@ -102,7 +102,7 @@ std::string lineOfMessage(sd_bus_message* message, const std::string& port) {
 std::unique_ptr<MessageWatch> MessageWatch::open(platform::CFRunLoop& loop,
                                                  std::function<void(const std::string& line)> tell,
                                                  std::function<void()> lost) {
-    // Only the library knows all the places where a session's bus may be.
+    // Only the library knows all possible locations of the session bus.
     sd_bus* opened = nullptr;
     const char* address = nullptr;
     if (sd_bus_open_user(&opened) < 0) return nullptr;
@@ -111,10 +111,10 @@ std::unique_ptr<MessageWatch> MessageWatch::open(platform::CFRunLoop& loop,
     Bus bus = startedMonitor(address);
     if (!bus || !becomesMonitor(bus.get())) return nullptr;
     auto watch = std::make_unique<MessageWatch>(std::move(bus), std::move(tell), std::move(lost));
-    // Who looks on can ask nothing. What changes from here on is seen.
+    // A monitor cannot ask anything. From here on, changes are seen.
     watch->learnOwners(opened);
     const int descriptor = sd_bus_get_fd(watch->bus_.get());
-    // What came with the answer already does not make the descriptor readable.
+    // Messages that arrived with the answer do not make the descriptor readable.
     watch->firstRead_ = loop.scheduleTimer(0.0, [self = watch.get()] {
         self->tellOpenPorts();
         self->read();
@@ -147,7 +147,7 @@ std::string MessageWatch::lineOf(sd_bus_message* message) {
         const char* destination = sd_bus_message_get_destination(message);
         return lineOfMessage(message, portAt(destination ? destination : ""));
     }
-    // To become a monitor is to lose one's own name, which is nobody's business.
+    // Becoming a monitor loses one's own name, which must not be shown.
     return sd_bus_message_is_signal(message, kBusName, "NameOwnerChanged") > 0 ? lineOfChange(message) : "";
 }
 

@@ -9,7 +9,7 @@ namespace kelvo::touchctl {
 namespace {
 
 constexpr double kBusPatienceSeconds = 2.0;
-/// More than a probe ever takes.
+/// Longer than any probe takes.
 constexpr double kProbeSeconds = 5.0;
 constexpr int kProbes = 4;
 

@@ -21,7 +21,7 @@ using platform::NSMutableArray;
 using platform::NSMutableDictionary;
 using platform::Value;
 
-/// More than what all messages hold together.
+/// More than all messages together can hold.
 constexpr std::size_t kLargestProfile = std::size_t{16} << 20U;
 
 std::string textOf(double number) {
@@ -29,7 +29,7 @@ std::string textOf(double number) {
     return Value(std::round(number * kShownFractions) / kShownFractions).stringValue().value_or("");
 }
 
-/// The numbers that the pane's forms allow.
+/// The bounds of the forms of the pane.
 struct Bounds {
     double least;
     double most;
@@ -45,7 +45,7 @@ struct Bounds {
     [[nodiscard]] std::string text() const { return std::string(kind) + " from " + span(); }
 };
 
-/// The pane's slider shows one second less the interval, from 0 to 0.9.
+/// The slider of the pane shows one second minus the interval, from 0 to 0.9.
 constexpr Bounds kInterval{1.0 - 0.9, 1.0, false, "a number of seconds"};
 constexpr Bounds kRange{8.0, 128.0, true, "a whole number"};
 constexpr Bounds kLongPress{0.3, 3.0, false, "a number of seconds"};
@@ -78,7 +78,7 @@ NSMutableDictionary rightClickIn(const NSMutableDictionary& stored) {
     return stored.objectForKey(keys::rightClick).dictionary();
 }
 
-/// As the pane's slider shows it, which holds its value to the bounds.
+/// As shown by the slider of the pane, which clamps its value.
 double storedLongPress(const NSMutableDictionary& stored) {
     const double seconds = rightClickIn(stored).objectForKey(keys::rightClickTimeIntelval).doubleValue();
     return seconds >= kLongPress.least ? std::min(seconds, kLongPress.most) : kLongPress.least;
@@ -144,7 +144,7 @@ Message gestureMessage(const NSMutableArray& list) {
     return {kMessageIDForGestureArray, payloads::gestureArray()};
 }
 
-// What a file says. Each check throws with what the value is to be.
+// Values from a file. Each check throws an error that describes the valid values.
 
 using Fault = std::runtime_error;
 
@@ -171,7 +171,7 @@ Message rateMessage(const NSMutableDictionary& profile) {
         payloads::doubleClickRate(numberIn(profile.objectForKey(keys::doubleClickRate), "DoubleClickRate", kInterval))};
 }
 
-/// The pane sends a real from its text field and else an integer, so a file may hold either.
+/// The pane sends a real from its text field, otherwise an integer, so a file can contain either.
 Message rangeMessage(const NSMutableDictionary& profile) {
     const double range = numberIn(profile.objectForKey(keys::doubleClickRange), "DoubleClickRange", kRange);
     return {kMessageIDForDoubleClickRange, payloads::doubleClickRange(static_cast<std::int32_t>(range))};
@@ -185,7 +185,7 @@ Message rightClickMessage(const NSMutableDictionary& profile) {
     return {kMessageIDForRightClick, payloads::rightClick(isEnabled, seconds)};
 }
 
-/// A settings file that is new holds false for the unrotated state.
+/// New settings files contain false for the unrotated state.
 Message rotationMessage(const NSMutableDictionary& profile) {
     const Value mode = profile.objectForKey(keys::rotateMode);
     const bool isNew = mode.kind() == Value::Kind::Boolean && !mode.boolValue();
@@ -193,7 +193,7 @@ Message rotationMessage(const NSMutableDictionary& profile) {
             payloads::rotateMode(isNew ? 0 : static_cast<std::int32_t>(numberIn(mode, "RotateMode", kRotateMode)))};
 }
 
-/// As the pane reads it, a calibration that does not say that it is automatic is manual.
+/// As in the pane, a calibration that is not marked as automatic is manual.
 Message calibrationMessage(const NSMutableDictionary& profile) {
     const Value isAutomatic = profile.objectForKey(keys::autoCalibration);
     if (isAutomatic && booleanIn(isAutomatic, "AutoCalibration")) {
@@ -234,7 +234,7 @@ Message gesturesMessage(const NSMutableDictionary& profile) {
     return gestureMessage(list);
 }
 
-/// The keys of one message, of which any makes it due, and the message.
+/// The keys of a message, any of which triggers it, and the message.
 struct ProfilePart {
     std::array<std::string_view, 2> fileKeys;
     Message (*messageOf)(const NSMutableDictionary& profile) = nullptr;
@@ -262,7 +262,7 @@ bool isProfileKey(std::string_view key) {
                        [&](const ProfilePart& part) { return part.has(key); });
 }
 
-/// What a settings file holds that the driver alone writes.
+/// Keys in a settings file that only the driver writes.
 bool isDriversOwn(std::string_view key) {
     return key == keys::driverVersion || key == keys::fingerMode || key == keys::nativeWidth ||
            key == keys::nativeHeight;
@@ -290,7 +290,7 @@ Message gesturesOfWords(const Words& words, const NSMutableDictionary& /*stored*
 
 // What is shown.
 
-/// None for a kind of value that is read as missing.
+/// None for types that count as missing.
 std::optional<double> shownNumber(const Value& value) {
     return value.hasNumber() ? std::optional(value.doubleValue()) : std::nullopt;
 }

@@ -23,10 +23,10 @@ namespace {
 using platform::NSMutableDictionary;
 
 constexpr char kUnit[] = "kelvo-touch-driver.service";
-/// Beginnings of the names of our own programs, as the kernel cuts them.
+/// The names of our own programs, truncated by the kernel.
 constexpr char kOwnPrograms[] = "kelvo-touch-";
 
-/// "NAME (PROCESS)" of each that has the file open.
+/// "NAME (PROCESS)" of each process that has the file open.
 std::vector<std::string> usersOf(const std::string& node) {
     std::vector<std::string> users;
     for (const RunningProgram& program : programsWithOpen(node)) {
@@ -53,7 +53,7 @@ std::optional<std::vector<TouchHardware::Screen>> screensNow() {
     return screens;
 }
 
-/// Its file is there, too, where the module is loaded when it is first opened.
+/// The file also exists if the module is loaded only when it is first opened.
 bool hasUinputNow() {
     std::error_code unknown;
     return std::filesystem::exists("/dev/uinput", unknown) ||
@@ -83,7 +83,7 @@ std::map<std::string, std::string> textsIn(const NSMutableDictionary& dictionary
     return texts;
 }
 
-/// None where it is another one that knows no such command.
+/// None if it is a different driver without this command.
 std::optional<TouchHardware::Driver> driverNow() {
     const DriverAnswer answer = performAndWait(platform::CFRunLoop::getCurrent(), {"states", "plist"});
     if (answer.outcome != DriverAnswer::Outcome::Done) return std::nullopt;
@@ -95,7 +95,7 @@ std::optional<TouchHardware::Driver> driverNow() {
                                  textsIn(said.objectForKey("slowDoubleClick").dictionary())};
 }
 
-/// A property of the driver's unit; none where no service manager has that one.
+/// A property of the driver's unit; none if no service manager has this unit.
 BusMessage propertyOfUnit(const char* interface, const char* property) {
     char* encoded = nullptr;
     if (sd_bus_path_encode("/org/freedesktop/systemd1/unit", kUnit, &encoded) < 0) return nullptr;

@@ -18,7 +18,7 @@ std::string joined(const std::vector<std::string>& words) {
     return text;
 }
 
-/// A reason ends with its fix, behind the last semicolon.
+/// A reason ends with its fix, after the last semicolon.
 std::pair<std::string, std::string> reasonAndFix(const std::string& reason) {
     const std::size_t end = reason.rfind("; ");
     if (end == std::string::npos) return {reason, "see the log of the driver: " + std::string(kLogOfDriver)};
@@ -114,7 +114,7 @@ void reportScreens(Report& report, const TouchHardware& hardware) {
     const int before = report.problems();
     reportWhoseTheScreensAre(report, *hardware.screens);
     reportWaysIn(report, hardware);
-    // What the driver meets with is mostly what has been said.
+    // Most problems of the driver have already been reported.
     if (hardware.driver && report.problems() == before) reportWhatTheDriverSays(report, hardware);
 }
 
