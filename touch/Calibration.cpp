@@ -27,12 +27,12 @@ Point meanOf(std::span<const CalibrationPoint> points, Point CalibrationPoint::*
     return sum * (1.0 / static_cast<double>(points.size()));
 }
 
-/// The sums of squares and products about the mean, of which the least squares are made.
+/// The sums of squares and products about the mean, for the least-squares fit.
 struct Moments {
     double xx = 0.0;
     double xy = 0.0;
     double yy = 0.0;
-    /// Of the glass's x and y with the target's.
+    /// Of the panel's x and y with those of the target.
     Point withX;
     Point withY;
 
@@ -53,7 +53,7 @@ Moments momentsOf(std::span<const CalibrationPoint> points, Point glassMean, Poi
     return moments;
 }
 
-/// The smaller of the two spreads of the points about their mean, along and across the line that they are nearest to.
+/// The smaller of the two spreads of the points about their mean, along and across the line that fits them best.
 double leastSpread(const Moments& moments, std::size_t count) {
     const double half = 0.5 * (moments.xx + moments.yy);
     const double least = half - std::sqrt(std::max(0.0, half * half - moments.determinant()));
@@ -70,7 +70,7 @@ Matrix fitted(const Moments& moments, Point glassMean, Point targetMean) {
             c, d, targetMean.y - c * glassMean.x - d * glassMean.y};
 }
 
-/// A glass that lies across its picture has the sides of the picture swapped.
+/// If the panel is mounted across its picture, the sides of the picture are swapped.
 Size sidesOfPanel(const Matrix& matrix, Size glass) {
     return std::abs(matrix[1]) > std::abs(matrix[0]) ? Size{glass.height, glass.width} : glass;
 }
@@ -92,8 +92,8 @@ bool isOfUsualSize(const Matrix& matrix) {
     return size >= thresholds::kSmallestPictureShare && size <= thresholds::kLargestPictureShare;
 }
 
-/// The crosses on the screen, in the order in which they are touched, and the last one to confirm. That lies on no axis
-/// by which corners can be mirrored into each other.
+/// The crosses on the screen, in the order in which they are touched, and the last one to confirm. That one is on no
+/// axis of symmetry of the corners.
 std::vector<Point> crossesFor(bool isPrecise) {
     constexpr double kNear = 0.1;
     constexpr double kFar = 0.9;
@@ -133,7 +133,7 @@ Point panelPlaceOf(Point screen, const Settings& settings, const Desktop& deskto
     Settings uncalibrated = settings;
     uncalibrated.calibration = kIdentity;
     const Mapping mapping({1.0, 1.0}, uncalibrated, desktop);
-    // The map is a plane one, so three places on the glass say all of it.
+    // The map is affine, so three positions on the panel determine it.
     const auto seen = [&](Point glass) { return mapping.screenOf(mapping.handOf(glass)); };
     const Point origin = seen({0.0, 0.0});
     const Point right = seen({1.0, 0.0}) - origin;

@@ -54,7 +54,7 @@ void Recogniser::leave(std::int64_t number, Time now, void (Recogniser::*happene
     leaveIfEmpty();
 }
 
-/// After all that landed in one frame, so that it goes out in one.
+/// Runs after everything that landed in a frame, so that it is output in one frame.
 void Recogniser::passWhatNobodyWants(Time now) {
     const bool isUnwanted =
         state_ == HandState::Many && !rules_->gestures.wantsAtLeast(static_cast<std::int32_t>(hand_.countingDown()));
@@ -80,7 +80,7 @@ void Recogniser::landed(Finger& finger, Time now) {
     case HandState::RightPress:
     case HandState::Playing:
     case HandState::Done:
-        // What the hand does is settled until all of it is lifted.
+        // The meaning of the hand is fixed until all its fingers are lifted.
         return;
     }
 }
@@ -156,7 +156,7 @@ void Recogniser::lifted(Finger& finger, Time now) {
     }
 }
 
-/// A contact that was no finger has done nothing.
+/// A contact that was not a finger has no effect.
 void Recogniser::mistaken(Finger& finger, Time now) {
     if (finger.isIgnored || state_ == HandState::Done) return;
     if (state_ == HandState::One || state_ == HandState::Many) {
@@ -170,7 +170,7 @@ void Recogniser::mistaken(Finger& finger, Time now) {
 }
 
 void Recogniser::leaveIfEmpty() {
-    // In this state lifted fingers still say what the hand did.
+    // In this state, lifted fingers still count for what the hand did.
     if (state_ == HandState::Many && hand_.countingDown() > 0) return;
     if (hand_.countingDown() == 0) {
         state_ = HandState::Idle;
@@ -188,8 +188,8 @@ void Recogniser::beginHand(Finger& finger, Time now) {
     if (!isHeldBack()) giveAlone(finger, now);
 }
 
-/// A finger that cannot be taken back is not given out before it is certain, nor one that may follow a tap of two which
-/// is yet to be done.
+/// A finger that cannot be cancelled is output only when it is certain, and so is one that may follow a pending tap of
+/// two fingers.
 bool Recogniser::isHeldBack() const { return !canTakeBack() || isTapPending_; }
 
 bool Recogniser::hasBeenAlone(const Finger& finger, Time now) { return now > finger.landedAt + thresholds::kAlone; }
@@ -214,7 +214,7 @@ void Recogniser::movedAlone(Time now) {
     if (!finger.isAtRest() && hasBeenAlone(finger, now)) decideForOne(now);
 }
 
-/// The finger that has been given out stays what it is: no other joins it for a gesture.
+/// A finger that has been output keeps its meaning: no other finger joins it for a gesture.
 void Recogniser::decideForOne(Time now) {
     if (isTouchMode()) {
         if (!canTakeBack() || hasBeenAlone(onlyFinger(), now)) state_ = HandState::Raw;
@@ -263,7 +263,7 @@ void Recogniser::pressRight(Finger& finger, Time now) {
 
 // Several fingers
 
-/// `isLifting`: the first of them has just been lifted, so it is now or never.
+/// `isLifting`: the first of them has just been lifted, so this is the last chance to decide.
 void Recogniser::decide(Time now, bool isLifting) {
     const Participants taking = participants(isLifting);
     if (taking.ways.empty()) return;
@@ -288,7 +288,7 @@ void Recogniser::decide(Time now, bool isLifting) {
     }
 }
 
-/// Without those that only rest at an edge while others move.
+/// Excludes fingers that only rest at an edge while others move.
 Recogniser::Participants Recogniser::participants(bool isLifting) const {
     const auto& fingers = hand_.fingers();
     Participants found;
@@ -300,8 +300,8 @@ Recogniser::Participants Recogniser::participants(bool isLifting) const {
     return found;
 }
 
-/// It stays at an edge while another moves. One that may be of the other's hand may also start late, unless it is now
-/// or never.
+/// It stays at an edge while another moves. If both may belong to one hand, it may only be late, unless this is the
+/// last chance to decide.
 bool Recogniser::onlyRests(const Finger& finger, bool isLifting) const {
     const Size size = rules_->mapping.handSize();
     const double fromEdge =
@@ -321,7 +321,7 @@ void Recogniser::ignoreAllBut(const Participants& participants, Time now) {
     for (Finger& finger : hand_.fingers()) {
         const auto index = static_cast<std::size_t>(hand_.indexOf(finger));
         if (!finger.counts() || std::find(taking.begin(), taking.end(), index) != taking.end()) continue;
-        // Whoever has been given out for good is to be lifted in its time.
+        // A touch that cannot be cancelled goes up when its finger lifts.
         if (finger.isGiven && !canTakeBack()) continue;
         takeBack(finger);
         finger.isIgnored = true;
@@ -329,7 +329,7 @@ void Recogniser::ignoreAllBut(const Participants& participants, Time now) {
     frames_.end(now);
 }
 
-/// Two fingers that move together may be more than a scroll. None while that is open.
+/// Two fingers that move together may be more than a scroll. None while that is undecided.
 std::optional<FoundShape> Recogniser::refined(FoundShape found, std::span<const FingerWay> ways, Time now,
                                               bool isLifting) const {
     const bool isSideways = found.direction == Direction::Left || found.direction == Direction::Right;
@@ -413,7 +413,7 @@ bool Recogniser::areAllAtRest() const {
                        [](const Finger& each) { return !each.counts() || each.isAtRest(); });
 }
 
-/// Whoever was lifted has tapped, while the others only rest.
+/// The lifted fingers have tapped, while the others only rest.
 bool Recogniser::areTapsBesideRest() const {
     const auto& fingers = hand_.fingers();
     const bool areLiftedTaps = std::all_of(fingers.begin(), fingers.end(), [](const Finger& each) {
@@ -422,7 +422,7 @@ bool Recogniser::areTapsBesideRest() const {
     return areAllAtRest() && areLiftedTaps;
 }
 
-/// Fingers that came one by one and stay where they are belong to keys or a game on the screen.
+/// Fingers that arrived one by one and stay where they are press on-screen keys or play a game.
 bool Recogniser::areKeys() const { return areAllAtRest() && lastLanding_ - firstLanding_ > thresholds::kOneHand; }
 
 void Recogniser::giveUpOrPass(Time now) {
@@ -494,7 +494,7 @@ void Recogniser::tapOfTwo(Time now) {
     lastTapOfTwo_ = current;
 }
 
-/// No second tap of two followed, so the first means what it means alone, and nothing that comes later is its second.
+/// No second tap of two followed, so the first has its own meaning, and no later tap counts as its second.
 void Recogniser::settlePendingTap(Time now) {
     if (!std::exchange(isTapPending_, false)) return;
     const TapOfTwo first = *std::exchange(lastTapOfTwo_, std::nullopt);
@@ -520,7 +520,7 @@ Point Recogniser::middleOfLandings() const {
 
 // Gestures
 
-/// A gesture that is over as soon as it is known.
+/// A gesture that is complete as soon as it is recognised.
 void Recogniser::doAtOnce(Shape shape, Point place, Time now) {
     settlePendingTap(now);
     finishPlaying(now);
@@ -556,7 +556,7 @@ void Recogniser::perform(const Action& action, const FoundShape& found, Gesture 
         return;
     case Action::Kind::Fingers:
     case Action::Kind::Nothing:
-        // Fingers have nothing to follow where all of them have been lifted.
+        // If all fingers have been lifted, there is nothing to follow.
         return;
     }
 }
@@ -598,14 +598,14 @@ void Recogniser::follow(Time now) {
     player_.follow(motion, now);
 }
 
-/// The rest of the hand may follow, but a gesture is over when its first finger leaves.
+/// The rest of the hand may follow, but a gesture ends when its first finger leaves.
 void Recogniser::endPlaying(Time now) {
     player_.end(now);
     endGestureIfPlayed(now);
     state_ = HandState::Done;
 }
 
-/// Something else begins where the pad's fingers would still be moving.
+/// Something else begins while the fingers on the touchpad would still be moving.
 void Recogniser::finishPlaying(Time now) {
     player_.finish(now);
     endGestureIfPlayed(now);
@@ -622,7 +622,7 @@ void Recogniser::announce(Output::Kind kind, Time now) {
 
 // Giving out
 
-/// From now on all fingers pass as touches, those that were held back first, with what they have done so far.
+/// From now on, all fingers pass as touches, starting with those that were held back and their movement so far.
 void Recogniser::passAll(Time now) {
     settlePendingTap(now);
     if (hand_.counting() > 1) clicks_.interrupt();
@@ -646,7 +646,7 @@ void Recogniser::passAll(Time now) {
     state_ = HandState::Raw;
 }
 
-/// One finger alone goes down, where the series of taps that it belongs to has its place.
+/// A single finger goes down, at the position of the series of taps that it belongs to.
 void Recogniser::giveAlone(Finger& finger, Time now) {
     settlePendingTap(now);
     const Point place = clicks_.place(finger.landedAt, finger.landing, now);
@@ -684,7 +684,7 @@ void Recogniser::addMove(Finger& finger) {
         {.kind = Output::Kind::TouchMove, .number = hand_.indexOf(finger), .at = rules_->mapping.touchOf(place)});
 }
 
-/// A touch goes up in the frame that is being put together.
+/// Lifts a touch in the current frame.
 void Recogniser::giveRelease(Finger& finger, Time now) {
     if (!finger.isGiven) return;
     finger.isGiven = false;
@@ -700,7 +700,7 @@ void Recogniser::takeBackAll(Time now) {
     frames_.end(now);
 }
 
-/// In the frame that is being put together.
+/// In the current frame.
 void Recogniser::takeBack(Finger& finger) {
     if (!finger.isGiven) return;
     finger.isGiven = false;
@@ -727,11 +727,11 @@ std::optional<Time> Recogniser::deadline() const {
     };
     switch (state_) {
     case HandState::Idle:
-        // Also one that is past already: nothing is left for it to wait for.
+        // Even if it has already passed: there is nothing left to wait for.
         if (isTapPending_) return std::max(lastTapOfTwo_->landedAt + rules_->doubleClickRate, ranUntil_);
         break;
     case HandState::One:
-        // Another finger may still follow at the very end of that.
+        // Another finger may still follow at the very end of this time.
         consider(firstLanding_ + thresholds::kAlone + Time(1));
         if (rules_->longPress) consider(firstLanding_ + *rules_->longPress);
         break;
@@ -740,7 +740,7 @@ std::optional<Time> Recogniser::deadline() const {
         consider(firstLanding_ + thresholds::kLongestFlick);
         consider(firstLanding_ + thresholds::kLongestTap);
         consider(lastLanding_ + thresholds::kLongestTap);
-        // A tap may still be one at the very end of its time.
+        // A tap is still valid at the very end of its time.
         if (firstLift_) consider(*firstLift_ + thresholds::kOneHand + Time(1));
         break;
     case HandState::Dragging:
