@@ -12,13 +12,20 @@ double heldToRange(double points) {
     return std::clamp(points, thresholds::kSmallestRangeInPoints, thresholds::kLargestRangeInPoints);
 }
 
+/// Desktops count in pixels, which are larger than a point on a large panel of few of them.
+double millimetresPerDesktopPoint(Size glass, const Desktop& desktop) {
+    if (!desktop.nativePixels) return kMillimetresPerPoint;
+    const double across = std::max(desktop.nativePixels->width, desktop.nativePixels->height);
+    return std::max(kMillimetresPerPoint, std::max(glass.width, glass.height) / across);
+}
+
 } // namespace
 
-void ClickSeries::setRules(const Settings& settings, const Desktop& desktop) {
+void ClickSeries::setRules(Size glass, const Settings& settings, const Desktop& desktop) {
     rate_ = std::clamp(settings.doubleClickRate, thresholds::kShortestDoubleClick, thresholds::kLongestDoubleClick);
     radius_ = heldToRange(settings.doubleClickRange) * kMillimetresPerPoint / 2.0;
     desktopInterval_ = desktop.doubleClickInterval;
-    desktopDistance_ = desktop.doubleClickDistance * kMillimetresPerPoint;
+    desktopDistance_ = desktop.doubleClickDistance * millimetresPerDesktopPoint(glass, desktop);
 }
 
 Point ClickSeries::place(Time landedAt, Point landing, Time now) {

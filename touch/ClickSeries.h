@@ -13,7 +13,8 @@ class ClickSeries {
 public:
     explicit ClickSeries(Gate& gate) : gate_(gate) {}
 
-    void setRules(const Settings& settings, const Desktop& desktop);
+    /// `glass` is the panel's size in millimetres.
+    void setRules(Size glass, const Settings& settings, const Desktop& desktop);
 
     /// One finger alone is about to be given as a press. Gives the place for it; the gate may be closed for a while.
     [[nodiscard]] Point place(Time landedAt, Point landing, Time now);

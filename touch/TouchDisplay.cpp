@@ -37,7 +37,7 @@ void TouchDisplay::adoptRules() {
     if (!pending_ || !recogniser_.isIdle()) return;
     recogniser_.settlePendingTap(lastTime_);
     rules_ = *std::exchange(pending_, std::nullopt);
-    clicks_.setRules(settings_, desktop_);
+    clicks_.setRules(glass_, settings_, desktop_);
     // What waits at the gate has been decided by the rules of before.
     if (gate_.deadline()) {
         judge_.addGestures(rules_.gestures);

@@ -93,6 +93,35 @@ TEST(DoubleClick, OutsideASmallCircleWaitsWhereTheDesktopWouldCountIt) {
     )"));
 }
 
+TEST(DoubleClick, OutsideASmallCircleWaitsWhereTheDesktopCountsByLargePixels) {
+    // A pixel is 0.5 millimetres, so that the desktop's distance is 2.5.
+    Stage stage = stageWith(500ms, 8);
+    stage.desktop.nativePixels = touch::Size{400.0, 240.0};
+    EXPECT_EQ(play(stage, "0: 1@30,40\n60: -\n200: 2@32.4,40\n260: -"), lines(R"(
+        0 touch +0 30,40
+        60 touch -0
+        410 touch +0 32.4,40
+        410 touch -0
+    )"));
+    EXPECT_EQ(play(stage, "0: 1@30,40\n60: -\n200: 2@32.6,40\n260: -"), lines(R"(
+        0 touch +0 30,40
+        60 touch -0
+        200 touch +0 32.6,40
+        260 touch -0
+    )"));
+}
+
+TEST(DoubleClick, CountsAPointWhereTheDesktopsPixelsAreSmaller) {
+    Stage stage = stageWith(500ms, 8);
+    stage.desktop.nativePixels = touch::Size{2000.0, 1200.0};
+    EXPECT_EQ(play(stage, "0: 1@30,40\n60: -\n200: 2@31.2,40\n260: -"), lines(R"(
+        0 touch +0 30,40
+        60 touch -0
+        410 touch +0 31.2,40
+        410 touch -0
+    )"));
+}
+
 TEST(DoubleClick, WhatComesAfterATapThatWaitsQueuesBehindIt) {
     EXPECT_EQ(play(stageWith(100ms, 32), "0: 1@30,40\n60: -\n150: 2@31,40\n200: -\n300: 3@90,90\n350: -"), lines(R"(
         0 touch +0 30,40
