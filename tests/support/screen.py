@@ -47,6 +47,21 @@ def names_of(widget):
     return names if is_name or widget.get_role() == Atspi.Role.PANEL else [*names, widget.get_name()]
 
 
+def middle_of(place):
+    return place.x + place.width // 2, place.y + place.height // 2
+
+
+def area_that_hides(widget, place):
+    """The innermost of what the widget stands in that does not show that place of it; none where the place is seen."""
+    around = widget.get_parent()
+    while around and around.get_role() != Atspi.Role.APPLICATION:
+        shown = around.get_extents(Atspi.CoordType.SCREEN)
+        if not (shown.x <= place[0] < shown.x + shown.width and shown.y <= place[1] < shown.y + shown.height):
+            return around
+        around = around.get_parent()
+    return None
+
+
 class Screen(contextlib.AbstractContextManager):
     """The virtual display with the programs on it, which all end with it. The display and what Qt's programs need to be
     operated are in this process's own environment; the message bus there is the one that widgets are found by."""
@@ -158,11 +173,24 @@ class Screen(contextlib.AbstractContextManager):
     def state_of(self, name, state):
         return self.wait_shown(name).get_state_set().contains(state)
 
+    def middle_in_view(self, name):
+        """The middle of the widget, once what it stands in is scrolled so far that a pointer reaches it."""
+        while True:
+            middle = middle_of(self.place_of(name))
+            area = area_that_hides(self.shown(name), middle)
+            if not area:
+                return middle
+            where = area.get_extents(Atspi.CoordType.SCREEN)
+            self.point_at(middle_of(where), "click", "5" if middle[1] > where.y else "4")
+            wait_for(lambda: middle_of(self.place_of(name)) != middle, f"\"{name}\" to come into view")
+
+    @staticmethod
+    def point_at(place, *then):
+        subprocess.run(["xdotool", "mousemove", *map(str, place), *then], check=True, stdout=subprocess.DEVNULL)
+
     def click(self, name, *how):
         """One click in the middle of the widget, or several as xdotool's options say."""
-        place = self.place_of(name)
-        middle = [str(place.x + place.width // 2), str(place.y + place.height // 2)]
-        subprocess.run(["xdotool", "mousemove", *middle, "click", *how, "1"], check=True)
+        self.point_at(self.middle_in_view(name), "click", *how, "1")
 
     @staticmethod
     def keys(*names):
