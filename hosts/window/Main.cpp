@@ -1,4 +1,5 @@
 #include "hosts/QtHostPlatform.h"
+#include "hosts/window/MenuPlaceNote.h"
 #include "hosts/window/Options.h"
 #include "hosts/window/PaneWindow.h"
 #include "hosts/window/SingleInstance.h"
@@ -91,10 +92,12 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
     const auto pane = host.loadPane();
     kelvo::PaneWindow window(*pane, host.nibs());
     window.setWindowTitle(QString::fromStdString(host.bundle().localizedStringForKey("Window.Title", kProgramName)));
+    kelvo::MenuPlaceNote menuPlace(window);
     // To look through the theme takes long, and nobody misses the icon before the window; a bus may not answer at all.
     window.callWhenPainted([&] {
         showIcon(host.bundle());
         colours.askPortal(QDBusConnection::sessionBus());
+        menuPlace.ask(QDBusConnection::sessionBus());
     });
     host.application().setWindow(window);
 

@@ -14,10 +14,13 @@
 #include "peers/status-bar/StatusBarUtility.h"
 #include "peers/status-bar/StatusMenu.h"
 #include "peers/status-bar/TrayIcon.h"
+#include "platform/Guarded.h"
 #include "platform/Log.h"
 #include "qt/QtRunLoop.h"
+#include "qt/StatusTray.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <QProcess>
 #include <QSessionManager>
 
@@ -86,11 +89,16 @@ void declineToBeRestored(const QApplication& toolkit) {
     QObject::connect(&toolkit, &QGuiApplication::saveStateRequest, &toolkit, decline, Qt::DirectConnection);
 }
 
+/// Set for a process that this program became for a tray that is there.
+constexpr char kStartedAnew[] = "KELVO_STARTED_ANEW";
+
 /// Becomes a new process of this program. Returns only when that cannot be done.
 void startAnew() {
+    qputenv(kStartedAnew, "1");
     std::string program = QCoreApplication::applicationFilePath().toStdString();
     char* const arguments[] = {program.data(), nullptr};
     execv(program.c_str(), arguments);
+    qunsetenv(kStartedAnew);
 }
 
 /// The pane's bundle, for its texts: that of the folder in which this program was built, else the installed one. None
@@ -131,6 +139,9 @@ int leaveToOther(PortAnswer other) {
 }
 
 int run(Occasion occasion, int argc, char* argv[]) {
+    // A tray that even a new process does not see for one would have it become the next without end.
+    bool isForTray = qEnvironmentVariableIsSet(kStartedAnew);
+    qunsetenv(kStartedAnew);
     const QApplication toolkit(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     declineToBeRestored(toolkit);
@@ -177,6 +188,12 @@ int run(Occasion occasion, int argc, char* argv[]) {
     switch (utility.start(occasion)) {
     case Start::IsFirst: {
         const kelvo::TerminationSignals termination(runLoop, [] { QCoreApplication::quit(); });
+        kelvo::StatusTray tray;
+        QObject::connect(&tray, &kelvo::StatusTray::told, &tray, [&](bool isThere) {
+            const bool isNews = !std::exchange(isForTray, false);
+            if (isThere && isNews) platform::guarded([&] { utility.takePlace(); });
+        });
+        tray.ask(QDBusConnection::sessionBus());
         return QApplication::exec();
     }
     case Start::OtherRuns:

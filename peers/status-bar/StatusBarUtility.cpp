@@ -85,9 +85,11 @@ StatusBarUtility::Start StatusBarUtility::askOtherToShowIcon() {
 void StatusBarUtility::receive(std::int32_t messageId, std::span<const std::uint8_t> data) {
     const auto payload = Helpers::NSMutableDictionary::dictionaryWithContentsOfData(data);
     if (messageId == kMessageIDForShowingIcon) {
-        // A toolkit that found no place once does not look for it again.
-        if (!icon_.hasPlace() && payload.objectForKey(kHasPlaceKey).boolValue()) startAnew_();
-        showIcon();
+        if (payload.objectForKey(kHasPlaceKey).boolValue()) {
+            showIconInNewPlace();
+        } else {
+            showIcon();
+        }
     } else if (messageId == kMessageIDForStatusMenu) {
         platform::NSLog("message %d %@", messageId, payload);
         if (payload.objectForKey(keys::isShowStatuMenu).boolValue()) {
@@ -98,8 +100,19 @@ void StatusBarUtility::receive(std::int32_t messageId, std::span<const std::uint
     }
 }
 
+void StatusBarUtility::takePlace() {
+    if (isWaitingForPlace_) showIconInNewPlace();
+}
+
+void StatusBarUtility::showIconInNewPlace() {
+    // A toolkit that found no place once does not look for it again.
+    if (!icon_.hasPlace()) startAnew_();
+    showIcon();
+}
+
 void StatusBarUtility::showIcon() {
-    if (icon_.hasPlace()) {
+    isWaitingForPlace_ = !icon_.hasPlace();
+    if (!isWaitingForPlace_) {
         icon_.show();
         logChange("icon shown");
     } else if (!std::exchange(hasMissedTray_, true)) {
@@ -108,6 +121,7 @@ void StatusBarUtility::showIcon() {
 }
 
 void StatusBarUtility::hideIcon() {
+    isWaitingForPlace_ = false;
     icon_.hide();
     logChange("icon hidden");
 }

@@ -43,6 +43,8 @@ public:
 
     /// Takes the port, or tells whoever has it. Waits 6 seconds at most, in which the loop runs.
     [[nodiscard]] Start start(Occasion occasion);
+    /// A place for icons has come: an icon that was wanted and had none is shown there.
+    void takePlace();
     /// Whether another one has answered, and so is known to be there.
     [[nodiscard]] bool hasHeardFromOther() const { return hasHeardFromOther_; }
     /// The user has done with the menu: from now on it is off, as the pane's check box then says, and a pane that shows
@@ -53,6 +55,7 @@ private:
     [[nodiscard]] bool openPort();
     [[nodiscard]] Start askOtherToShowIcon();
     void receive(std::int32_t messageId, std::span<const std::uint8_t> data);
+    void showIconInNewPlace();
     void showIcon();
     void hideIcon();
     void logChange(std::string_view change);
@@ -62,6 +65,7 @@ private:
     std::unique_ptr<platform::CFMessagePort> port_;
     std::unique_ptr<platform::CFRunLoopSource> source_;
     std::string_view lastChange_;
+    bool isWaitingForPlace_ = false;
     bool hasMissedTray_ = false;
     bool hasHeardFromOther_ = false;
 };

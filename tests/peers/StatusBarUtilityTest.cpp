@@ -147,6 +147,40 @@ TEST_F(StatusBarUtilityTest, MissingTrayIsLoggedOnceAndTheIconIsShownInOneThatCo
     EXPECT_THAT(platform_.log.lines, ElementsAre(kNoTray, on, on, "icon shown"));
 }
 
+TEST_F(StatusBarUtilityTest, ShowsTheIconThatWasWantedInATrayThatComes) {
+    icon_.isThereATray = false;
+    EXPECT_EQ(utility_->start(Occasion::Launch), Start::IsFirst);
+    icon_.isThereATray = true;
+
+    utility_->takePlace();
+
+    EXPECT_TRUE(icon_.isShown);
+    EXPECT_EQ(startsAnew_, 0);
+    EXPECT_THAT(platform_.log.lines, ElementsAre(kNoTray, "icon shown"));
+}
+
+TEST_F(StatusBarUtilityTest, StartsAnewForATrayThatComesAndOnlyANewProcessSees) {
+    icon_.isThereATray = false;
+    EXPECT_EQ(utility_->start(Occasion::Launch), Start::IsFirst);
+
+    utility_->takePlace();
+
+    EXPECT_EQ(startsAnew_, 1);
+}
+
+TEST_F(StatusBarUtilityTest, TakesNoPlaceForAnIconThatNobodyWants) {
+    icon_.isThereATray = false;
+    setShownInFile(false);
+    EXPECT_EQ(utility_->start(Occasion::SessionStart), Start::IsFirst);
+    utility_->takePlace();
+    deliver(10, {{true, "IsShowStatuMenu"}});
+    deliver(10, {{false, "IsShowStatuMenu"}});
+    utility_->takePlace();
+
+    EXPECT_FALSE(icon_.isShown);
+    EXPECT_EQ(startsAnew_, 0);
+}
+
 TEST_F(StatusBarUtilityTest, StartsAnewForATrayThatOnlyANewProcessSees) {
     icon_.isThereATray = false;
     EXPECT_EQ(utility_->start(Occasion::Launch), Start::IsFirst);
