@@ -42,7 +42,7 @@ public:
         const std::string_view text = word(what);
         Number value{};
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-        if (error != std::errc{} || end != text.data() + text.size()) refuse(std::string(what) + " is no number");
+        if (error != std::errc{} || end != text.data() + text.size()) refuse(std::string(what) + " is not a number");
         return value;
     }
 
@@ -55,7 +55,7 @@ private:
 Time timeOf(Line& line) {
     const std::string_view text = line.word("the time");
     const std::size_t point = text.find('.');
-    if (point == std::string_view::npos || text.size() - point != 7) line.refuse("the time is no time");
+    if (point == std::string_view::npos || text.size() - point != 7) line.refuse("the time is invalid");
     std::int64_t seconds = 0;
     std::int32_t microseconds = 0;
     const auto isRead = [&](std::string_view digits, auto& value) {
@@ -65,7 +65,7 @@ Time timeOf(Line& line) {
     constexpr std::int64_t kMostSeconds = 1'000'000'000'000;
     if (!isRead(text.substr(0, point), seconds) || !isRead(text.substr(point + 1), microseconds) ||
         seconds > kMostSeconds) {
-        line.refuse("the time is no time");
+        line.refuse("the time is invalid");
     }
     return Time(seconds * kMicrosecondsInSecond + microseconds);
 }
@@ -94,9 +94,8 @@ public:
 
     void expectTouchScreen() const {
         if (!isDirect_ || !hasSlots_ || !hasX_ || !hasY_) {
-            throw std::runtime_error(
-                "this is no recording of a touch screen: its description has no slots with places, "
-                "or does not say that fingers touch what they mean");
+            throw std::runtime_error("this is not a recording of a touchscreen: its description has no slots with "
+                                     "positions, or lacks the property of direct input");
         }
     }
 

@@ -747,7 +747,7 @@ class Recorded(unittest.TestCase):
         (self.world.folder / "alone.desc").write_text("N: x\nA: zz 0 1 0 0\n", encoding="utf-8")
         self.refuse(alone, "alone.desc: line 2: ")
         pad = self.copy(f"{self.PANEL}.desc", "pad", lambda text: text.replace("P: 02", "P: 01"))
-        self.refuse(pad, "no recording of a touch screen")
+        self.refuse(pad, "not a recording of a touchscreen")
         self.refuse(RECORDINGS / f"{self.PANEL}.desc", "contains no events")
         self.refuse(self.world.folder / "nowhere", "cannot be read")
         self.refuse(self.world.folder, "cannot be read")

@@ -158,10 +158,10 @@ std::string refusalOf(const std::string& text) {
 TEST(Recording, NamesTheLineThatCannotBeRead) {
     const std::string panel(kPanel);
     EXPECT_EQ(refusalOf(panel + "E: 0.000000 0003"), "line 7: the code is missing");
-    EXPECT_EQ(refusalOf(panel + "E: 0.000000 0003 0035 12x"), "line 7: the value is no number");
-    EXPECT_EQ(refusalOf(panel + "E: 0.000000 0003 0035 99999999999"), "line 7: the value is no number");
-    EXPECT_EQ(refusalOf(panel + "E: 1 0003 0035 1"), "line 7: the time is no time");
-    EXPECT_EQ(refusalOf(panel + "E: -1.000000 0003 0035 1"), "line 7: the time is no time");
+    EXPECT_EQ(refusalOf(panel + "E: 0.000000 0003 0035 12x"), "line 7: the value is not a number");
+    EXPECT_EQ(refusalOf(panel + "E: 0.000000 0003 0035 99999999999"), "line 7: the value is not a number");
+    EXPECT_EQ(refusalOf(panel + "E: 1 0003 0035 1"), "line 7: the time is invalid");
+    EXPECT_EQ(refusalOf(panel + "E: -1.000000 0003 0035 1"), "line 7: the time is invalid");
     EXPECT_EQ(refusalOf("N: x\nA: 35 0"), "line 2: the maximum is missing");
 }
 
