@@ -22,6 +22,8 @@
 namespace {
 
 constexpr char kProgramName[] = "kelvo-touch-display";
+/// What a launcher on Wayland gives a program along.
+constexpr char kActivationToken[] = "XDG_ACTIVATION_TOKEN";
 
 constexpr int kFailure = 1;
 constexpr int kUsageError = 2;
@@ -78,9 +80,12 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
 
     // Before anybody can find this process by its port. What is asked for sooner than the main loop runs waits for it.
     const kelvo::TerminationSignals termination(host.runLoop(), [] { QCoreApplication::quit(); });
-    kelvo::SingleInstance instance(host.messagePorts(), host.runLoop(),
-                                   [&] { host.application().activateIgnoringOtherApps(); });
-    switch (instance.claim()) {
+    kelvo::SingleInstance instance(host.messagePorts(), host.runLoop(), [&](const std::string& token) {
+        // The toolkit shows it to the compositor, which would not let the window come to the front without one.
+        if (!token.empty()) qputenv(kActivationToken, token.c_str());
+        host.application().activateIgnoringOtherApps();
+    });
+    switch (instance.claim(qgetenv(kActivationToken).toStdString())) {
     case kelvo::SingleInstance::Outcome::IsFirst:
         break;
     case kelvo::SingleInstance::Outcome::OtherWasTold:

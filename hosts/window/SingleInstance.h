@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace kelvo {
 
@@ -21,22 +22,24 @@ public:
         OtherIsHung,
     };
 
-    /// `whenStartedAgain` is called on the first start for each later one. Everything given must outlive this object.
+    /// `whenStartedAgain` is called on the first start for each later one, with the token by which the desktop lets
+    /// that one come to the front, if it has one. Everything given must outlive this object.
     SingleInstance(platform::CFMessagePorts& ports, platform::CFRunLoop& runLoop,
-                   std::function<void()> whenStartedAgain);
+                   std::function<void(const std::string& token)> whenStartedAgain);
     ~SingleInstance();
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
-    /// Takes the port, or tells whoever has it; waits 2 seconds at most for the answer.
-    [[nodiscard]] Outcome claim();
+    /// Takes the port, or tells whoever has it and passes on the token that this start has; waits 2 seconds at most for
+    /// the answer.
+    [[nodiscard]] Outcome claim(const std::string& token);
 
 private:
-    [[nodiscard]] Outcome tellOther();
+    [[nodiscard]] Outcome tellOther(const std::string& token);
 
     platform::CFMessagePorts& ports_;
     platform::CFRunLoop& runLoop_;
-    std::function<void()> whenStartedAgain_;
+    std::function<void(const std::string& token)> whenStartedAgain_;
     std::unique_ptr<platform::CFMessagePort> port_;
     std::unique_ptr<platform::CFRunLoopSource> source_;
 };

@@ -76,42 +76,51 @@ class SingleInstanceTest : public testing::Test {
 protected:
     OnePort ports_;
     QtRunLoop runLoop_;
-    int startedAgain_ = 0;
-    std::optional<SingleInstance> instance_{std::in_place, ports_, runLoop_, [this] { ++startedAgain_; }};
+    std::vector<std::string> tokens_;
+    std::optional<SingleInstance> instance_{std::in_place, ports_, runLoop_,
+                                            [this](const std::string& token) { tokens_.push_back(token); }};
 };
 
 TEST_F(SingleInstanceTest, FirstStartListensOnItsPortUntilItEnds) {
-    EXPECT_EQ(instance_->claim(), SingleInstance::Outcome::IsFirst);
+    EXPECT_EQ(instance_->claim(""), SingleInstance::Outcome::IsFirst);
     instance_.reset();
     EXPECT_THAT(ports_.story, ElementsAre("open WindowMessagePort", "listen", "stop listening"));
 }
 
 TEST_F(SingleInstanceTest, FirstStartHearsOfLaterOnesByMessageOneAlone) {
-    EXPECT_EQ(instance_->claim(), SingleInstance::Outcome::IsFirst);
+    EXPECT_EQ(instance_->claim(""), SingleInstance::Outcome::IsFirst);
     const auto port = ports_.createLocal("WindowMessagePort", ports_.callBack);
-    ports_.callBack(*port, 0, {});
-    EXPECT_EQ(startedAgain_, 0);
+    const platform::NSData token{'a', '-', '1'};
+    ports_.callBack(*port, 0, token);
+    EXPECT_THAT(tokens_, ElementsAre());
     ports_.callBack(*port, 1, {});
-    EXPECT_EQ(startedAgain_, 1);
+    ports_.callBack(*port, 1, token);
+    EXPECT_THAT(tokens_, ElementsAre("", "a-1"));
 }
 
 TEST_F(SingleInstanceTest, LaterStartTellsTheFirst) {
     ports_.other = CFMessagePortStatus::Success;
-    EXPECT_EQ(instance_->claim(), SingleInstance::Outcome::OtherWasTold);
+    EXPECT_EQ(instance_->claim(""), SingleInstance::Outcome::OtherWasTold);
     EXPECT_THAT(ports_.story, ElementsAre("look up WindowMessagePort", "send 1 with 0 bytes"));
+}
+
+TEST_F(SingleInstanceTest, LaterStartPassesItsTokenOn) {
+    ports_.other = CFMessagePortStatus::Success;
+    EXPECT_EQ(instance_->claim("a-1"), SingleInstance::Outcome::OtherWasTold);
+    EXPECT_THAT(ports_.story, ElementsAre("look up WindowMessagePort", "send 1 with 3 bytes"));
 }
 
 TEST_F(SingleInstanceTest, FirstThatDoesNotAnswerIsHung) {
     for (const auto status : {CFMessagePortStatus::SendTimeout, CFMessagePortStatus::ReceiveTimeout}) {
         ports_.other = status;
-        EXPECT_EQ(instance_->claim(), SingleInstance::Outcome::OtherIsHung);
+        EXPECT_EQ(instance_->claim(""), SingleInstance::Outcome::OtherIsHung);
     }
 }
 
 TEST_F(SingleInstanceTest, StartWithoutASessionBusIsTheFirst) {
     for (const auto status : {CFMessagePortStatus::IsInvalid, CFMessagePortStatus::TransportError}) {
         ports_.other = status;
-        EXPECT_EQ(instance_->claim(), SingleInstance::Outcome::IsFirst);
+        EXPECT_EQ(instance_->claim(""), SingleInstance::Outcome::IsFirst);
     }
 }
 
