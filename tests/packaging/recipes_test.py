@@ -78,7 +78,8 @@ class Recipes(unittest.TestCase):
                 [CMAKE, "--install", BUILD, "--prefix", "/usr", "--component", component], text=True,
                 env=dict(os.environ, DESTDIR=str(stage)), stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
             assert done.returncode == 0, done.stdout
-            places = [path for path in stage.rglob("*") if path.is_symlink() or not path.is_dir() or not any(path.iterdir())]
+            places = [path for path in stage.rglob("*")
+                      if path.is_symlink() or not path.is_dir() or not any(path.iterdir())]
             cls.installed[component] = [
                 str(path.relative_to(stage / "usr")).replace(modules, "MODULES/plasma/kcms/systemsettings_qwidgets")
                 for path in places]
@@ -123,7 +124,8 @@ class Recipes(unittest.TestCase):
                        if path.parent.name not in ("benchmarks", "tests"))
         looked_for = {word.split(">")[0] for call in re.findall(r"pkg_check_modules\(\w+ (.*?)\)", text)
                       for word in call.split() if word.islower()} | {"libsystemd"}
-        asked_for = set(re.findall(r"pkgconfig\((.*?)\)", SPEC.read_text()))
+        looked_for |= set(re.findall(r"find_package\((\w+) REQUIRED\)", text)) - {"PkgConfig"}
+        asked_for = set(re.findall(r"(?:pkgconfig|cmake)\((.*?)\)", SPEC.read_text()))
         self.assertEqual(looked_for - asked_for, set())
 
 
