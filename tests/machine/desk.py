@@ -1,6 +1,7 @@
 """The desk of the user who sits at the machine: a session on the seat with an X server in it, and programs there."""
 
 import contextlib
+import functools
 import json
 import os
 import pathlib
@@ -9,8 +10,12 @@ import subprocess
 import threading
 import time
 
+from listeners import XServer
+
 # How long anything may take in an emulated computer on a machine that has other things to do.
 PATIENCE_SECONDS = 90
+# How long the last lines of a program that has ended are waited for.
+END_SECONDS = 5
 NAME, NUMBER = "user", 4242
 HOME = pathlib.Path("/home") / NAME
 PREFERENCES = HOME / "Library/Preferences/KelvoTouchDisplay"
@@ -18,11 +23,13 @@ RUNTIME = pathlib.Path(f"/run/user/{NUMBER}")
 WIDTH, HEIGHT = 1024, 768
 BOOT, *WORDS = pathlib.Path("/run/results/arguments").read_text(encoding="utf-8").splitlines()
 IS_LONG = "--long" in WORDS
+# Where the screen is, and what toolkits need not find out about it.
+SCREEN = {"DISPLAY": ":0", "XDG_SESSION_TYPE": "x11", "QT_QPA_PLATFORM": "xcb", "QT_XCB_GL_INTEGRATION": "none",
+          "GDK_BACKEND": "x11"}
 ENVIRONMENT = {
     "HOME": str(HOME), "USER": NAME, "LC_ALL": "C.UTF-8", "PATH": "/usr/bin:/bin", "XDG_RUNTIME_DIR": str(RUNTIME),
     "DBUS_SESSION_BUS_ADDRESS": f"unix:path={RUNTIME}/bus", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
-    "KELVO_LOG_STDERR": "1", "PYTHONPATH": "/run/tests/support", "DISPLAY": ":0", "XDG_SESSION_TYPE": "x11",
-    "QT_QPA_PLATFORM": "xcb"}
+    "KELVO_LOG_STDERR": "1", "PYTHONPATH": "/run/tests/support", **SCREEN}
 
 
 def wait_for(find, what):
@@ -42,7 +49,8 @@ class Program(contextlib.AbstractContextManager):
         words = [str(word) for word in command]
         log = subprocess.Popen(["systemd-cat", "--identifier", pathlib.Path(words[0]).name], stdin=subprocess.PIPE)
         self.process = subprocess.Popen(words, user=user, group=user, extra_groups=[],
-                                        env={**ENVIRONMENT, **dict(environment)}, cwd="/", stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=log.stdin, text=True)
+                                        env={**ENVIRONMENT, **dict(environment)}, cwd="/", stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE, stderr=log.stdin, text=True)
         log.stdin.close()
         self.log = log
         self.lines = []
@@ -61,10 +69,9 @@ class Program(contextlib.AbstractContextManager):
             except subprocess.TimeoutExpired:
                 self.process.kill()
                 self.process.wait()
-        self.reader.join()
         self.process.stdin.close()
-        self.process.stdout.close()
-        self.log.wait()
+        # What it started and left behind may go on writing.
+        self.reader.join(END_SECONDS)
 
     def wait_line(self, holds, what, start=0):
         """The first line from the given one on that is as it should be."""
@@ -125,24 +132,43 @@ def start_x():
                   "-logfile", "/dev/null", "-logverbose", "0", "-s", "0")
     wait_for((RUNTIME / "bus").exists, "the user's bus")
     wait_for(pathlib.Path("/tmp/.X11-unix/X0").exists, "the X server's socket")
-    wait_for(pointers, "the X server")
+    wait_for(is_screen_there, "the X server")
     Program("openbox", "--sm-disable")
+    run("systemctl", "--user", "import-environment", *SCREEN)
 
 
-def pointers():
-    """The names of the X server's devices; none while one of them is just leaving, which xinput trips over."""
-    try:
-        return run("xinput", "list", "--name-only").splitlines()
-    except subprocess.CalledProcessError:
-        return []
+@functools.cache
+def screen():
+    return XServer(SCREEN["DISPLAY"])
+
+
+def is_screen_there():
+    with contextlib.suppress(ConnectionError):
+        screen()
+        return True
+    return False
+
+
+def listened():
+    """The names of the devices that the screen listens to."""
+    return screen().names()
 
 
 def settle_devices():
     """The screen has heard of every device that came or went until now."""
     as_root("udevadm", "settle")
-    # The X server hears of one for each time that it looks around, and answers many questions here.
-    for _ in range(4):
-        pointers()
+    # The X server hears of one for each time that it looks around.
+    for _ in range(20):
+        listened()
+
+
+def process_of(unit):
+    """The process of a unit of the user's or the system's, by the kernel's word; 0 while there is none."""
+    for folder in (f"user.slice/user-{NUMBER}.slice/user@{NUMBER}.service/app.slice/{unit}", f"system.slice/{unit}"):
+        with contextlib.suppress(OSError):
+            if words := (pathlib.Path("/sys/fs/cgroup") / folder / "cgroup.procs").read_text(encoding="ascii").split():
+                return int(words[0])
+    return 0
 
 
 class Eyes(Program):

@@ -22,18 +22,10 @@ FLAT_KILOBYTES = 256
 
 
 class Life(AsPointer):
-    def driver_process(self):
-        return int(desk.run("systemctl", "--user", "show", "--value", "--property=MainPID", DRIVER))
-
     def wait_next_driver(self, number, gone):
-        desk.wait_for(lambda: self.driver_process() not in (0, number), "the next driver")
-        desk.wait_for(self.is_active, "the next driver to be ready")
+        desk.wait_for(lambda: desk.process_of(DRIVER) not in (0, number), "the next driver")
         self.wait_driver(gone)
         self.wait_driven()
-
-    @staticmethod
-    def is_active():
-        return desk.run("systemctl", "--user", "show", "--value", "--property=ActiveState", DRIVER).strip() == "active"
 
     def test_unplugged_under_two_fingers_nothing_stays_down_and_plugged_again_it_is_the_same_display(self):
         self.press()
@@ -53,7 +45,7 @@ class Life(AsPointer):
         with Panel(FOCALTECH) as other, Panel(ELO) as twin:
             desk.wait_for(lambda: len(connected_displays()) == 3, "the driver to have all three")
             self.assertEqual(sorted(connected_displays()), sorted([ELO.name, f"{ELO.name} 2", FOCALTECH.name]))
-            desk.wait_for(lambda: len([name for name in desk.pointers() if name.endswith(" Pointer")]) == 3,
+            desk.wait_for(lambda: len([name for name in desk.listened() if name.endswith(" Pointer")]) == 3,
                           "their pointers")
             for panel in (other, twin):
                 desk.run("kelvo-touchctl", "set", FOCALTECH.name if panel is other else f"{ELO.name} 2", "finger",
@@ -69,6 +61,7 @@ class Life(AsPointer):
     def test_switched_off_the_display_is_a_plain_touch_screen_until_it_is_switched_on(self):
         self.press()
         desk.run("kelvo-touchctl", "driver", "off")
+        self.addCleanup(desk.run, "kelvo-touchctl", "driver", "on")
         self.wait_event("release")
         self.assert_nothing_down()
         self.panel.lift()
@@ -83,7 +76,7 @@ class Life(AsPointer):
             with self.subTest(has_fingers=has_fingers):
                 if has_fingers:
                     self.press()
-                number, gone = self.driver_process(), virtual_inputs()
+                number, gone = desk.process_of(DRIVER), virtual_inputs()
                 os.kill(number, signal.SIGKILL)
                 if has_fingers:
                     self.wait_event("release")
@@ -97,20 +90,20 @@ class Life(AsPointer):
             with self.subTest(has_fingers=has_fingers):
                 if has_fingers:
                     self.press()
-                number, gone = service_process(), virtual_inputs()
+                number, gone = desk.process_of(SERVICE), virtual_inputs()
                 os.kill(number, signal.SIGKILL)
                 if has_fingers:
                     self.wait_event("release")
                 self.assert_nothing_down()
                 self.panel.lift()
-                desk.wait_for(lambda: service_process() not in (0, number), "the next service")
+                desk.wait_for(lambda: desk.process_of(SERVICE) not in (0, number), "the next service")
                 self.wait_driver(gone)
                 self.wait_driven()
                 self.assert_driven()
 
     def test_a_driver_that_hangs_is_killed_and_the_next_one_takes_over(self):
         self.press()
-        number, gone = self.driver_process(), virtual_inputs()
+        number, gone = desk.process_of(DRIVER), virtual_inputs()
         os.kill(number, signal.SIGSTOP)
         self.wait_event("release")
         self.panel.lift()
@@ -131,7 +124,7 @@ class Life(AsPointer):
 
     def test_a_driver_that_missed_reports_has_nothing_down_that_is_up(self):
         self.press()
-        number = self.driver_process()
+        number = desk.process_of(DRIVER)
         os.kill(number, signal.SIGSTOP)
         # Far more than the kernel keeps for a reader.
         for step in range(600):
@@ -140,28 +133,28 @@ class Life(AsPointer):
         os.kill(number, signal.SIGCONT)
         self.wait_event("release")
         self.assert_nothing_down()
-        self.assertEqual(self.driver_process(), number)
+        self.assertEqual(desk.process_of(DRIVER), number)
         self.assert_driven()
 
     def test_garbage_reports_leave_nothing_down(self):
         chance = random.Random(1)
-        number = self.driver_process()
+        number = desk.process_of(DRIVER)
         for _ in range(300):
             self.panel.send_garbage(chance)
         # What it said is there it has to say is gone.
         self.panel.lift_all()
-        self.assertEqual(self.driver_process(), number)
+        self.assertEqual(desk.process_of(DRIVER), number)
         self.assert_nothing_down()
         self.assert_driven()
 
     def test_random_fingers_leave_nothing_down_and_take_neither_memory_nor_files(self):
-        number = self.driver_process()
-        service = service_process()
+        number = desk.process_of(DRIVER)
+        service = desk.process_of(SERVICE)
         # What is taken once is taken by then.
         self.play_random_fingers(5)
         before = [taken_by(each) for each in (number, service)]
         self.play_random_fingers(600 if desk.IS_LONG else 10)
-        self.assertEqual(self.driver_process(), number)
+        self.assertEqual(desk.process_of(DRIVER), number)
         self.assert_nothing_down()
         for (memory, files), (memory_before, files_before) in zip([taken_by(each) for each in (number, service)], before):
             self.assertEqual(files, files_before)
@@ -189,10 +182,6 @@ class Life(AsPointer):
     def settle(self):
         """Whatever was held back has been given out."""
         time.sleep(2)
-
-
-def service_process():
-    return int(desk.as_root("systemctl", "show", "--value", "--property=MainPID", SERVICE))
 
 
 def taken_by(process):

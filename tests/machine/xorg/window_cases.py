@@ -20,7 +20,7 @@ class Window(unittest.TestCase):
 
     def test_the_x_server_knows_the_display_as_a_touch_screen(self):
         with Panel(ELAN):
-            desk.wait_for(lambda: ELAN.name in desk.pointers(), "the display among those that the screen listens to")
+            desk.wait_for(lambda: ELAN.name in desk.listened(), "the display among those that the screen listens to")
             self.assertIn("Touch mode: direct", desk.run("xinput", "list", "--long", ELAN.name))
 
     def test_a_tap_on_a_check_box_of_the_settings_window_reaches_the_driver(self):
