@@ -54,7 +54,9 @@ class Panel(contextlib.AbstractContextManager):
             os.close(device)
 
     def write(self, kind, payload):
-        os.write(self.device, (struct.pack("<I", kind) + payload).ljust(EVENT_SIZE, b"\0"))
+        event = (struct.pack("<I", kind) + payload).ljust(EVENT_SIZE, b"\0")
+        self.written_at = time.monotonic_ns()
+        os.write(self.device, event)
 
     def answer(self):
         """Answers what the kernel asks, until the display is unplugged."""
