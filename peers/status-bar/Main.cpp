@@ -185,9 +185,15 @@ int run(Occasion occasion, int argc, char* argv[]) {
     kelvo::TrayIcon icon(menu);
     kelvo::StatusBarUtility utility(icon, startAnew);
     switchOff = [&] { utility.switchOff(); };
+    // Before anybody can find it, so that whoever does can also end it in order.
+    bool isToEnd = false;
+    const kelvo::TerminationSignals termination(runLoop, [&] {
+        isToEnd = true;
+        QCoreApplication::quit();
+    });
     switch (utility.start(occasion)) {
     case Start::IsFirst: {
-        const kelvo::TerminationSignals termination(runLoop, [] { QCoreApplication::quit(); });
+        if (isToEnd) return 0;
         kelvo::StatusTray tray;
         QObject::connect(&tray, &kelvo::StatusTray::told, &tray, [&](bool isThere) {
             const bool isNews = !std::exchange(isForTray, false);
