@@ -39,7 +39,7 @@ Options parseOptions(const std::vector<std::string>& arguments) {
 
 std::string helpText() {
     return "Usage: kelvo-touch-display [--pane PATH]\n"
-           "Show the settings of the touch display in a window.\n"
+           "Show the touchscreen settings in a window.\n"
            "\n"
            "  --pane PATH  show the pane bundle at PATH instead of the installed one\n"
            "  -h, --help   show this help and exit\n"

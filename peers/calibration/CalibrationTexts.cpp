@@ -24,15 +24,15 @@ std::string filled(std::string text, const std::string& part) {
 }
 
 std::string unchanged(const std::string& reason) {
-    return reason + "\n" + localizedString("CalibrationTool.Unchanged", "Everything stays as it was.");
+    return reason + "\n" + localizedString("CalibrationTool.Unchanged", "Nothing was changed.");
 }
 
 std::string reasonOf(const touch::CalibrationResult& result) {
     if (result.fault == touch::CalibrationFault::OnALine) {
-        return localizedString("CalibrationTool.OnALine", "The touches lie too close to one line.");
+        return localizedString("CalibrationTool.OnALine", "The touches are too close to a single line.");
     }
     return localizedString("CalibrationTool.Swapped",
-                           "The touches do not fit the crosses; perhaps one was in the wrong place.");
+                           "The touches do not match the crosses. One of them may have been in the wrong place.");
 }
 
 } // namespace
@@ -45,7 +45,7 @@ std::string instructionOf(const Calibrator& calibrator) {
         return localizedString("CalibrationTool.Lift", "Lift your finger.");
     case State::Confirm:
         return filled(localizedString("CalibrationTool.Confirm",
-                                      "Touch the cross once more to keep this calibration. It is off by %@ mm."),
+                                      "Touch the cross again to keep this calibration. It is off by %@ mm."),
                       millimetres(run->result().residual));
     case State::Touch:
     case State::Confirmed:
@@ -55,7 +55,7 @@ std::string instructionOf(const Calibrator& calibrator) {
         break;
     }
     return run->isHolding() ? localizedString("CalibrationTool.Hold", "Hold your finger still.")
-                            : localizedString("CalibrationTool.Touch", "Touch the middle of the cross and hold.");
+                            : localizedString("CalibrationTool.Touch", "Touch and hold the center of the cross.");
 }
 
 std::string textOf(Outcome outcome, const Calibrator& calibrator) {
@@ -69,17 +69,17 @@ std::string textOf(Outcome outcome, const Calibrator& calibrator) {
     case Outcome::TimedOut:
         return unchanged(localizedString("CalibrationTool.TimedOut", "Nothing was touched for 20 seconds."));
     case Outcome::DisplayGone:
-        return unchanged(localizedString("CalibrationTool.DisplayGone", "The display is no longer there."));
+        return unchanged(localizedString("CalibrationTool.DisplayGone", "The touchscreen was disconnected."));
     case Outcome::NotSaved:
-        return unchanged(localizedString("CalibrationTool.NotSaved", "The calibration cannot be saved."));
+        return unchanged(localizedString("CalibrationTool.NotSaved", "The calibration could not be saved."));
     case Outcome::NotWatched:
         return unchanged(localizedString("CalibrationTool.NotWatched",
-                                         "The display is not connected, the driver is switched off, or another "
-                                         "program watches the display."));
+                                         "The touchscreen is not connected, the driver is switched off, or another "
+                                         "program is using the touchscreen."));
     case Outcome::NoDriver:
         break;
     }
-    return unchanged(localizedString("CalibrationTool.NoDriver", "The driver is not running or does not answer."));
+    return unchanged(localizedString("CalibrationTool.NoDriver", "The driver is not running or not responding."));
 }
 
 } // namespace kelvo

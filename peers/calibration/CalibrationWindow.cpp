@@ -34,7 +34,7 @@ QString localized(const char* key, const char* text) { return QString::fromStdSt
 CalibrationWindow::CalibrationWindow(platform::CFRunLoop& loop, const std::string& display, bool isPrecise)
     : calibrator_(loop, display, isPrecise,
                   {[this] { showState(); }, [this](Calibrator::Outcome outcome) { end(outcome); }}) {
-    setWindowTitle(localized("CalibrationTool.Title", "Calibrate the Touch Display"));
+    setWindowTitle(localized("CalibrationTool.Title", "Calibrate touchscreen"));
     setAccessibleName(windowTitle());
     setAutoFillBackground(true);
     QFont font = text_.font();
@@ -96,7 +96,7 @@ void CalibrationWindow::showState() {
         text += '\n';
         text += localizedString("CalibrationTool.NextScreen", "Press Space to show the cross on another screen.");
     }
-    show(text + "\n" + localizedString("CalibrationTool.Escape", "Press Escape to leave everything as it was."));
+    show(text + "\n" + localizedString("CalibrationTool.Escape", "Press Esc to leave everything unchanged."));
     update();
 }
 

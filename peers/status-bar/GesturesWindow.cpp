@@ -42,7 +42,7 @@ QString sourceOf(const ActionsInForce& actions, touch::Gesture gesture) {
     const std::string& left = actions.actionFor(gesture, touch::Direction::Left).file;
     const std::string& right = actions.actionFor(gesture, touch::Direction::Right).file;
     const auto shown = [](const std::string& file) {
-        return file.empty() ? localized("Actions.Own", "The driver itself") : QString::fromStdString(file);
+        return file.empty() ? localized("Actions.Own", "The driver") : QString::fromStdString(file);
     };
     return !touch::hasWays(gesture) || left == right ? shown(right) : shown(left) + "\n" + shown(right);
 }
@@ -50,9 +50,9 @@ QString sourceOf(const ActionsInForce& actions, touch::Gesture gesture) {
 } // namespace
 
 GesturesWindow::GesturesWindow() {
-    setWindowTitle(localized("Menu.Gestures", "What Gestures Do"));
+    setWindowTitle(localized("Menu.Gestures", "What gestures do"));
     if (localizedString("Layout.Direction") == "RTL") setLayoutDirection(Qt::RightToLeft);
-    displays_.setAccessibleName(localized("Device.AccessibleName", "Touch display to set up"));
+    displays_.setAccessibleName(localized("Device.AccessibleName", "Touchscreen to set up"));
     table_.setAccessibleName(windowTitle());
     table_.setEditTriggers(QAbstractItemView::NoEditTriggers);
     table_.setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -62,7 +62,7 @@ GesturesWindow::GesturesWindow() {
     table_.setHorizontalHeaderLabels({localized("Actions.Gesture", "Gesture"), localized("Actions.State", "State"),
                                       localized("Actions.Made", "Fingers"),
                                       localized("Actions.Here", "On this desktop"),
-                                      localized("Actions.Source", "Where that is set")});
+                                      localized("Actions.Source", "Set in")});
     layout_.addWidget(&displays_);
     layout_.addWidget(&table_);
     resize(960, 520);

@@ -23,24 +23,24 @@ struct Text {
 /// Every text of the menu.
 namespace texts {
 constexpr Text tabs[] = {{"Tab.Calibration", "Calibration"},
-                         {"Tab.Settings", "Touch and Gestures"},
-                         {"Tab.HardwareInformation", "Display"},
+                         {"Tab.Settings", "Touch and gestures"},
+                         {"Tab.HardwareInformation", "Rotation"},
                          {"Tab.Version", "Version"}};
 constexpr Text driver{"Menu.Driver", "Driver"};
 constexpr Text driverIsOn{"Menu.Driver.On", "Driver: on"};
 constexpr Text driverIsOff{"Menu.Driver.Off", "Driver: off"};
 constexpr Text onNotRunning{"Menu.Driver.On.NotRunning", "Driver: on, not running"};
-constexpr Text onNotAnswering{"Menu.Driver.On.NotAnswering", "Driver: on, not answering"};
-constexpr Text onAnswering{"Menu.Driver.On.Answering", "Driver: on, answering"};
+constexpr Text onNotAnswering{"Menu.Driver.On.NotAnswering", "Driver: on, not responding"};
+constexpr Text onAnswering{"Menu.Driver.On.Answering", "Driver: on, responding"};
 constexpr Text offNotRunning{"Menu.Driver.Off.NotRunning", "Driver: off, not running"};
-constexpr Text offNotAnswering{"Menu.Driver.Off.NotAnswering", "Driver: off, not answering"};
-constexpr Text offAnswering{"Menu.Driver.Off.Answering", "Driver: off, answering"};
-constexpr Text startDriver{"Menu.Driver.Start", "Changes have no effect: start the driver, or log in again."};
-constexpr Text restartDriver{"Menu.Driver.Restart", "Changes have no effect: restart the driver, or this computer."};
-constexpr Text switchDriverOn{"Menu.Driver.SwitchOn", "Nothing can be set up: switch the driver on."};
-constexpr Text enableDriver{"Menu.Driver.Enable", "Enable Driver"};
-constexpr Text gestures{"Menu.Gestures", "What Gestures Do"};
-constexpr Text calibrate{"CalibrationTool.Title", "Calibrate the Touch Display"};
+constexpr Text offNotAnswering{"Menu.Driver.Off.NotAnswering", "Driver: off, not responding"};
+constexpr Text offAnswering{"Menu.Driver.Off.Answering", "Driver: off, responding"};
+constexpr Text startDriver{"Menu.Driver.Start", "Changes have no effect. Start the driver or log in again."};
+constexpr Text restartDriver{"Menu.Driver.Restart", "Changes have no effect. Restart the driver or this computer."};
+constexpr Text switchDriverOn{"Menu.Driver.SwitchOn", "Settings are not available. Enable the driver."};
+constexpr Text enableDriver{"Menu.Driver.Enable", "Enable driver"};
+constexpr Text gestures{"Menu.Gestures", "What gestures do"};
+constexpr Text calibrate{"CalibrationTool.Title", "Calibrate touchscreen"};
 constexpr Text quit{"Menu.Quit", "Quit"};
 } // namespace texts
 

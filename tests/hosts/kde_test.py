@@ -27,9 +27,9 @@ OTHER_MODULE = "kcm_filetypes"
 
 DRIVER = "TouchDisplayDriverMessagePort"
 DISPLAY = "Kelvo 24"
-TAB_POP_UP = "Settings for:"
-NORMAL_SPEED = "Normal Speed"
-APOLOGY = "The touch display settings cannot be shown."
+TAB_POP_UP = "Page:"
+NORMAL_SPEED = "Normal speed"
+APOLOGY = "The touchscreen settings cannot be shown."
 TOUCH_TAB, VERSION_TAB = 1, 3
 
 

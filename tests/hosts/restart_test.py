@@ -16,7 +16,7 @@ loader = importlib.machinery.SourceFileLoader("tour", TOUR)
 tour = importlib.util.module_from_spec(importlib.util.spec_from_loader("tour", loader))
 loader.exec_module(tour)
 
-NORMAL_SPEED = "Normal Speed"
+NORMAL_SPEED = "Normal speed"
 
 
 class Restart(unittest.TestCase):

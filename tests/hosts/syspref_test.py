@@ -233,7 +233,7 @@ class SystemPreferences(unittest.TestCase):
         self.assertEqual(self.message(6, "NSButton", "Apply")["DeviceName"], "Desk")
 
         self.tell("show-tab", "1")
-        self.assertEqual(self.message(0, "NSButton", "Normal Speed"), {"DoubleClickRate": 0.5, "DeviceName": "Desk"})
+        self.assertEqual(self.message(0, "NSButton", "Normal speed"), {"DoubleClickRate": 0.5, "DeviceName": "Desk"})
         preferences.picture("touch")
         x, y, width, height = preferences.find("KelvoTenthsSlider")
         preferences.until(lambda: preferences.display.click(x + width // 2, y + height // 2), lambda: self.received(5),
@@ -295,11 +295,11 @@ class SystemPreferences(unittest.TestCase):
 
     def test_handles_a_click_as_soon_as_the_wait_is_over(self):
         preferences, driver = self.wait_for_late_driver()
-        size = preferences.find("NSButton", "Normal Size")
+        size = preferences.find("NSButton", "Normal size")
         for _ in range(3):
             driver.received.clear()
             driver.is_late = True
-            preferences.until(lambda: preferences.click("NSButton", "Normal Speed"), lambda: driver.received, "the speed")
+            preferences.until(lambda: preferences.click("NSButton", "Normal speed"), lambda: driver.received, "the speed")
             preferences.display.click(size[0] + 12, size[1] + size[3] // 2)
             self.world.let_run(PANE)
             driver.answer_and_go_on()
@@ -367,25 +367,25 @@ class SystemPreferences(unittest.TestCase):
     def choose_normal_size(self, preferences, driver):
         """By a click, which the driver answers."""
         driver.answer_and_go_on()
-        preferences.until(lambda: preferences.click("NSButton", "Normal Size"),
+        preferences.until(lambda: preferences.click("NSButton", "Normal size"),
                           lambda: self.values(driver)[-1:] == [32], "the normal size")
 
     def test_follows_the_displays_and_the_driver(self):
         preferences = self.start()
         preferences.select_pane()
         self.tell("disable")
-        preferences.wait_for("The touch display driver is switched off")
+        preferences.wait_for("The touchscreen driver is switched off")
         preferences.picture("driver-off")
         self.tell("enable")
         preferences.find("NSButton", "Apply")
         self.tell("disconnect", "Desk")
-        preferences.wait_for("No touch display is connected")
+        preferences.wait_for("No touchscreen is connected")
         preferences.picture("disconnected")
         self.tell("connect", "Desk")
         preferences.find("NSButton", "Apply")
 
         self.tell("connect", "Wall")
-        preferences.wait_for("Choose the touch display to set up:")
+        preferences.wait_for("Choose the touchscreen to set up:")
         preferences.picture("chooser")
         preferences.find("NSPopUpButton")
 

@@ -18,10 +18,10 @@ DRIVER = "TouchDisplayDriverMessagePort"
 DISPLAY = "Desk"
 TOUCH_TAB, VERSION_TAB = 1, 3
 
-TAB_POP_UP = "Settings for:"
+TAB_POP_UP = "Page:"
 SPEED, SIZE = "Double-click speed", "Double-click size"
 NUMBER = "Double-click size as a number"
-NORMAL_SPEED, NORMAL_SIZE = "Normal Speed", "Normal Size"
+NORMAL_SPEED, NORMAL_SIZE = "Normal speed", "Normal size"
 RIGHT_CLICK = "Press and hold to right-click"
 
 RATE, RANGE, RIGHT_CLICK_MESSAGE = 0, 1, 5

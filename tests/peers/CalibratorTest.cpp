@@ -120,7 +120,7 @@ TEST_F(CalibratorTest, ADisplayThatIsUnpluggedHalfWayEndsItWithAWord) {
     driver.core().disconnect("Desk");
     waitFor([&] { return outcome.has_value(); });
     EXPECT_EQ(outcome, Outcome::DisplayGone);
-    EXPECT_EQ(textOf(*outcome, *calibrator), "The display is no longer there.\nEverything stays as it was.");
+    EXPECT_EQ(textOf(*outcome, *calibrator), "The touchscreen was disconnected.\nNothing was changed.");
     EXPECT_FALSE(isStored());
 }
 

@@ -81,8 +81,8 @@ protected:
 };
 
 TEST_F(StatusMenuTest, HasTheTabsThenTheDriverThenTheEnd) {
-    EXPECT_THAT(titles(), ElementsAre("Calibration", "Touch and Gestures", "Display", "Version", "-", "Driver",
-                                      "Enable Driver", "What Gestures Do", "Calibrate the Touch Display", "-", "Quit"));
+    EXPECT_THAT(titles(), ElementsAre("Calibration", "Touch and gestures", "Rotation", "Version", "-", "Driver",
+                                      "Enable driver", "What gestures do", "Calibrate touchscreen", "-", "Quit"));
 }
 
 TEST_F(StatusMenuTest, EachTabOpensThePaneThereAndQuitQuits) {
@@ -113,7 +113,7 @@ TEST_F(StatusMenuTest, TickAndAdviceFollowOnceTheDriverHasSwitched) {
     switched_();
     tell_(PortAnswer::Answering);
     EXPECT_EQ(menu_.items().at(kSwitchLine).isTicked, false);
-    EXPECT_EQ(menu_.advice(), "Nothing can be set up: switch the driver on.");
+    EXPECT_EQ(menu_.advice(), "Settings are not available. Enable the driver.");
 }
 
 TEST_F(StatusMenuTest, SwitchStaysTickedWhenTheDriverDidNotSwitch) {
@@ -171,10 +171,10 @@ TEST_F(StatusMenuTest, DriverOfANewHomeIsOnAndOfADamagedFileOff) {
 TEST_F(StatusMenuTest, AdviceStandsBelowADriverThatSettingsDoNotReach) {
     const std::tuple<bool, PortAnswer, std::string> states[] = {
         {true, PortAnswer::Answering, ""},
-        {true, PortAnswer::NotRunning, "Changes have no effect: start the driver, or log in again."},
-        {false, PortAnswer::NotRunning, "Changes have no effect: start the driver, or log in again."},
-        {true, PortAnswer::NotAnswering, "Changes have no effect: restart the driver, or this computer."},
-        {false, PortAnswer::Answering, "Nothing can be set up: switch the driver on."},
+        {true, PortAnswer::NotRunning, "Changes have no effect. Start the driver or log in again."},
+        {false, PortAnswer::NotRunning, "Changes have no effect. Start the driver or log in again."},
+        {true, PortAnswer::NotAnswering, "Changes have no effect. Restart the driver or this computer."},
+        {false, PortAnswer::Answering, "Settings are not available. Enable the driver."},
         {true, PortAnswer::Answering, ""},
     };
     for (const auto& [isOn, answer, advice] : states) {
@@ -208,7 +208,7 @@ TEST_F(StatusMenuTest, DriverThatCameOrWentIsAskedAgainWhoeverLooks) {
 
     EXPECT_EQ(questions_, 2);
     EXPECT_EQ(watches_, 1);
-    EXPECT_EQ(driverLines_.back(), "Driver: on, answering");
+    EXPECT_EQ(driverLines_.back(), "Driver: on, responding");
 }
 
 TEST_F(StatusMenuTest, OnlyADriverThatDoesNotAnswerIsLookedAtOnceMore) {

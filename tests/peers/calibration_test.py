@@ -38,7 +38,7 @@ class CalibrationTool(unittest.TestCase):
         return len(self.printed.lines) == before
 
     def window(self):
-        found = self.run_to_end("xdotool", "search", "--onlyvisible", "--name", "Calibrate the Touch Display")
+        found = self.run_to_end("xdotool", "search", "--onlyvisible", "--name", "Calibrate touchscreen")
         return found.stdout.split()
 
     def test_escape_leaves_everything_as_it_was(self):

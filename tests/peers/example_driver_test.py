@@ -120,7 +120,7 @@ class AgainstTheWindow(unittest.TestCase):
 
         def is_changed():
             # A click on a window that the desktop is still placing may go beside it.
-            stage.click("Normal Speed")
+            stage.click("Normal speed")
             return stage.settings(tour.DISPLAY)["DoubleClickRate"] == 0.5
 
         tour.wait_for(is_changed, "the change")

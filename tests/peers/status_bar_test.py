@@ -22,10 +22,10 @@ DRIVER = "TouchDisplayDriverMessagePort"
 
 NO_TRAY = "no system tray; the menu cannot be shown"
 
-TABS = ["Calibration", "Touch and Gestures", "Display", "Version"]
-ENABLE_DRIVER = "Enable Driver"
-GESTURES = "What Gestures Do"
-START_DRIVER = "Changes have no effect: start the driver, or log in again."
+TABS = ["Calibration", "Touch and gestures", "Rotation", "Version"]
+ENABLE_DRIVER = "Enable driver"
+GESTURES = "What gestures do"
+START_DRIVER = "Changes have no effect. Start the driver or log in again."
 
 MENU = "com.canonical.dbusmenu"
 WATCHER = "org.kde.StatusNotifierWatcher"
@@ -319,7 +319,7 @@ class InATray(StatusBarTest):
         self.assertEqual([(title, can_choose) for _, title, can_choose in menu.items()],
                          [(title, True) for title in TABS] +
                          [("Driver: on, not running", False), (START_DRIVER, False), (ENABLE_DRIVER, False),
-                          (GESTURES, True), ("Calibrate the Touch Display", True), ("Quit", True)])
+                          (GESTURES, True), ("Calibrate touchscreen", True), ("Quit", True)])
 
     def test_what_gestures_do_is_shown_in_a_window(self):
         Utility(self.world)
@@ -331,13 +331,13 @@ class InATray(StatusBarTest):
         self.world.start(SIMULATOR, "run", "--connect", "Desk")
         Utility(self.world)
         menu = Menu(self.world, self.tray)
-        menu.wait_for_line("Driver: on, answering")
+        menu.wait_for_line("Driver: on, responding")
         self.assertTrue(menu.is_ticked(ENABLE_DRIVER))
 
         with Peer(self.world, PANE) as pane:
             for is_on in (False, True):
                 menu.choose(ENABLE_DRIVER)
-                menu.wait_for_line(f"Driver: {'on' if is_on else 'off'}, answering")
+                menu.wait_for_line(f"Driver: {'on' if is_on else 'off'}, responding")
                 self.assertEqual(menu.is_ticked(ENABLE_DRIVER), is_on)
                 self.assertIs(self.world.plist("Utilities.plist")["DriverEnable"], is_on)
             self.assertEqual([(message_id, plistlib.loads(data)) for message_id, data in pane.received],
@@ -347,10 +347,10 @@ class InATray(StatusBarTest):
         Utility(self.world)
         menu = Menu(self.world, self.tray)
         with Peer(self.world, DRIVER):
-            menu.wait_for_line("Driver: on, answering")
+            menu.wait_for_line("Driver: on, responding")
             menu.choose(ENABLE_DRIVER)
             wait_until(lambda: menu.is_ticked(ENABLE_DRIVER), "the tick to come back")
-            menu.wait_for_line("Driver: on, answering")
+            menu.wait_for_line("Driver: on, responding")
 
     def test_the_icon_says_that_the_driver_is_missing_until_it_comes_though_nobody_opens_the_menu(self):
         Utility(self.world)
@@ -388,7 +388,7 @@ class InATray(StatusBarTest):
         menu = Menu(self.world, self.tray)
 
         with Peer(self.world, DRIVER) as driver:
-            menu.wait_for_line("Driver: off, answering")
+            menu.wait_for_line("Driver: off, responding")
             self.assertEqual(driver.received, [])
         self.world.set_utilities(DriverEnable=True)
         menu.wait_for_line("Driver: on, not running")
@@ -411,7 +411,7 @@ class InATray(StatusBarTest):
         menu = Menu(self.world, self.tray)
 
         self.addCleanup(self.end_pane)
-        menu.choose("Display")
+        menu.choose("Rotation")
 
         wait_until(lambda: self.world.plist("Utilities.plist")["SelectedMenuItem"] == 2, "the tab")
 

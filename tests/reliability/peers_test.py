@@ -23,7 +23,7 @@ tour = importlib.util.module_from_spec(importlib.util.spec_from_loader("tour", l
 loader.exec_module(tour)
 
 HOSTILE_PEER = pathlib.Path(__file__).with_name("hostile_peer.py")
-NORMAL_SPEED = "Normal Speed"
+NORMAL_SPEED = "Normal speed"
 PATIENCE_SECONDS = 60
 MEBIBYTE = 1 << 20
 # What allocator and toolkit may keep of what came and went.
