@@ -10,11 +10,15 @@
 
 #include <QAbstractButton>
 #include <QLayout>
+#include <QLineEdit>
 #include <QLocale>
 #include <QPointer>
+#include <QTimer>
 #include <QVariant>
 
 #include <algorithm>
+#include <chrono>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -37,6 +41,9 @@ struct FormBinder::Match {
 };
 
 namespace {
+
+/// How long a sign stands that something was done: for reading it in peace.
+constexpr std::chrono::seconds kSignIsShownFor{5};
 
 bool fitsView(const QWidget& widget, const NSView* view) { return view && pairingFor(widget).isModel(*view); }
 
@@ -84,11 +91,17 @@ bool holdsSubviews(const QWidget& widget, const NSView& model) {
     return isPlainView(widget) && pairingFor(widget).isModel(model) && !widget.layout();
 }
 
+/// The texts have numbers in European digits, in every language, and so has what the user types.
+QLocale localeOfTexts() {
+    const QLocale users;
+    return QString(users.zeroDigit()) == QLatin1String("0") ? users : QLocale::c();
+}
+
 /// The text for `widget` to say that what it tells of is at `value`: offset + factor × value in so many decimals.
 QString readOutOf(const QWidget& widget, double value) {
     const QVariant factor = widget.property("factor");
     const double shown = widget.property("offset").toDouble() + (factor.isValid() ? factor.toDouble() : 1.0) * value;
-    return QLocale().toString(shown, 'f', widget.property("decimals").toInt());
+    return localeOfTexts().toString(shown, 'f', widget.property("decimals").toInt());
 }
 
 QString inserted(const QString& pattern, const QString& text) {
@@ -124,6 +137,8 @@ FormBinding FormBinder::bind(NSView& view) const {
     givePictograms();
     const std::vector<Match> matches = findMatches(outlets, actions);
     for (const Match& match : matches) tie(match, binding);
+    letReturnPress(binding);
+    confirmPresses(binding);
     if (!form_.layout()) holdInPlace(matches, binding);
     view.setFrame(frameFromGeometry(form_.rect(), form_.height()));
     binding.mirror<QWidget, NSView>(form_, view, showHidden);
@@ -193,8 +208,11 @@ void FormBinder::mirrorView(QWidget& widget, NSView& model, FormBinding& binding
         keepPlaceWhenHidden(*label);
         binding.mirror<QWidget, NSView>(*label, model, showHidden);
     }
-    if (auto* control = dynamic_cast<NSControl*>(&model)) {
-        binding.mirror<QWidget, NSControl>(widget, *control, showEnabled);
+    auto* const control = dynamic_cast<NSControl*>(&model);
+    if (!control) return;
+    binding.mirror<QWidget, NSControl>(widget, *control, showEnabled);
+    for (QLabel* label : labelsWith("enabledWith", widget)) {
+        binding.mirror<QWidget, NSControl>(*label, *control, showEnabled);
     }
 }
 
@@ -252,17 +270,58 @@ void FormBinder::tellValue(CanvasView& canvas, NSView& model, FormBinding& bindi
         describe(told, value ? wordsFor(told, pattern, *value) : QString());
     };
     binding.mirror<CanvasView, NSView>(canvas, model, tell);
+    const auto show = [told = QPointer<CanvasView>(&canvas)](QLabel& label, const NSView&) {
+        if (told) label.setText(told->accessibleDescription());
+    };
+    for (QLabel* label : labelsWith("tells", canvas)) binding.mirror<QLabel, NSView>(*label, model, show);
 }
 
 void FormBinder::readOut(QWidget& slider, NSSlider& model, FormBinding& binding) const {
-    for (QLabel* label : form_.findChildren<QLabel*>()) {
-        if (label->property("reads").toString() != slider.objectName()) continue;
+    for (QLabel* label : labelsWith("reads", slider)) {
         const auto show = [pattern = label->text(), told = QPointer<QWidget>(&slider)](QLabel& shown,
                                                                                        const NSSlider& read) {
             shown.setText(inserted(pattern, readOutOf(shown, read.doubleValue())));
             if (told) describe(*told, shown.text());
         };
         binding.mirror<QLabel, NSSlider>(*label, model, show);
+    }
+}
+
+QList<QLabel*> FormBinder::labelsWith(const char* property, const QWidget& widget) const {
+    QList<QLabel*> labels;
+    for (QLabel* label : form_.findChildren<QLabel*>()) {
+        const QVariant name = label->property(property);
+        if (name.isValid() && name.toString() == widget.objectName()) labels.append(label);
+    }
+    return labels;
+}
+
+void FormBinder::letReturnPress(FormBinding& binding) const {
+    for (QLineEdit* field : form_.findChildren<QLineEdit*>()) {
+        const QVariant name = field->property("returnPresses");
+        // Any button would do for no name.
+        auto* const button = name.isValid() ? form_.findChild<QAbstractButton*>(name.toString()) : nullptr;
+        if (!button) continue;
+        // What the key does to the field itself comes first, and may be the end of the form.
+        QObject::connect(field, &QLineEdit::returnPressed, binding.connections(),
+                         [pressed = QPointer<QAbstractButton>(button)] {
+                             if (pressed) pressed->click();
+                         });
+    }
+}
+
+void FormBinder::confirmPresses(FormBinding& binding) const {
+    for (QAbstractButton* button : form_.findChildren<QAbstractButton*>()) {
+        for (QLabel* sign : labelsWith("confirms", *button)) {
+            keepPlaceWhenHidden(*sign);
+            sign->hide();
+            QTimer& end = binding.keep(std::make_unique<QTimer>());
+            end.setSingleShot(true);
+            end.setInterval(kSignIsShownFor);
+            QObject::connect(&end, &QTimer::timeout, sign, &QWidget::hide);
+            QObject::connect(button, &QAbstractButton::clicked, sign, &QWidget::show);
+            QObject::connect(button, &QAbstractButton::clicked, &end, qOverload<>(&QTimer::start));
+        }
     }
 }
 

@@ -25,9 +25,11 @@ namespace kelvo {
 /// Where a parent lays nothing out, frames are those of the form to begin with, and then the model's. Dynamic
 /// properties of the form say the rest: "namedBy" of a widget is the label whose words it is called by, put into its
 /// accessible name where that has a "%1"; "reads" of a label is the slider whose value it shows, which then says so;
-/// "valueTexts" of a canvas are the texts for the values 0, 1 and so on of its view; "pictures" of a
-/// pictogram is the pop-up whose choice it shows; "pictogram" of a button is the one beside its text, turned by its
-/// "angle" in degrees.
+/// "valueTexts" of a canvas are the texts for the values 0, 1 and so on of its view, and "tells" of a label is the
+/// canvas whose words it shows; "enabledWith" of a label is the control that it is greyed with; "returnPresses" of a
+/// field is the button that the Return key presses in it; "confirms" of a label is the button after whose press it
+/// shows for a while; "pictures" of a pictogram is the pop-up whose choice it shows; "pictogram" of a button is the one
+/// beside its text, turned by its "angle" in degrees. "fact" is ShownDisplay's.
 class FormBinder {
 public:
     FormBinder(std::string formName, QWidget& form, platform::NSNibOwner& owner, WidgetOfView widgetOfView,
@@ -53,6 +55,10 @@ private:
     void givePictograms() const;
     void tellValue(CanvasView& canvas, platform::NSView& model, FormBinding& binding) const;
     void readOut(QWidget& slider, platform::NSSlider& model, FormBinding& binding) const;
+    void letReturnPress(FormBinding& binding) const;
+    void confirmPresses(FormBinding& binding) const;
+    /// The labels whose dynamic property `property` is the name of `widget`.
+    [[nodiscard]] QList<QLabel*> labelsWith(const char* property, const QWidget& widget) const;
 
     std::string formName_;
     QWidget& form_;

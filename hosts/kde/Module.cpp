@@ -1,5 +1,6 @@
 #include "hosts/QtHostPlatform.h"
 #include "hosts/kde/PaneView.h"
+#include "qt/ShownDisplay.h"
 
 #include <KCModule>
 #include <KPluginFactory>
@@ -41,13 +42,18 @@ std::unique_ptr<QWidget> makePaneView() {
         std::make_unique<kelvo::PaneView>(std::shared_ptr<platform::NSPreferencePane>(loaded, loaded->pane.get()),
                                           loaded->host->nibs(), loaded->host->runLoop());
     // Not the view, so that sheets stay with the pane.
-    if (view->form()) loaded->host->application().setWindow(*view->form());
+    if (QWidget* const form = view->form()) {
+        loaded->host->application().setWindow(*form);
+        // The form owns it.
+        const std::string folder = kelvo::panePreferenceFolder(loaded->host->bundle());
+        static_cast<void>(std::make_unique<kelvo::ShownDisplay>(*form, folder).release());
+    }
     return view;
 }
 
 std::unique_ptr<QWidget> makeApology(const char* reason) {
     auto label =
-        std::make_unique<QLabel>(QStringLiteral("The touch display settings cannot be shown.\n\n%1").arg(reason));
+        std::make_unique<QLabel>(QStringLiteral("The touchscreen settings cannot be shown.\n\n%1").arg(reason));
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setAlignment(Qt::AlignCenter);

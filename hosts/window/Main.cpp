@@ -7,6 +7,7 @@
 #include "linux/TerminationSignals.h"
 #include "qt/DesktopColours.h"
 #include "qt/FormTexts.h"
+#include "qt/ShownDisplay.h"
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -18,6 +19,7 @@
 
 #include <exception>
 #include <iostream>
+#include <memory>
 
 namespace {
 
@@ -68,6 +70,15 @@ std::string installedPanePath() {
     return (QCoreApplication::applicationDirPath() + "/../" KELVO_PANE_DIRECTORY).toStdString();
 }
 
+/// The window is called after the display whose settings it shows, as far as it shows any.
+void keepTitle(QWidget& window, const kelvo::ShownDisplay& display, const QString& product) {
+    const auto show = [&window, product](const QString& name) {
+        window.setWindowTitle(name.isEmpty() ? product : QStringLiteral("%1 – %2").arg(name, product));
+    };
+    show(display.name());
+    QObject::connect(&display, &kelvo::ShownDisplay::named, &window, show);
+}
+
 int run(const kelvo::Options& options, int argc, char* argv[]) {
     const QApplication toolkit(argc, argv);
     letPaintersGoEarly();
@@ -96,7 +107,13 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
 
     const auto pane = host.loadPane();
     kelvo::PaneWindow window(*pane, host.nibs());
-    window.setWindowTitle(QString::fromStdString(host.bundle().localizedStringForKey("Window.Title", kProgramName)));
+    if (QWidget* const form = window.form()) {
+        const QString product =
+            QString::fromStdString(host.bundle().localizedStringForKey("Window.Title", kProgramName));
+        // The form owns it.
+        auto display = std::make_unique<kelvo::ShownDisplay>(*form, kelvo::panePreferenceFolder(host.bundle()));
+        keepTitle(window, *display.release(), product);
+    }
     kelvo::MenuPlaceNote menuPlace(window);
     // To look through the theme takes long, and nobody misses the icon before the window; a bus may not answer at all.
     window.callWhenPainted([&] {

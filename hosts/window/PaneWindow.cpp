@@ -31,10 +31,10 @@ QSize openingSize(const QWidget& form, const QScreen& screen) {
 } // namespace
 
 PaneWindow::PaneWindow(platform::NSPreferencePane& pane, const QtNibs& nibs) : life_(pane, "kelvo-touch-display") {
-    if (QWidget* mainView = nibs.widgetFor(life_.load())) {
-        resize(openingSize(*mainView, *screen()));
-        setCentralWidget(std::make_unique<FormScroller>(*mainView).release());
-    }
+    form_ = nibs.widgetFor(life_.load());
+    if (!form_) return;
+    resize(openingSize(*form_, *screen()));
+    setCentralWidget(std::make_unique<FormScroller>(*form_).release());
 }
 
 void PaneWindow::paintEvent(QPaintEvent* event) {

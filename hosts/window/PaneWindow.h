@@ -4,6 +4,7 @@
 #include "qt/QtNibs.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
 #include <functional>
 #include <utility>
@@ -18,6 +19,9 @@ public:
     /// `nibs`, which its form comes from, must outlive the window.
     PaneWindow(platform::NSPreferencePane& pane, const QtNibs& nibs);
 
+    /// The pane's form, while the window has it.
+    [[nodiscard]] QWidget* form() const { return form_; }
+
     /// Makes one call in the turn of the main loop after the window was first painted.
     void callWhenPainted(std::function<void()> call) { whenPainted_ = std::move(call); }
 
@@ -28,6 +32,7 @@ protected:
 
 private:
     PaneLife life_;
+    QPointer<QWidget> form_;
     std::function<void()> whenPainted_;
 };
 

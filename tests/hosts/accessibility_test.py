@@ -390,7 +390,7 @@ class KeyboardAlone(OnStage):
 
         self.assertEqual(self.focus_after_sheet("Down"), ("button", "Rotate"))
         sheet = self.widget("alert", SHEET)
-        self.assertTrue(sheet.description.startswith("Touches follow the picture only when"))
+        self.assertTrue(sheet.description.startswith("Touches match the picture only when"))
         self.reader.wait("state-changed:showing", "alert", SHEET, detail=1)
         self.press("Escape")
         self.screen.wait_gone(SHEET)

@@ -1,3 +1,4 @@
+#include "qt/CanvasView.h"
 #include "qt/FormFixture.h"
 #include "qt/PullDown.h"
 
@@ -9,8 +10,10 @@
 #include <QDial>
 #include <QGroupBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSlider>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QTest>
@@ -20,6 +23,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -635,6 +639,97 @@ TEST_F(FormBinderTest, UntiedWidgetsNoLongerReachTheModelNorFollowIt) {
     button.setState(1);
     button.setState(0);
     EXPECT_TRUE(checkBox.isChecked());
+}
+
+/// A field in which the Return key presses a button of the owner's.
+class ReturnKeyTest : public FormFixture {
+protected:
+    ReturnKeyTest() {
+        widget_.setProperty("returnPresses", "apply_");
+        add<QPushButton>("apply_", "apply:");
+        owner_.published = {{"field_", &field_}, {"apply_", &button_}};
+        owner_.selectors = {"apply:"};
+        bind();
+    }
+
+    NSTextField field_;
+    NSButton button_;
+    QLineEdit& widget_ = add<QLineEdit>("field_");
+};
+
+TEST_F(ReturnKeyTest, PressesTheButtonOnceWithWhatWasTyped) {
+    QTest::keyClicks(&widget_, "1280");
+    QTest::keyClick(&widget_, Qt::Key_Return);
+    EXPECT_THAT(owner_.fired, ElementsAre("apply:"));
+    EXPECT_EQ(field_.stringValue(), "1280");
+}
+
+TEST_F(ReturnKeyTest, PressesNoButtonThatIsSwitchedOff) {
+    button_.setEnabled(false);
+    QTest::keyClick(&widget_, Qt::Key_Return);
+    EXPECT_THAT(owner_.fired, IsEmpty());
+}
+
+TEST_F(FormBinderTest, ReturnKeyInAFieldThatNamesNoButtonPressesNone) {
+    NSTextField field;
+    auto& widget = add<QLineEdit>("field_");
+    add<QPushButton>("apply", "apply:");
+    owner_.published = {{"field_", &field}};
+    owner_.selectors = {"apply:"};
+    bind();
+    QTest::keyClick(&widget, Qt::Key_Return);
+    EXPECT_THAT(owner_.fired, IsEmpty());
+}
+
+TEST_F(FormBinderTest, LabelIsGreyedWithItsControl) {
+    platform::NSSlider slider;
+    add<QSlider>("slider_");
+    auto& label = add<QLabel>("end");
+    label.setProperty("enabledWith", "slider_");
+    owner_.published = {{"slider_", &slider}};
+    slider.setEnabled(false);
+    bind();
+    EXPECT_FALSE(label.isEnabled());
+    slider.setEnabled(true);
+    EXPECT_TRUE(label.isEnabled());
+}
+
+TEST_F(FormBinderTest, LabelShowsTheWordsOfACanvas) {
+    class Tried : public NSView {
+    public:
+        std::optional<double> outcome;
+        [[nodiscard]] std::optional<double> accessibilityValue() const override { return outcome; }
+        void tell(double value) {
+            outcome = value;
+            setNeedsDisplay(true);
+        }
+    } view;
+    add<CanvasView>("area_").setProperty("valueTexts", QStringList{"missed", "counted"});
+    auto& label = add<QLabel>("words");
+    label.setProperty("tells", "area_");
+    owner_.published = {{"area_", &view}};
+    bind();
+    EXPECT_EQ(label.text(), "");
+    view.tell(0.0);
+    EXPECT_EQ(label.text(), "missed");
+    view.tell(1.0);
+    EXPECT_EQ(label.text(), "counted");
+}
+
+TEST_F(FormBinderTest, SignShowsOnceItsButtonWasPressedAndTakesNoRoom) {
+    auto& button = add<QPushButton>("apply", "apply:");
+    auto& sign = add<QLabel>("sign");
+    sign.setText("Done");
+    sign.setProperty("confirms", "apply");
+    auto& below = add<QLabel>("below");
+    owner_.selectors = {"apply:"};
+    bind();
+    show();
+    const int place = below.y();
+    EXPECT_FALSE(sign.isVisible());
+    button.click();
+    EXPECT_TRUE(sign.isVisible());
+    EXPECT_EQ(below.y(), place);
 }
 
 TEST_F(FormBinderTest, ButtonHasThePictogramThatTheFormNames) {

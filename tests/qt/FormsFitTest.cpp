@@ -219,6 +219,11 @@ void expectAllFits(const QWidget& window) {
 
 void expectTabsFit(const QTabWidget& tabs) {
     const QTabBar& bar = *tabs.tabBar();
+    // There is nothing to choose where there is but one.
+    if (bar.count() == 1) {
+        EXPECT_TRUE(bar.isHidden());
+        return;
+    }
     for (int i = 0; i < bar.count(); ++i) {
         EXPECT_LT(bar.fontMetrics().horizontalAdvance(bar.tabText(i)), bar.tabRect(i).width());
         EXPECT_GE(bar.tabRect(i).height(), kTouchHeight);

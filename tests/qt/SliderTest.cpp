@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLocale>
 #include <QSlider>
 #include <QWheelEvent>
 
@@ -66,6 +67,30 @@ TEST_F(SliderTest, BoundsComeFromTheForm) {
     EXPECT_EQ(model_.maxValue(), 0.9);
     EXPECT_EQ(model_.doubleValue(), 0.9);
     EXPECT_THAT(owner_.fired, IsEmpty());
+}
+
+/// The user's language for as long as this lives.
+class SpokenLanguage {
+public:
+    explicit SpokenLanguage(const char* name) { QLocale::setDefault(QLocale(name)); }
+    SpokenLanguage(const SpokenLanguage&) = delete;
+    SpokenLanguage& operator=(const SpokenLanguage&) = delete;
+    ~SpokenLanguage() { QLocale::setDefault(before_); }
+
+private:
+    QLocale before_;
+};
+
+TEST_F(SliderTest, ValueIsReadOutAsTheUsersLanguageWritesNumbers) {
+    const SpokenLanguage german("de_DE");
+    bind();
+    EXPECT_EQ(readOut_.text(), "1,00 s");
+}
+
+TEST_F(SliderTest, ValueIsReadOutInTheDigitsThatTheTextsHave) {
+    const SpokenLanguage arabic("ar_EG");
+    bind();
+    EXPECT_EQ(readOut_.text(), "1.00 s");
 }
 
 TEST_F(SliderTest, SliderWithoutStepsPerUnitCountsInOnes) {
