@@ -145,8 +145,8 @@ TEST_F(StatusMenuTest, DriverAndSeparatorsCannotBeChosen) {
 
 TEST_F(StatusMenuTest, DriversLineSaysWhatTheFileSaysAndThenWhetherItAnswers) {
     const std::pair<PortAnswer, std::string> answers[] = {{PortAnswer::NotRunning, "not running"},
-                                                          {PortAnswer::NotAnswering, "not answering"},
-                                                          {PortAnswer::Answering, "answering"}};
+                                                          {PortAnswer::NotAnswering, "not responding"},
+                                                          {PortAnswer::Answering, "responding"}};
     for (const auto& [answer, text] : answers) {
         for (const bool isOn : {true, false}) {
             const std::string state = isOn ? "Driver: on" : "Driver: off";

@@ -113,7 +113,7 @@ class Menu:
         def is_told():
             titles = self.titles()
             # A machine that is slow for half a second gets another chance.
-            if any(title.endswith("not answering") for title in titles):
+            if any(title.endswith("not responding") for title in titles):
                 self.open()
             return title in titles
 
