@@ -30,8 +30,8 @@ QSize openingSize(const QWidget& form, const QScreen& screen) {
 
 } // namespace
 
-PaneWindow::PaneWindow(platform::NSPreferencePane& pane, const QtNibs& nibs) : life_(pane, "kelvo-touch-display") {
-    form_ = nibs.widgetFor(life_.load());
+PaneWindow::PaneWindow(platform::NSPreferencePane& pane, const QtNibs& nibs)
+    : life_(pane, "kelvo-touch-display"), form_(nibs.widgetFor(life_.load())) {
     if (!form_) return;
     resize(openingSize(*form_, *screen()));
     setCentralWidget(std::make_unique<FormScroller>(*form_).release());
