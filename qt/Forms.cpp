@@ -1,11 +1,11 @@
 #include "qt/Forms.h"
 
-#include "ui_KelvoTouchDisplayPref.h"
-#include "ui_TDCalibrationViewCtl.h"
-#include "ui_TDGesturesCellView.h"
-#include "ui_TDHardwareInformationViewCtl.h"
-#include "ui_TDSettingViewCtl.h"
-#include "ui_TDVersionViewCtl.h"
+#include "forms/ui_KelvoTouchDisplayPref.h"
+#include "forms/ui_TDCalibrationViewCtl.h"
+#include "forms/ui_TDGesturesCellView.h"
+#include "forms/ui_TDHardwareInformationViewCtl.h"
+#include "forms/ui_TDSettingViewCtl.h"
+#include "forms/ui_TDVersionViewCtl.h"
 
 namespace kelvo {
 
