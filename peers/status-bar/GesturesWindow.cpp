@@ -32,7 +32,8 @@ QString called(const std::string& name) {
 std::vector<std::string> connectedDisplays() {
     std::vector<std::string> names;
     const auto utilities = NSMutableDictionary::dictionaryWithContentsOfFile(getUilitiesFilePath());
-    for (const platform::Value& name : utilities.objectForKey(keys::currentDeviceType).array().objects()) {
+    const platform::NSMutableArray connected = utilities.objectForKey(keys::currentDeviceType).array();
+    for (const platform::Value& name : connected.objects()) {
         if (name.string()) names.push_back(*name.string());
     }
     return names;
