@@ -33,9 +33,18 @@ Point ClickSeries::place(Time landedAt, Point landing, Time now) {
     if (!isNext && desktopWouldCount(landing, now))
         gate_.closeUntil(last_->givenAt + desktopInterval_ + thresholds::kDesktopMargin);
     beforeLast_ = last_;
-    last_ = Press{landedAt, gate_.opensAt(now), isNext ? beforeLast_->anchor : landing};
+    last_ =
+        Press{.landedAt = landedAt, .givenAt = gate_.opensAt(now), .anchor = isNext ? beforeLast_->anchor : landing};
     wasTap_ = false;
     return last_->anchor;
+}
+
+void ClickSeries::reachedDesktop(Time now) {
+    if (!last_ || last_->hasReachedDesktop) return;
+    const auto waiting = gate_.deadline();
+    if (waiting && *waiting <= last_->givenAt) return;
+    last_->givenAt = std::max(last_->givenAt, now);
+    last_->hasReachedDesktop = true;
 }
 
 bool ClickSeries::continuesSeries(Time landedAt, Point landing) const {

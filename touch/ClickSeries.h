@@ -18,6 +18,9 @@ public:
 
     /// One finger alone is about to be given as a press. Gives the place for it; the gate may be closed for a while.
     [[nodiscard]] Point place(Time landedAt, Point landing, Time now);
+    /// Whatever the gate has let out reached the desktop by now. A program that had to wait is late, and the desktop's
+    /// time runs from when it gets a press.
+    void reachedDesktop(Time now);
     /// How the last press ended. Only a tap can be the first of a double click.
     void ended(bool wasTap) { wasTap_ = wasTap; }
     /// The last press was taken back: to the desktop it never was.
@@ -38,6 +41,7 @@ private:
         Time givenAt{0};
         /// Where the first of the series landed; all of them are given there.
         Point anchor;
+        bool hasReachedDesktop = false;
     };
 
     [[nodiscard]] bool continuesSeries(Time landedAt, Point landing) const;

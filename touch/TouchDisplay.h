@@ -40,6 +40,8 @@ public:
     void timeout(Time now);
     /// When the next timeout is due.
     [[nodiscard]] std::optional<Time> deadline() const;
+    /// Whatever has been given out reached the desktop by now. To be told after each entry where times are real.
+    void reachedDesktop(Time now) { clicks_.reachedDesktop(now); }
 
     /// Off, frames lead to nothing. Switching either way lifts everything, and fingers that are on the glass count for
     /// nothing until they have been lifted.

@@ -17,6 +17,7 @@ DisplayTimer::DisplayTimer(touch::TouchDisplay& display)
     : display_(display), alarm_(platform::CFRunLoop::getCurrent(), [this] { ring(); }) {}
 
 void DisplayTimer::awaitDeadline() {
+    display_.reachedDesktop(displayTime());
     const auto deadline = display_.deadline();
     if (deadline == awaited_) return;
     awaited_ = deadline;

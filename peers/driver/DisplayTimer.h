@@ -19,7 +19,7 @@ public:
     /// The display outlives the timer.
     explicit DisplayTimer(touch::TouchDisplay& display);
 
-    /// Called after all that may have changed the deadline.
+    /// Called after each entry into the display: what it gave is out, and its deadline may be another.
     void awaitDeadline();
 
 private:

@@ -83,6 +83,40 @@ TEST(DoubleClick, ThatIsTooLateForBothIsGivenAtOnce) {
     )"));
 }
 
+TEST(DoubleClick, ThatIsTooLateWaitsForTheDesktopsTimeSinceItGotTheFirst) {
+    EXPECT_EQ(play(stageWith(300ms, 32), "0: 1@30,40\n50: reached\n60: -\n301: 2@31,40\n350: -"), lines(R"(
+        0 touch +0 30,40
+        60 touch -0
+        460 touch +0 31,40
+        460 touch -0
+    )"));
+}
+
+TEST(DoubleClick, ThatIsTooLateIsHeldBackThoughBothAreReadAtOnceAfterAStandstill) {
+    EXPECT_EQ(play(stageWith(300ms, 32),
+                   "0: 1@30,40\n1000: reached\n60: -\n1001: reached\n450: 2@31,40\n1002: reached\n"
+                   "500: -\n1003: reached"),
+              lines(R"(
+        0 touch +0 30,40
+        60 touch -0
+        1410 touch +0 31,40
+        1410 touch -0
+    )"));
+}
+
+TEST(DoubleClick, WhosePressWaitsReachesTheDesktopNoSoonerThanItIsGiven) {
+    EXPECT_EQ(play(stageWith(150ms, 32), "0: 1@30,40\n0: reached\n40: -\n200: 2@30,40\n240: -\n241: reached\n420: -\n"
+                                         "430: reached\n700: 3@30,40\n740: -"),
+              lines(R"(
+        0 touch +0 30,40
+        40 touch -0
+        410 touch +0 30,40
+        410 touch -0
+        840 touch +0 30,40
+        840 touch -0
+    )"));
+}
+
 TEST(DoubleClick, OutsideASmallCircleWaitsWhereTheDesktopWouldCountIt) {
     // 8 points are a radius of 1.06 millimetres; the desktop's distance is 1.32.
     EXPECT_EQ(play(stageWith(500ms, 8), "0: 1@30,40\n60: -\n200: 2@31.2,40\n260: -"), lines(R"(

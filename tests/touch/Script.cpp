@@ -213,6 +213,10 @@ std::string play(const Stage& stage, std::string_view fingers) {
             display.setEnabled(line.words[0] == "on", line.time);
             continue;
         }
+        if (line.words == std::vector<std::string>{"reached"}) {
+            display.reachedDesktop(line.time);
+            continue;
+        }
         touch::Frame frame{.time = line.time, .contacts = {}};
         for (const std::string& word : line.words) {
             if (word != "-") frame.contacts.add(readContact(word));

@@ -32,7 +32,8 @@ struct Stage {
 /// line of its own, and a failure.
 ///
 /// A line of fingers is "MILLISECONDS: ID@X,Y ID@X,Y", all that are on the glass in millimetres, or "MILLISECONDS: -".
-/// "MILLISECONDS: off" and "on" switch the driver. What comes out is "MILLISECONDS DEVICE STEP STEP":
+/// "MILLISECONDS: off" and "on" switch the driver; at "MILLISECONDS: reached" what was given reaches the desktop. What
+/// comes out is "MILLISECONDS DEVICE STEP STEP":
 ///
 ///     0 touch +0 30,40        down, "~0 30,40" moved, "-0" up, "x0" taken back
 ///     0 pointer 30,40         moved there; "+right", "-right"
