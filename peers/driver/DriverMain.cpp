@@ -1,9 +1,8 @@
+#include "linux/Desktop.h"
 #include "linux/PollRunLoop.h"
 #include "linux/StandardStreams.h"
 #include "linux/SystemBus.h"
 #include "linux/TerminationSignals.h"
-#include "linux/WaylandDesktop.h"
-#include "linux/X11Desktop.h"
 #include "peers/PeerPlatform.h"
 #include "peers/devices/KernelHardware.h"
 #include "peers/driver/DirectSource.h"
@@ -49,8 +48,7 @@ int run() {
             "cannot take the driver's name on the session bus: either another driver is running (quit "
             "it), or there is no bus (set DBUS_SESSION_BUS_ADDRESS)");
     }
-    driver.seeDesktopBy(
-        [&](std::function<void()> changed) { return kelvo::openX11Desktop(runLoop, std::move(changed)); });
+    driver.seeDesktopBy([&](std::function<void()> changed) { return kelvo::openDesktop(runLoop, std::move(changed)); });
     driver.use(std::make_unique<kelvo::ServiceSource>(runLoop, kelvo::systemBusAddress()),
                std::make_unique<kelvo::DirectSource>(runLoop, hardware));
     (void)sd_notify(0, "READY=1\nWATCHDOG_USEC=0");

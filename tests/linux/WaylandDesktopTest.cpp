@@ -1,5 +1,6 @@
 #include "linux/WaylandDesktop.h"
 
+#include "linux/Desktop.h"
 #include "linux/PollRunLoop.h"
 #include "support/EnvironmentVariable.h"
 
@@ -56,6 +57,17 @@ TEST_F(WaylandDesktopTest, MonitorsHaveTheirPartsOfTheDesktop) {
     EXPECT_EQ(changes, 0);
 }
 
+TEST_F(WaylandDesktopTest, TheDesktopIsThatOfTheCompositorWhateverIsSaidOfAnXServer) {
+    const EnvironmentVariable server("DISPLAY", ":4711");
+    const auto desktop = openDesktop(loop, [this] { ++changes; });
+    ASSERT_TRUE(desktop);
+    EXPECT_TRUE(monitor(*desktop, "HEADLESS-1"));
+    command("output HEADLESS-2 transform 90");
+    await([&] { return monitor(*desktop, "HEADLESS-2")->turns == 1; });
+    EXPECT_GE(changes, 1);
+    command("output HEADLESS-2 transform normal");
+}
+
 TEST_F(WaylandDesktopTest, TurnsAreFollowedAndCountedClockwise) {
     const auto desktop = openWaylandDesktop(loop, [this] { ++changes; });
     ASSERT_TRUE(desktop);
@@ -89,10 +101,12 @@ TEST_F(WaylandDesktopTest, MonitorsThatComeTakeTheirPart) {
 }
 
 TEST_F(WaylandDesktopTest, WithoutACompositorThereIsNoSuchDesktop) {
+    const EnvironmentVariable server("DISPLAY", "");
     const EnvironmentVariable nowhere("WAYLAND_DISPLAY", "no-such-compositor");
     EXPECT_FALSE(openWaylandDesktop(loop, [] {}));
     const EnvironmentVariable none("WAYLAND_DISPLAY", "");
     EXPECT_FALSE(openWaylandDesktop(loop, [] {}));
+    EXPECT_FALSE(openDesktop(loop, [] {}));
 }
 
 /// The last one, since nothing is left of the compositor.

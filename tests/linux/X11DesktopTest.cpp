@@ -1,5 +1,6 @@
 #include "linux/X11Desktop.h"
 
+#include "linux/Desktop.h"
 #include "linux/PollRunLoop.h"
 #include "linux/XSettings.h"
 #include "support/EnvironmentVariable.h"
@@ -230,6 +231,13 @@ TEST_F(X11DesktopTest, TheDesktopsOwnDoubleClickComesBeforeTheResourcesAndIsFoll
     }
     await([&] { return now().doubleClickInterval == 640ms; });
     EXPECT_EQ(now().doubleClickDistance, std::nullopt);
+}
+
+TEST_F(X11DesktopTest, TheDesktopIsThatOfTheServerWhereNoCompositorAnswers) {
+    const EnvironmentVariable nowhere("WAYLAND_DISPLAY", "no-such-compositor");
+    desktop = openDesktop(loop, [] {});
+    ASSERT_TRUE(desktop);
+    EXPECT_FALSE(desktop->surroundings().turnsTouches);
 }
 
 TEST_F(X11DesktopTest, WithoutAServerThereIsNoSuchDesktop) {
