@@ -36,7 +36,7 @@ std::unique_ptr<platform::NSNib> CocoaNibs::instantiate(const std::string& name,
     if (!path) throw std::runtime_error("there is no form " + name);
 
     std::vector<std::string> outlets;
-    for (const platform::NSOutlet& outlet : owner.outlets()) outlets.push_back(outlet.name);
+    for (const platform::NSOutlet& outlet : owner.outlets()) outlets.emplace_back(outlet.name);
     const Retained<KelvoNibOwner> form([[KelvoNibOwner alloc] initWithNames:std::move(outlets)]);
     const Retained<::NSNib> nib([[::NSNib alloc] initWithContentsOfURL:[NSURL fileURLWithPath:path]]);
     NSArray* topLevelObjects = nil;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -15,13 +16,14 @@ class NSViewController;
 /// One field of a controller that a form shows: the field's name with the control, with the controller of an embedded
 /// form, or with the cell of a pop-up, which the form shows by its pop-up.
 struct NSOutlet {
-    std::string name;
+    /// A literal, as are selectors.
+    std::string_view name;
     std::variant<NSView*, NSViewController*, NSPopUpButtonCell*> target;
 };
 
 /// One operation of a controller that a control of a form may fire, by its selector.
 struct NSNibAction {
-    std::string selector;
+    std::string_view selector;
     NSControl::Action perform;
 };
 

@@ -32,8 +32,9 @@ std::vector<platform::NSOutlet> PaneStandIn::outlets() {
 }
 
 std::vector<platform::NSNibAction> PaneStandIn::actions() {
-    const auto recorded = [this](const std::string& selector) {
-        return platform::NSNibAction{selector, [this, selector](platform::NSControl&) { calls.push_back(selector); }};
+    const auto recorded = [this](std::string_view selector) {
+        return platform::NSNibAction{selector,
+                                     [this, selector](platform::NSControl&) { calls.emplace_back(selector); }};
     };
     return {recorded("selectItem:"), recorded("selectDeviceForSetting:"), recorded("showOrHideStatusBarApp:")};
 }
