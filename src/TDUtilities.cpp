@@ -59,7 +59,7 @@ bool isPreferenceFileLock(std::string_view prefix, std::string_view excludedName
     NSFileManager& files = NSFileManager::defaultManager();
     const std::string folder = userPreferencesFolder();
     std::optional<bool> isLocked;
-    const bool wasListed = files.visitDirectoryAtPath(folder, [&](std::string_view name) {
+    (void)files.visitDirectoryAtPath(folder, [&](std::string_view name) {
         if (name.size() <= prefix.size() || !name.starts_with(prefix) || name == excludedName) return true;
         platform::NSLog("  tempFile = %@", name);
         platform::NSLog("  return YES");
@@ -70,7 +70,7 @@ bool isPreferenceFileLock(std::string_view prefix, std::string_view excludedName
         isLocked = age < kLockLifetimeSeconds;
         return false;
     });
-    if (wasListed && isLocked) return *isLocked;
+    if (isLocked) return *isLocked;
     platform::NSLog("  return NO");
     return false;
 }

@@ -345,6 +345,20 @@ TEST_F(Sending, ToAHungDriverReturnsAfterItsTimeOutAndTellsNobody) {
     EXPECT_EQ(platform.runLoop.now(), 1.0);
 }
 
+TEST_F(Sending, WaitsASecondToBeRidOfTheMessageAndASecondForItsAnswer) {
+    for (const char* port : {"TouchDisplayDriverMessagePort", "StatusBarMessagePort"}) {
+        platform.ports.peers[port] = MemoryPorts::Peer::Answers;
+    }
+    resetDeviceParameter(payload, 0);
+    sendDisplayStateToStatusBarState(payload, 0);
+
+    ASSERT_EQ(platform.ports.received.size(), 2U);
+    for (const auto& message : platform.ports.received) {
+        EXPECT_EQ(message.sendTimeout, 1.0) << message.port;
+        EXPECT_EQ(message.receiveTimeout, 1.0) << message.port;
+    }
+}
+
 TEST_F(Sending, ToASlowDriverWaitsForItsAnswer) {
     platform.ports.peers["TouchDisplayDriverMessagePort"] = MemoryPorts::Peer::Slow;
 

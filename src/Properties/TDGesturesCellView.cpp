@@ -176,7 +176,8 @@ TDGesturesCellView::Adjustment TDGesturesCellView::makeWayForFullScreen(const Ge
     const std::string mine = actionOf(actionInfo_);
     if (mine == gestures::swipeWithTwoOrThreeFingers) return point(twoFingers);
     if (mine != gestures::swipeWithThreeFingers) return Adjustment::None;
-    return point(twoFingers) == Adjustment::None ? Adjustment::None : Adjustment::SwitchedOff;
+    (void)point(twoFingers);
+    return Adjustment::SwitchedOff;
 }
 
 /// These two always take the same number of fingers.

@@ -61,6 +61,17 @@ TEST_F(VersionTab, ShowsTheVersionOfANewSettingsFile) {
     EXPECT_EQ(versionText().stringValue(), "0.8.0.3");
 }
 
+TEST_F(VersionTab, NamesTheFileWithoutAVersion) {
+    platform.setPlist(kSettingsPath, dictionaryOf({}));
+
+    try {
+        tab.updateUIState();
+        FAIL() << "a file without a version is an error";
+    } catch (const std::invalid_argument& error) {
+        EXPECT_EQ(error.what(), "no driver version in " + kSettingsPath);
+    }
+}
+
 TEST_F(VersionTab, ClearsTheFieldWithoutASettingsFileAndMakesNone) {
     versionText().setStringValue("1.2.3.4");
 

@@ -151,6 +151,14 @@ TEST_F(RowSetUp, OfFullScreenHasItsOwnTitleUnderSnowLeopardAndDoesNotObserve) {
     EXPECT_THAT(platform.ports.received, SizeIs(1));
 }
 
+TEST_F(RowSetUp, OfAnyOtherGestureHasItsUsualTitleUnderSnowLeopard) {
+    platform.systemVersion.version = 0x1068;
+    show(initGesturesInformationForLion());
+
+    EXPECT_EQ(support::outlet<platform::NSTextField>(row("SwipeBetweenPages"), "m_title").stringValue(),
+              "text of SwipeBetweenPages");
+}
+
 TEST_F(RowSetUp, OfDamagedRecordsShowsWhatMakesSense) {
     show(arrayOf(
         {dictionaryOf({}), dictionaryOf({{"SwipeBetweenPages", "Name"}, {arrayOf({}), "Descriptor"}}),
@@ -165,6 +173,9 @@ TEST_F(RowSetUp, OfDamagedRecordsShowsWhatMakesSense) {
         EXPECT_EQ(popUp.title(), "");
     }
     EXPECT_EQ(support::outlet<platform::NSButton>(*rows[3], "clickBtn").state(), 1);
+    for (const std::size_t nameless : {0U, 3U, 4U}) {
+        EXPECT_EQ(support::outlet<platform::NSTextField>(*rows[nameless], "m_title").stringValue(), "");
+    }
 }
 
 TEST_F(RowSetUp, OnceMoreForgetsTheRecordBefore) {
@@ -178,6 +189,12 @@ TEST_F(RowSetUp, OnceMoreForgetsTheRecordBefore) {
     EXPECT_THAT(popUp.itemTitles(), SizeIs(3));
     EXPECT_EQ(popUp.indexOfSelectedItem(), 2);
     EXPECT_TRUE(popUp.isRespond());
+}
+
+TEST_F(RowSetUp, AnswersTheUserBeforeItHasARecord) {
+    TDGesturesCellView one;
+
+    EXPECT_TRUE(support::outlet<TDCustemorPopUpButton>(one, "m_gestures").isRespond());
 }
 
 TEST_F(RowSetUp, PublishesTheCellOfItsPopUp) {
@@ -229,6 +246,27 @@ TEST_F(RowChange, IsLoggedBeforeOthersHearOfItAndBeforeItIsSent) {
 
     EXPECT_THAT(logged, ElementsAre("changeAction", "post Notification"));
     EXPECT_EQ(sent, 0U);
+}
+
+TEST_F(RowChange, IsLoggedAndStoredBeforeItIsSentAndFitsThePopUpAfterwards) {
+    show(initGesturesInformationForLion());
+    const double widthBefore = menu("FullScreenApps").frame().width;
+    std::vector<std::string> logged;
+    int stored = -1;
+    double width = 0.0;
+    platform.ports.duringSend = [&](const auto&) {
+        logged = platform.log.lines;
+        stored = indexOf("FullScreenApps");
+        width = menu("FullScreenApps").frame().width;
+    };
+
+    pick("FullScreenApps", 1);
+
+    EXPECT_THAT(logged, ElementsAre("changeAction", "post Notification", "resetDeviceParameter GestureArray"));
+    EXPECT_EQ(stored, 1);
+    EXPECT_EQ(width, widthBefore);
+    EXPECT_EQ(menu("FullScreenApps").frame().width, widthOf("text of SwipeLeftOrRightWithFourFingers") + 25.0);
+    EXPECT_NE(menu("FullScreenApps").frame().width, widthBefore);
 }
 
 TEST_F(RowChange, OfAnActionIsStoredShownAndSentWithTheWholeList) {

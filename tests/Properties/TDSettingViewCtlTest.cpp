@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace {
 
 using platform::NSMutableArray;
@@ -210,6 +212,19 @@ TEST_F(Speed, DoubleClickInTheRateAreaIsCopiedToSliderAndTestAreaAndSent) {
     EXPECT_EQ(sent(), R"(0 { DoubleClickRate = "0.75"; DeviceName = A; })");
 }
 
+TEST_F(Speed, StandsInTheAreasWhenItIsSent) {
+    std::vector<double> intervals;
+    platform.ports.duringSend = [&](const auto& message) {
+        intervals.push_back(message.payload.objectForKey("DoubleClickRate").doubleValue());
+        expectRate(intervals.back());
+    };
+
+    slider("rateSlider_").performSetDoubleValue(0.75);
+    fire("doubleClickSpeedNormal:");
+
+    EXPECT_THAT(intervals, ElementsAre(0.25, 0.5));
+}
+
 TEST_F(Speed, DoubleClickInTheTestAreaTurnsItGreenAndIsNeitherSentNorStored) {
     tab.awakeFromNib();
     int redraws = 0;
@@ -256,6 +271,21 @@ TEST_F(Range, TextIsTakenDownToTheWholeNumberAndSentAsAReal) {
     ASSERT_THAT(platform.ports.received, SizeIs(1));
     EXPECT_EQ(sentKind("DoubleClickRange"), Value::Kind::Real);
     EXPECT_EQ(platform.ports.received[0].payload.objectForKey("DoubleClickRange").doubleValue(), 12.0);
+}
+
+TEST_F(Range, StandsEverywhereWhenItIsSent) {
+    slider("rangeSlider_").setBounds(8.0, 128.0);
+    std::vector<int> ranges;
+    platform.ports.duringSend = [&](const auto& message) {
+        ranges.push_back(message.payload.objectForKey("DoubleClickRange").intValue());
+        expectRange(ranges.back(), std::to_string(ranges.back()));
+    };
+
+    slider("rangeSlider_").performSetDoubleValue(40.0);
+    fire("doubleClickRangeNormal:");
+    EXPECT_TRUE(tab.controlTextShouldEndEditing(rengeText(), "57"));
+
+    EXPECT_THAT(ranges, ElementsAre(40, 32, 57));
 }
 
 TEST_F(Range, EmptyTextRestoresThePreviousNumberAndSendsNothing) {
@@ -452,7 +482,7 @@ TEST_F(SaveItem, WithoutAFileStartsFromAnEmptyOne) {
 TEST_F(SaveItem, LeavesADamagedFileAsItIs) {
     platform.files.setText(kSettingsPath, "damaged");
 
-    (void)tab.saveItemToInfoPlistForKey(1, "RotateMode");
+    EXPECT_TRUE(tab.saveItemToInfoPlistForKey(1, "RotateMode"));
 
     EXPECT_EQ(platform.files.textOf(kSettingsPath), "damaged");
 }
@@ -499,6 +529,50 @@ TEST_F(Reload, WithASettingsFileLogsItsStepsInOrder) {
                             "actionArr == " + list, "0.250000,48", "actionArr1 == " + list,
                             "   systemPreferenceFileCheck    ", "  return NO", "  return NO", "actionArr2 == " + list,
                             "actionArr[0] == { Name = Rotate; IsEnable = 1; }"));
+}
+
+TEST_F(Reload, WithASettingsFileShowsEachThingInItsTurn) {
+    const auto stored = [](double rate, int range, bool isOn) {
+        return dictionaryOf({{rate, "DoubleClickRate"},
+                             {range, "DoubleClickRange"},
+                             {dictionaryOf({{isOn, "RightClickIsEnable"}}), "RightClick"},
+                             {initGesturesInformationForLion(), "GestureArray"}});
+    };
+    platform.setPlist(kSettingsPath, stored(0.5, 32, false));
+    tab.updateUIState();
+    platform.setPlist(kSettingsPath, stored(0.25, 48, true));
+    std::vector<std::string> steps;
+    platform.log.duringWrite = [&](std::string_view line) {
+        if (!line.starts_with("{ ") && !line.starts_with("actionArr") && !line.starts_with("0.25")) return;
+        if (line.starts_with("actionArr[")) return;
+        std::ostringstream step;
+        step << line.substr(0, line.find(' ')) << ": " << gestureView().subviews().size() << " rows, rate "
+             << 1.0 - slider("rateSlider_").doubleValue() << ", range " << rengeText().stringValue() << ", right click "
+             << rightClick().state();
+        steps.push_back(step.str());
+    };
+
+    tab.updateUIState();
+
+    EXPECT_THAT(steps, ElementsAre("{: 12 rows, rate 0.5, range 32, right click 0",
+                                   "actionArr: 0 rows, rate 0.5, range 32, right click 0",
+                                   "0.250000,48: 0 rows, rate 0.25, range 32, right click 0",
+                                   "actionArr1: 0 rows, rate 0.25, range 48, right click 1",
+                                   "actionArr2: 0 rows, rate 0.25, range 48, right click 1"));
+}
+
+TEST_F(Reload, WithoutASettingsFileStoresTheCatalogueBeforeItShowsTheDefaults) {
+    slider("rateSlider_").performSetDoubleValue(0.75);
+    double rate = 0.0;
+    platform.files.duringWrite = [&](const std::string& path) {
+        EXPECT_EQ(path, kSettingsPath);
+        rate = 1.0 - slider("rateSlider_").doubleValue();
+    };
+
+    tab.updateUIState();
+
+    EXPECT_EQ(rate, 0.25);
+    expectRate(0.5);
 }
 
 TEST_F(Reload, ShowsWhatTheSettingsFileHolds) {
@@ -665,6 +739,27 @@ TEST_F(Layout, ContinuesBelowTheSecondColumnWithARowOfTheFirst) {
                                          NSRect{210, 270, 220, 30}));
 }
 
+TEST_F(Layout, PlacesARowThenLogsItsRecordThenFillsItThenShowsIt) {
+    const auto titleOfLast = [this] {
+        return support::outlet<platform::NSTextField>(*platform.nibs.owners.back(), "m_title").stringValue();
+    };
+    std::vector<std::string> steps;
+    platform.log.duringWrite = [&](std::string_view line) {
+        if (!line.starts_with("actionArr[0]")) return;
+        EXPECT_EQ(platform.nibs.views.back()->frame(), (NSRect{10, 270, 200, 30}));
+        steps.push_back("log " + titleOfLast() + std::to_string(gestureView().subviews().size()));
+    };
+    const auto shown = gestureView().observeChanges([&] {
+        if (gestureView().subviews().size() == 1) steps.push_back("show " + titleOfLast());
+    });
+    platform.bundle.strings["SecondaryClick"] = "Right click";
+    platform.setPlist(kSettingsPath, dictionaryOf({{initGesturesInformationForLion(), "GestureArray"}}));
+
+    tab.updateUIState();
+
+    EXPECT_THAT(steps, ElementsAre("log 0", "show Right click"));
+}
+
 using Reconciliation = SettingTab;
 
 TEST_F(Reconciliation, SwitchesOffWhatTheDockHasSwitchedOffOrLacks) {
@@ -727,6 +822,30 @@ TEST_F(Reconciliation, NeverSwitchesOnAndNeverSavesOrSends) {
         platform.plist(kSettingsPath).objectForKey("GestureArray").isEqual(initGesturesInformationForMountainLion()));
 }
 
+TEST_F(Reconciliation, BeginsWithTheFirstRecordOfTheList) {
+    setSystemGestures(false);
+    platform.setPlist(
+        kSettingsPath,
+        dictionaryOf({{arrayOf({newGestureDictionary("Launchpad", {"PinchWithThumbAndThreeFingers"}, false)}),
+                       "GestureArray"}}));
+    tab.updateUIState();
+
+    EXPECT_FALSE(isOn("Launchpad"));
+}
+
+TEST_F(Reconciliation, AddsNothingToARecordThatIsNotOn) {
+    setSystemGestures(false);
+    platform.setPlist(kSettingsPath,
+                      dictionaryOf({{arrayOf({dictionaryOf({{"Launchpad", "Name"}}),
+                                              dictionaryOf({{"SwipeBetweenPages", "Name"}, {0, "SelectedIndex"}})}),
+                                     "GestureArray"}}));
+    tab.updateUIState();
+
+    for (const char* name : {"Launchpad", "SwipeBetweenPages"}) {
+        EXPECT_FALSE(record(name).objectForKey("IsEnable")) << name;
+    }
+}
+
 TEST_F(Reconciliation, LeavesARecordWithoutANameAlone) {
     setSystemGestures(false);
     platform.setPlist(kSettingsPath, dictionaryOf({{arrayOf({dictionaryOf({{true, "IsEnable"}})}), "GestureArray"}}));
@@ -772,6 +891,26 @@ TEST_F(LockWait, SurvivesTheWrapAroundOfTheTicks) {
     tab.updateUIState();
 
     EXPECT_EQ(waits(), 11);
+}
+
+TEST_F(LockWait, IsLoggedBeforeEachSleep) {
+    lock("com.apple.dock.plist.x");
+    long sleeps = 0;
+    platform.clock.duringSleep = [&] { EXPECT_EQ(waits(), ++sleeps); };
+    tab.updateUIState();
+
+    EXPECT_EQ(sleeps, 11);
+}
+
+TEST_F(LockWait, EndsOneTickAfterTenSeconds) {
+    constexpr double kTick = 1.0 / 60.0;
+    lock("com.apple.dock.plist.x");
+    platform.clock.duringSleep = [&] {
+        if (platform.clock.sleeps.size() == 10) platform.runLoop.standStill(1.1 * kTick);
+    };
+    tab.updateUIState();
+
+    EXPECT_EQ(waits(), 10);
 }
 
 TEST_F(LockWait, EndsWhenTheLockGoes) {

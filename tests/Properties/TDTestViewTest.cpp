@@ -306,6 +306,25 @@ TEST_F(RateArea, ObserverReadsTheMeasuredInterval) {
     EXPECT_DOUBLE_EQ(seen, 0.75);
 }
 
+TEST_F(RateArea, ObserverIsToldOfTheIntervalAsThoseAreWhoDoNotSeeIt) {
+    std::optional<double> told;
+    NSNotificationCenter::defaultCenter().addObserver(observer, kDoubleClickHappenOnRateView,
+                                                      [&](const NSNotification&) { told = view.accessibilityValue(); });
+    doubleClick(0.75);
+
+    EXPECT_EQ(told, 0.75);
+}
+
+TEST_F(RateArea, GivenAnotherTypeInTheMiddleMeasuresNothing) {
+    click();
+    press();
+    view.setViewType(1);
+    release();
+
+    EXPECT_THAT(posted, IsEmpty());
+    EXPECT_EQ(view.timeInterval(), 0.3);
+}
+
 class TryArea : public TestArea {
 protected:
     TryArea() {
@@ -320,6 +339,15 @@ TEST_F(TryArea, DoubleClickWithinTheIntervalPosts) {
     EXPECT_THAT(posted, ElementsAre("TDDoubleClickHappenOnTestView"));
     EXPECT_EQ(view.timeInterval(), 0.5);
     EXPECT_EQ(platform.runLoop.pendingTimers(), 0U);
+}
+
+TEST_F(TryArea, HasCountedWhenItsObserverHears) {
+    std::optional<double> told;
+    NSNotificationCenter::defaultCenter().addObserver(observer, kDoubleClickHappenOnTestView,
+                                                      [&](const NSNotification&) { told = view.accessibilityValue(); });
+    doubleClick(0.4);
+
+    EXPECT_EQ(told, 1.0);
 }
 
 TEST_F(TryArea, DoubleClickAfterTheIntervalPostsNothingThoughItsSecondPressWasInTime) {

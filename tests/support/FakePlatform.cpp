@@ -57,6 +57,7 @@ bool MemoryFileManager::writeAtomically(const std::string& path, std::span<const
     if (isDiskFull) return false;
     ++writes;
     files[path] = platform::NSData(contents.begin(), contents.end());
+    if (duringWrite) duringWrite(path);
     return true;
 }
 

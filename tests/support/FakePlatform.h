@@ -24,7 +24,12 @@ namespace support {
 class RecordedLog : public platform::SystemLog {
 public:
     std::vector<std::string> lines;
-    void write(std::string_view line) override { lines.emplace_back(line); }
+    /// What is looked at when a line has just been written.
+    std::function<void(std::string_view line)> duringWrite;
+    void write(std::string_view line) override {
+        lines.emplace_back(line);
+        if (duringWrite) duringWrite(line);
+    }
 };
 
 /// Files in memory, below "/home/user" and "/machine/Library".
@@ -38,6 +43,8 @@ public:
     /// No folder can be created while this is set.
     bool isReadOnly = false;
     int writes = 0;
+    /// What is looked at when a file has just been written.
+    std::function<void(const std::string& path)> duringWrite;
     /// What another process does once, just before this one creates a file.
     std::function<void()> beforeCreation;
     /// The names in each folder that can be listed, in the order in which they are; a folder's path is without a

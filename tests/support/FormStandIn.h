@@ -8,14 +8,20 @@
 
 namespace support {
 
-/// The control that `owner` publishes under the name of its field, as a form finds it. Throws when there is none of
-/// that name and type.
+/// The control that stands among `outlets` under the name of its field. Throws when there is none of that name and
+/// type.
 template <typename Control>
-Control& outlet(platform::NSNibOwner& owner, std::string_view name) {
-    for (const platform::NSOutlet& candidate : owner.outlets()) {
+Control& outlet(const std::vector<platform::NSOutlet>& outlets, std::string_view name) {
+    for (const platform::NSOutlet& candidate : outlets) {
         if (candidate.name == name) return dynamic_cast<Control&>(*std::get<platform::NSView*>(candidate.target));
     }
     throw std::out_of_range(std::string(name));
+}
+
+/// The same among those that `owner` publishes, as a form finds it.
+template <typename Control>
+Control& outlet(platform::NSNibOwner& owner, std::string_view name) {
+    return outlet<Control>(owner.outlets(), name);
 }
 
 /// Lets a control fire an operation of its owner, as a form does. Throws when there is no such operation.

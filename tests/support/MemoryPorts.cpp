@@ -39,12 +39,15 @@ class MemoryPorts::RemotePort : public platform::CFRemoteMessagePort {
 public:
     RemotePort(MemoryPorts& ports, std::string name) : ports_(ports), name_(std::move(name)) {}
 
-    CFMessagePortStatus sendRequest(std::int32_t messageId, std::span<const std::uint8_t> data, double /*sendTimeout*/,
+    CFMessagePortStatus sendRequest(std::int32_t messageId, std::span<const std::uint8_t> data, double sendTimeout,
                                     double receiveTimeout, platform::NSData& reply) override {
         const auto peer = ports_.peers.find(name_);
         if (peer == ports_.peers.end()) return CFMessagePortStatus::IsInvalid;
-        ports_.received.push_back(
-            {name_, messageId, platform::PropertyLists::current().createFromXMLData(data).dictionary()});
+        const ReceivedMessage message{name_, messageId,
+                                      platform::PropertyLists::current().createFromXMLData(data).dictionary(),
+                                      sendTimeout, receiveTimeout};
+        ports_.received.push_back(message);
+        if (ports_.duringSend) ports_.duringSend(message);
         // Whoever answers takes a moment to, in which other things happen.
         const Peer behaviour = peer->second;
         const double wait = behaviour == Peer::Hung ? receiveTimeout : behaviour == Peer::Slow ? 0.5 : 0.0;

@@ -16,6 +16,9 @@ struct ReceivedMessage {
     std::string port;
     std::int32_t id = 0;
     platform::NSMutableDictionary payload;
+    /// How long its sender would wait, in seconds.
+    double sendTimeout = 0.0;
+    double receiveTimeout = 0.0;
 };
 
 /// Message ports inside the test. Peers exist by name and behave as the test says; what they receive is recorded.
@@ -32,6 +35,8 @@ public:
     std::vector<ReceivedMessage> received;
     /// The names looked up, in order.
     std::vector<std::string> lookUps;
+    /// What is looked at in the middle of each send, when the message is there and before its peer answers.
+    std::function<void(const ReceivedMessage& message)> duringSend;
     /// What happens while a port is being opened.
     std::function<void()> duringOpening;
     /// How often a port was opened.

@@ -12,6 +12,7 @@ std::uint32_t ScriptedClock::tickCount() {
 void ScriptedClock::sleep(unsigned seconds) {
     sleeps.push_back(seconds);
     runLoop_.standStill(seconds);
+    if (duringSleep) duringSleep();
 }
 
 } // namespace support

@@ -3,6 +3,7 @@
 #include "platform/Clock.h"
 #include "support/ScriptedRunLoop.h"
 
+#include <functional>
 #include <vector>
 
 namespace support {
@@ -18,6 +19,8 @@ public:
     std::uint32_t startTick = 0;
     /// The seconds of each sleep, in order.
     std::vector<unsigned> sleeps;
+    /// What is looked at, or happens, at the end of each sleep.
+    std::function<void()> duringSleep;
 
     [[nodiscard]] platform::NSDate date() override;
     [[nodiscard]] std::uint32_t tickCount() override;
