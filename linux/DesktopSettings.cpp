@@ -4,6 +4,7 @@
 #include "linux/CommandOutput.h"
 #include "linux/Descriptor.h"
 #include "linux/SwaySettings.h"
+#include "linux/Trimmed.h"
 
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -23,13 +24,6 @@ namespace kelvo {
 namespace {
 
 using touch::Surroundings;
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
 
 /// None where that is no time that a double click can take.
 std::optional<touch::Time> millisecondsIn(std::string_view text) {

@@ -1,5 +1,7 @@
 #include "linux/XSettings.h"
 
+#include "linux/Trimmed.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
@@ -50,13 +52,6 @@ private:
     std::size_t place_ = 0;
     bool isBigEndian_;
 };
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r";
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
 
 std::optional<std::int32_t> numberIn(std::string_view text) {
     std::int32_t number = 0;
