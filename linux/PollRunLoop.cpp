@@ -115,8 +115,8 @@ private:
 PollRunLoop::PollRunLoop() : registry_(std::make_shared<Registry>()) {}
 
 void PollRunLoop::run() {
-    stopped_ = false;
     while (!stopped_) runOnce(Clock::time_point::max());
+    stopped_ = false;
 }
 
 void PollRunLoop::stop() { stopped_ = true; }

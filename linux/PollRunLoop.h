@@ -14,7 +14,7 @@ class PollRunLoop : public platform::CFRunLoop {
 public:
     PollRunLoop();
 
-    /// Runs until stop() is called from within something that the loop delivers.
+    /// Runs until stop() is called from within something that the loop delivers; not at all if it was called before.
     void run();
     /// Lets run() return once what is being delivered has been handled; a nested runUntil() still ends by itself.
     void stop();

@@ -194,6 +194,21 @@ TEST(PollRunLoop, StopEndsRunAndLeavesANestedRunUntilToItsOwnCondition) {
     EXPECT_EQ(story, (std::vector<std::string>{"stop", "nested loop done", "run returned"}));
 }
 
+TEST(PollRunLoop, StoppedBeforeItRunsReturnsAtOnceAndRunsTheNextTime) {
+    PollRunLoop loop;
+    int fired = 0;
+    loop.scheduleTimer(0.0, [&] {
+        ++fired;
+        loop.stop();
+    });
+
+    loop.stop();
+    loop.run();
+    EXPECT_EQ(fired, 0);
+    loop.run();
+    EXPECT_EQ(fired, 1);
+}
+
 TEST(PollRunLoop, ANestedLoopDeliversWhatIsDueInOrder) {
     PollRunLoop loop;
     std::string fired;
