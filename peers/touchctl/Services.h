@@ -18,6 +18,7 @@ namespace kelvo::touchctl {
 class NoLog final : public platform::SystemLog {
 public:
     void write(std::string_view /*line*/) override {}
+    [[nodiscard]] bool isRead() const override { return false; }
 };
 
 /// The concrete services of this program, in use for as long as this lives: the product's files can only be read, and

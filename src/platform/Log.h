@@ -20,6 +20,8 @@ public:
 
     /// One line, without its newline.
     virtual void write(std::string_view line) = 0;
+    /// Whether anybody reads the log. Where nobody does, lines are not even made.
+    [[nodiscard]] virtual bool isRead() const { return true; }
 };
 
 /// `format` with each of its placeholders replaced by the next argument: %@ the description (a string as it is), %d an
@@ -29,7 +31,8 @@ public:
 /// Writes one line to the system log.
 template <typename... Arguments>
 void NSLog(std::string_view format, const Arguments&... arguments) {
-    SystemLog::current().write(stringWithFormat(format, {Value(arguments)...}));
+    SystemLog& log = SystemLog::current();
+    if (log.isRead()) log.write(stringWithFormat(format, {Value(arguments)...}));
 }
 
 } // namespace platform
