@@ -2,6 +2,7 @@
 
 #include "TDUtilities.h"
 #include "fuzz/Input.h"
+#include "fuzz/PlistMutator.h"
 #include "fuzz/Require.h"
 #include "peers/actions/ActionTexts.h"
 #include "peers/driver/TouchSettings.h"
@@ -60,4 +61,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         requirePlaces(kelvo::touchSettingsOf(name, {}, kelvo::currentSettingsContext()));
     }
     return 0;
+}
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
+                                               unsigned seed) {
+    return fuzzing::mutatePlist(data, size, maxSize, 1, seed);
 }

@@ -1,10 +1,9 @@
 // Any id with any bytes reaches the pane in any of its display states.
 
-#include "TDGestureCatalogue.h"
 #include "TDNames.h"
 #include "fuzz/PaneOnFakes.h"
+#include "fuzz/PlistMutator.h"
 #include "fuzz/Require.h"
-#include "support/FormStandIn.h"
 
 #include <cstddef>
 
@@ -29,12 +28,12 @@ void show(PaneOnFakes& fakes, Display display, std::int32_t tab) {
                                                                {display != Display::DriverDisabled, keys::driverEnable},
                                                                {devicesIn(display), keys::currentDeviceType},
                                                                {true, keys::verboseLog}}));
-    fakes.platform.setPlist(fuzzing::kFolder + "Settings_A.plist",
-                            dictionaryOf({{initGesturesInformationForLion(), keys::gestureArray}}));
+    fakes.platform.log.isKept = false;
+    fakes.storeSettings();
     fakes.load();
     fakes.pane().willSelect();
     if (display == Display::ChosenOfSeveral) {
-        support::outlet<platform::NSPopUpButton>(fakes.pane(), "selectDeviceBtn_").performSelectItemAtIndex(1);
+        fakes.pickDevice(1);
     }
 }
 
@@ -70,4 +69,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool isDecodable = static_cast<bool>(kelvo::PlistCoder().createFromXMLData(payload).dictionary());
     if (!isDecodable) require(shell == shellAfter(display, tab, id, {}), "what cannot be decoded reads as empty");
     return 0;
+}
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
+                                               unsigned seed) {
+    constexpr std::size_t kBeforePayload = 6;
+    return fuzzing::mutatePlist(data, size, maxSize, kBeforePayload, seed);
 }

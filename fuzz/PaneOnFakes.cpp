@@ -1,6 +1,7 @@
 #include "fuzz/PaneOnFakes.h"
 
 #include "TDCurrentDevice.h"
+#include "TDGestureCatalogue.h"
 #include "TDNames.h"
 #include "fuzz/Require.h"
 #include "support/FormStandIn.h"
@@ -72,10 +73,23 @@ void doubleClick(TDTestView& view, Input& script) {
     view.mouseUp(event);
 }
 
+/// Two that collide, since a whole catalogue takes most of a run's time. Made once.
+const platform::NSData& fewGestures() {
+    static const platform::NSData contents = [] {
+        const auto list =
+            support::arrayOf({newGestureDictionary("SwipeBetweenPages",
+                                                   {"ScrollLeftOrRightWithTwoFingers", "SwipeWithThreeFingers"}, true),
+                              newGestureDictionary("FullScreenApps", {"SwipeLeftOrRightWithThreeFingers"}, true)});
+        return kelvo::PlistCoder().createXMLData(support::dictionaryOf({{list, keys::gestureArray}})).value();
+    }();
+    return contents;
+}
+
 void requireMirror(TDGesturesCellView& row) {
     const platform::NSMutableDictionary& record = row.actionInfo();
-    const auto& box = outlet<platform::NSButton>(row, "clickBtn");
-    const auto& menu = outlet<TDCustemorPopUpButton>(row, "m_gestures");
+    const std::vector<platform::NSOutlet> outlets = row.outlets();
+    const auto& box = outlet<platform::NSButton>(outlets, "clickBtn");
+    const auto& menu = outlet<TDCustemorPopUpButton>(outlets, "m_gestures");
     const bool isEnabled = record.objectForKey(keys::isEnable).boolValue();
     const std::int64_t index = record.objectForKey(keys::selectedIndex).intValue();
     const std::size_t actions = record.objectForKey(keys::descriptor).array().count();
@@ -104,7 +118,22 @@ std::string Shell::description() const {
     return text.str();
 }
 
-PaneOnFakes::PaneOnFakes() {
+PaneOnFakes::PaneOnFakes()
+    : pane_(std::make_unique<KelvoTouchDisplayPref>(newTabs())),
+      tabView_(outlet<platform::NSTabView>(*pane_, "tabView_")),
+      tabPopUp_(outlet<platform::NSPopUpButton>(*pane_, "tabPopUp_")),
+      statusBarState_(outlet<platform::NSButton>(*pane_, "statusBarState_")),
+      alert_(outlet<platform::NSTextField>(*pane_, "alertTextField_")),
+      chooserView_(outlet<platform::NSView>(*pane_, "selectDeviceView_")),
+      chooser_(outlet<platform::NSPopUpButton>(*pane_, "selectDeviceBtn_")),
+      calibrationMode_(outlet<platform::NSMatrix>(*calibration_, "CalibrationMode")),
+      width_(outlet<platform::NSTextField>(*calibration_, "ResolutionWidth")),
+      height_(outlet<platform::NSTextField>(*calibration_, "ResolutionHeight")),
+      gestureView_(outlet<platform::NSView>(*setting_, "gestureView_")) {
+    bindForms();
+}
+
+KelvoTouchDisplayPref::Tabs PaneOnFakes::newTabs() {
     auto calibration = std::make_unique<TDCalibrationViewCtl>();
     auto hardware = std::make_unique<TDHardwareInformationViewCtl>();
     auto setting = std::make_unique<TDSettingViewCtl>();
@@ -113,25 +142,27 @@ PaneOnFakes::PaneOnFakes() {
     hardware_ = hardware.get();
     setting_ = setting.get();
     version_ = version.get();
-    pane_ =
-        std::make_unique<KelvoTouchDisplayPref>(KelvoTouchDisplayPref::Tabs{.calibration = std::move(calibration),
-                                                                            .hardwareInformation = std::move(hardware),
-                                                                            .setting = std::move(setting),
-                                                                            .version = std::move(version)});
-    bindForms();
+    return {.calibration = std::move(calibration),
+            .hardwareInformation = std::move(hardware),
+            .setting = std::move(setting),
+            .version = std::move(version)};
+}
+
+void PaneOnFakes::storeSettings() {
+    for (const char* name : {"A", "B"}) platform.files.files[kFolder + "Settings_" + name + ".plist"] = fewGestures();
 }
 
 void PaneOnFakes::bindForms() {
     for (int i = 0; i < kTabs; ++i) {
-        outlet<platform::NSTabView>(*pane_, "tabView_").addTabViewItem("tab");
-        outlet<platform::NSPopUpButton>(*pane_, "tabPopUp_").addItemWithTitle("tab");
+        tabView_.addTabViewItem("tab");
+        tabPopUp_.addItemWithTitle("tab");
     }
     connect(*pane_, "tabPopUp_", "selectItem:");
     connect(*pane_, "selectDeviceBtn_", "selectDeviceForSetting:");
     connect(*pane_, "statusBarState_", "showOrHideStatusBarApp:");
     hideStatusBar_.setAction([this](platform::NSControl&) { pane_->hideStatusBar(); });
 
-    outlet<platform::NSMatrix>(*calibration_, "CalibrationMode").setNumberOfRows(2);
+    calibrationMode_.setNumberOfRows(2);
     connect(*calibration_, "CalibrationMode", "changeCalibrationMode:");
     connect(*calibration_, "applyBtn", "setOSDResolution:");
 
@@ -165,10 +196,6 @@ void PaneOnFakes::load() {
 
 void PaneOnFakes::deliver(std::int32_t id, std::span<const std::uint8_t> payload) {
     platform.ports.deliver(kPreferencePortName, id, platform::NSData(payload.begin(), payload.end()));
-}
-
-void PaneOnFakes::showTab(int index) {
-    outlet<platform::NSPopUpButton>(*pane_, "tabPopUp_").performSelectItemAtIndex(index);
 }
 
 void PaneOnFakes::useEveryControl(Input& script) {
@@ -265,22 +292,17 @@ void PaneOnFakes::scheduleMessage(Input& script) {
 }
 
 Shell PaneOnFakes::shell() {
-    const auto& tabs = outlet<platform::NSTabView>(*pane_, "tabView_");
-    const auto& statusBarState = outlet<platform::NSButton>(*pane_, "statusBarState_");
-    const auto& tabPopUp = outlet<platform::NSPopUpButton>(*pane_, "tabPopUp_");
-    const auto& alert = outlet<platform::NSTextField>(*pane_, "alertTextField_");
-    const auto& chooser = outlet<platform::NSPopUpButton>(*pane_, "selectDeviceBtn_");
-    return {.isTabViewHidden = tabs.isHidden(),
-            .isStatusBarStateHidden = statusBarState.isHidden(),
-            .isTabPopUpHidden = tabPopUp.isHidden(),
-            .isAlertHidden = alert.isHidden(),
-            .isChooserHidden = outlet<platform::NSView>(*pane_, "selectDeviceView_").isHidden(),
-            .alert = alert.stringValue(),
-            .chooserTitles = chooser.itemTitles(),
-            .chosen = chooser.indexOfSelectedItem(),
-            .tab = tabs.indexOfSelectedTabViewItem(),
-            .tabItem = tabPopUp.indexOfSelectedItem(),
-            .statusBarState = statusBarState.state(),
+    return {.isTabViewHidden = tabView_.isHidden(),
+            .isStatusBarStateHidden = statusBarState_.isHidden(),
+            .isTabPopUpHidden = tabPopUp_.isHidden(),
+            .isAlertHidden = alert_.isHidden(),
+            .isChooserHidden = chooserView_.isHidden(),
+            .alert = alert_.stringValue(),
+            .chooserTitles = chooser_.itemTitles(),
+            .chosen = chooser_.indexOfSelectedItem(),
+            .tab = tabView_.indexOfSelectedTabViewItem(),
+            .tabItem = tabPopUp_.indexOfSelectedItem(),
+            .statusBarState = statusBarState_.state(),
             .modelType = gModelType,
             .devices = gDeviceModel,
             .isDriverEnabled = gDriverEnable,
@@ -292,13 +314,10 @@ Shell PaneOnFakes::shell() {
 void PaneOnFakes::requireMirrors() {
     for (TDGesturesCellView* row : rows()) requireMirror(*row);
 
-    const auto& mode = outlet<platform::NSMatrix>(*calibration_, "CalibrationMode");
-    for (const char* field : {"ResolutionWidth", "ResolutionHeight"}) {
-        require(outlet<platform::NSTextField>(*calibration_, field).isEnabled() == (mode.selectedRow() != 0),
-                "the resolution can be edited in manual mode alone");
-    }
-    const Shell now = shell();
-    require(now.isTabViewHidden == now.isTabPopUpHidden && now.isTabViewHidden == now.isStatusBarStateHidden,
+    const bool isManual = calibrationMode_.selectedRow() != 0;
+    require(width_.isEnabled() == isManual && height_.isEnabled() == isManual,
+            "the resolution can be edited in manual mode alone");
+    require(tabView_.isHidden() == tabPopUp_.isHidden() && tabView_.isHidden() == statusBarState_.isHidden(),
             "the settings are shown and hidden together");
 }
 
@@ -310,7 +329,7 @@ void PaneOnFakes::requireDecodablePayloads() {
 
 std::vector<TDGesturesCellView*> PaneOnFakes::rows() {
     std::vector<TDGesturesCellView*> found;
-    for (const auto& view : outlet<platform::NSView>(*setting_, "gestureView_").subviews()) {
+    for (const auto& view : gestureView_.subviews()) {
         // The last at that place; those before it are gone.
         const auto& views = platform.nibs.views;
         const auto place = std::find(views.rbegin(), views.rend(), view.get());

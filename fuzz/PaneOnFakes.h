@@ -54,6 +54,8 @@ public:
 
     support::FakePlatform platform;
 
+    /// Stores settings with a few gestures for each of the displays "A" and "B".
+    void storeSettings();
     [[nodiscard]] KelvoTouchDisplayPref& pane() { return *pane_; }
 
     /// What a host does before it shows the pane for the first time.
@@ -62,7 +64,11 @@ public:
     void deliver(std::int32_t id, std::span<const std::uint8_t> payload);
 
     /// Shows a tab as the user does.
-    void showTab(int index);
+    void showTab(int index) { tabPopUp_.performSelectItemAtIndex(index); }
+    /// Shows a tab as the tab view itself does.
+    void selectTab(int index) { tabView_.selectTabViewItemAtIndex(index); }
+    void pickDevice(int index) { chooser_.performSelectItemAtIndex(index); }
+    void clickStatusBox() { statusBarState_.performClick(); }
     /// Does something to each control there is, in turn.
     void useEveryControl(Input& script);
     /// One thing that may happen while the pane is shown: an act of the user on any control, time that passes, an alert
@@ -78,6 +84,7 @@ public:
     void requireDecodablePayloads();
 
 private:
+    [[nodiscard]] KelvoTouchDisplayPref::Tabs newTabs();
     void bindForms();
     void use(platform::NSView& view, Input& script);
     void closeAlert(Input& script);
@@ -97,6 +104,18 @@ private:
     platform::NSButton normalRange_;
     platform::NSButton hideStatusBar_;
     std::unique_ptr<KelvoTouchDisplayPref> pane_;
+
+    // The controls that are looked at again and again.
+    platform::NSTabView& tabView_;
+    platform::NSPopUpButton& tabPopUp_;
+    platform::NSButton& statusBarState_;
+    platform::NSTextField& alert_;
+    platform::NSView& chooserView_;
+    platform::NSPopUpButton& chooser_;
+    platform::NSMatrix& calibrationMode_;
+    platform::NSTextField& width_;
+    platform::NSTextField& height_;
+    platform::NSView& gestureView_;
 };
 
 /// The bytes of a text.

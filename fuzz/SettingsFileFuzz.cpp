@@ -1,8 +1,9 @@
 // A settings file of any bytes, or one of the system's preference files, is read by every tab, and the user does
-// everything there is to do.
+// anything there is to do.
 
 #include "TDNames.h"
 #include "fuzz/PaneOnFakes.h"
+#include "fuzz/PlistMutator.h"
 #include "fuzz/StoredFile.h"
 
 #include <array>
@@ -19,6 +20,9 @@ const std::array kPaths = {kSettings, fuzzing::kPreferences + "com.apple.dock.pl
                            fuzzing::kPreferences + ".GlobalPreferences.plist"};
 constexpr std::array<std::int32_t, 4> kVersions = {0x1090, 0x1074, 0x1068, 0x1050};
 constexpr int kTabs = 4;
+constexpr int kMostActs = 8;
+/// A run of four has a log that is read, since the whole file is written to it several times.
+constexpr std::uint8_t kLogged = 64;
 
 void showEveryTab(PaneOnFakes& fakes) {
     for (int tab = kTabs - 1; tab >= 0; --tab) {
@@ -41,11 +45,12 @@ void requireKept(const fuzzing::StoredFile& file, const std::string& path) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzzing::Input input({data, size});
     const std::string& path = input.oneOf(kPaths);
-    const std::int32_t version = input.oneOf(kVersions);
+    const std::uint8_t choice = input.byte();
     fuzzing::Input script(input.part());
 
     PaneOnFakes fakes;
-    fakes.platform.systemVersion.version = version;
+    fakes.platform.systemVersion.version = kVersions[choice % kVersions.size()];
+    fakes.platform.log.isKept = choice < kLogged;
     fakes.platform.setPlist(fuzzing::kUtilities, dictionaryOf({{1, keys::selectedMenuItem},
                                                                {true, keys::driverEnable},
                                                                {arrayOf({"A"}), keys::currentDeviceType}}));
@@ -54,16 +59,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fakes.pane().willSelect();
 
     showEveryTab(fakes);
-    fakes.useEveryControl(script);
-    fakes.requireMirrors();
     fakes.platform.ports.peers[kTouchDisplayDriverPortName] = support::MemoryPorts::Peer::Answers;
-    while (!script.isEmpty()) {
+    for (int acts = 0; acts < kMostActs && !script.isEmpty(); ++acts) {
         fakes.act(script);
         fakes.requireMirrors();
     }
-    showEveryTab(fakes);
     requireKept(file, path);
     fakes.requireDecodablePayloads();
     fakes.pane().willUnselect();
     return 0;
+}
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
+                                               unsigned seed) {
+    fuzzing::Input input({data, size});
+    (void)input.byte(); // path
+    (void)input.byte(); // version
+    (void)input.part(); // script
+    return fuzzing::mutatePlist(data, size, maxSize, size - input.rest().size(), seed);
 }

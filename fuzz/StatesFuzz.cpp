@@ -5,7 +5,6 @@
 #include "fuzz/ExpectedPane.h"
 #include "fuzz/PaneOnFakes.h"
 #include "fuzz/Require.h"
-#include "support/FormStandIn.h"
 
 #include <algorithm>
 #include <array>
@@ -18,7 +17,6 @@ namespace fuzzing {
 namespace {
 
 using support::dictionaryOf;
-using support::outlet;
 
 const std::array<std::vector<std::string>, 7> kDeviceLists = {
     {{}, {"A"}, {"B"}, {"A", "B"}, {"B", "C", "A"}, {""}, {"", "A"}}};
@@ -52,6 +50,7 @@ public:
     explicit Walk(Input& input) : input_(input) {
         fakes_.platform.systemVersion.version = input_.oneOf(kVersions);
         fakes_.platform.ports.peers[kStatusBarPortName] = support::MemoryPorts::Peer::Answers;
+        fakes_.storeSettings();
         changeFile();
         fakes_.load();
         expected_.mainViewDidLoad();
@@ -259,7 +258,7 @@ private:
         const std::size_t count = expected_.shell.chooserTitles.size();
         if (expected_.shell.isChooserHidden || count == 0) return;
         const int index = static_cast<int>(input_.below(count));
-        outlet<platform::NSPopUpButton>(fakes_.pane(), "selectDeviceBtn_").performSelectItemAtIndex(index);
+        fakes_.pickDevice(index);
         expected_.pickDevice(index);
     }
 
@@ -270,7 +269,7 @@ private:
             fakes_.showTab(index);
             expected_.pickTabItem(index);
         } else {
-            outlet<platform::NSTabView>(fakes_.pane(), "tabView_").selectTabViewItemAtIndex(index);
+            fakes_.selectTab(index);
             expected_.pickTab(index);
         }
     }
@@ -279,7 +278,7 @@ private:
         if (expected_.shell.isStatusBarStateHidden) return;
         // While the utility takes its time to answer, messages come in that change both.
         expected_.clickStatusBox();
-        outlet<platform::NSButton>(fakes_.pane(), "statusBarState_").performClick();
+        fakes_.clickStatusBox();
         expected_.storeStatusBox();
     }
 

@@ -2,15 +2,24 @@
 
 #include "TDNames.h"
 #include "fuzz/PaneOnFakes.h"
+#include "fuzz/PlistMutator.h"
 #include "fuzz/StoredFile.h"
 
 #include <cstddef>
+
+namespace {
+
+constexpr int kMostActs = 16;
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzzing::Input input({data, size});
     fuzzing::Input script(input.part());
 
     fuzzing::PaneOnFakes fakes;
+    fakes.platform.log.isKept = false;
+    fakes.storeSettings();
     const fuzzing::StoredFile file(fakes.platform, fuzzing::kUtilities, input.rest());
     fakes.load();
     fakes.pane().willSelect();
@@ -25,16 +34,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
         fakes.requireMirrors();
     }
-    while (!script.isEmpty()) {
+    for (int acts = 0; acts < kMostActs && !script.isEmpty(); ++acts) {
         fakes.act(script);
         fakes.requireMirrors();
     }
     fakes.pane().willUnselect();
     fakes.pane().willSelect();
-    fakes.useEveryControl(script);
     fakes.pane().willUnselect();
 
     file.requireKept({keys::selectDeviceName, keys::selectedMenuItem, keys::isShowStatuMenu});
     fakes.requireDecodablePayloads();
     return 0;
+}
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
+                                               unsigned seed) {
+    fuzzing::Input input({data, size});
+    (void)input.part(); // script
+    return fuzzing::mutatePlist(data, size, maxSize, size - input.rest().size(), seed);
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "linux/PlistCoder.h"
 #include "platform/Application.h"
 #include "platform/Bundle.h"
 #include "platform/Files.h"
@@ -9,6 +8,7 @@
 #include "platform/SystemVersion.h"
 #include "support/FakeNibs.h"
 #include "support/MemoryPorts.h"
+#include "support/RememberingCoder.h"
 #include "support/ScriptedClock.h"
 #include "support/ScriptedRunLoop.h"
 
@@ -26,6 +26,9 @@ public:
     std::vector<std::string> lines;
     /// What is looked at when a line has just been written.
     std::function<void(std::string_view line)> duringWrite;
+    /// Whether lines are kept at all.
+    bool isKept = true;
+    [[nodiscard]] bool isRead() const override { return isKept; }
     void write(std::string_view line) override {
         lines.emplace_back(line);
         if (duringWrite) duringWrite(line);
@@ -139,7 +142,7 @@ public:
 
     RecordedLog log;
     MemoryFileManager files;
-    kelvo::PlistCoder propertyLists;
+    RememberingCoder propertyLists;
     MemoryBundle bundle;
     ScriptedRunLoop runLoop;
     ScriptedClock clock{runLoop};
