@@ -1,4 +1,4 @@
-"""The desk of the user who sits at the machine: a session on the seat with an X server in it, and programs there."""
+"""The desk of the user who sits at the machine: a session on the seat with a screen in it, and programs there."""
 
 import contextlib
 import functools
@@ -10,7 +10,8 @@ import subprocess
 import threading
 import time
 
-from listeners import XServer
+from listeners import Sway, XServer
+from nodes import has_udev_seen_all
 
 # How long anything may take in an emulated computer on a machine that has other things to do.
 PATIENCE_SECONDS = 90
@@ -23,9 +24,13 @@ RUNTIME = pathlib.Path(f"/run/user/{NUMBER}")
 WIDTH, HEIGHT = 1024, 768
 BOOT, *WORDS = pathlib.Path("/run/results/arguments").read_text(encoding="utf-8").splitlines()
 IS_LONG = "--long" in WORDS
+X_SOCKET, SWAY_SOCKET = pathlib.Path("/tmp/.X11-unix/X0"), RUNTIME / "sway"
 # Where the screen is, and what toolkits need not find out about it.
-SCREEN = {"DISPLAY": ":0", "XDG_SESSION_TYPE": "x11", "QT_QPA_PLATFORM": "xcb", "QT_XCB_GL_INTEGRATION": "none",
-          "GDK_BACKEND": "x11"}
+X_SCREEN = {"DISPLAY": ":0", "XDG_SESSION_TYPE": "x11", "QT_QPA_PLATFORM": "xcb", "QT_XCB_GL_INTEGRATION": "none",
+            "GDK_BACKEND": "x11"}
+SWAY_SCREEN = {"WAYLAND_DISPLAY": "wayland-1", "XDG_SESSION_TYPE": "wayland",
+               "QT_QPA_PLATFORM": "wayland", "GDK_BACKEND": "wayland", "SWAYSOCK": str(SWAY_SOCKET)}
+SCREEN = SWAY_SCREEN if BOOT == "sway" else X_SCREEN
 ENVIRONMENT = {
     "HOME": str(HOME), "USER": NAME, "LC_ALL": "C.UTF-8", "PATH": "/usr/bin:/bin", "XDG_RUNTIME_DIR": str(RUNTIME),
     "DBUS_SESSION_BUS_ADDRESS": f"unix:path={RUNTIME}/bus", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
@@ -110,40 +115,65 @@ def start_session(name, terminal, kind, *command):
          *command], check=True)
 
 
+def told_by_logind(path):
+    """What it tells whoever asks by its library: the values of a session or a seat."""
+    with contextlib.suppress(FileNotFoundError):
+        return dict(line.split("=", 1) for line in path.read_text(encoding="utf-8").splitlines() if "=" in line)
+    return {}
+
+
 def session_of(name):
     """The number of a user's session on the seat; none while it is not there yet."""
-    return next((words[0] for words in (line.split() for line in as_root("loginctl", "--no-legend").splitlines())
-                 if words[2] == name and words[3] == "seat0"), None)
+    for path in pathlib.Path("/run/systemd/sessions").glob("*[0-9]"):
+        session = told_by_logind(path)
+        if session.get("USER") == name and session.get("SEAT") == "seat0":
+            return path.name
+    return None
 
 
 def activate(name):
     """Brings a user's session to the front."""
     session = wait_for(lambda: session_of(name), f"the session of {name}")
     as_root("loginctl", "activate", session)
-    wait_for(lambda: as_root("loginctl", "show-seat", "seat0", "--property=ActiveSession", "--value").strip() == session,
-             f"the session of {name} to be active")
+    seat = pathlib.Path("/run/systemd/seats/seat0")
+    wait_for(lambda: told_by_logind(seat).get("ACTIVE") == session, f"the session of {name} to be active")
+
+
+def start_screen():
+    """The user's session, with what draws its screen, where it is not there yet."""
+    if session_of(NAME):
+        return
+    (start_sway if BOOT == "sway" else start_x)()
+    run("systemctl", "--user", "import-environment", *SCREEN)
 
 
 def start_x():
-    """The user's session, with the X server and a window manager, where it is not there yet."""
-    if session_of(NAME):
-        return
     start_session(NAME, 1, "x11", "/usr/lib/xorg/Xorg", ":0", "vt1", "-keeptty", "-nolisten", "tcp", "-noreset", "-ac",
                   "-logfile", "/dev/null", "-logverbose", "0", "-s", "0")
     wait_for((RUNTIME / "bus").exists, "the user's bus")
-    wait_for(pathlib.Path("/tmp/.X11-unix/X0").exists, "the X server's socket")
+    wait_for(X_SOCKET.exists, "the X server's socket")
     wait_for(is_screen_there, "the X server")
-    Program("openbox", "--sm-disable")
-    run("systemctl", "--user", "import-environment", *SCREEN)
+    # A window that is shown before it is there is never active.
+    Program("openbox", "--sm-disable", "--startup", "echo ready").wait_line("ready".__eq__, "the window manager")
+
+
+def start_sway():
+    """Without a graphics processor, and with no device yet that it could listen to."""
+    start_session(NAME, 1, "wayland", "/usr/bin/env", "WLR_RENDERER=pixman", "WLR_NO_HARDWARE_CURSORS=1",
+                  "WLR_LIBINPUT_NO_DEVICES=1", f"SWAYSOCK={SWAY_SOCKET}", "/usr/bin/sway", "--config",
+                  "/run/tests/machine/sway.conf")
+    wait_for((RUNTIME / "bus").exists, "the user's bus")
+    wait_for((RUNTIME / SCREEN["WAYLAND_DISPLAY"]).exists, "the compositor's socket")
+    wait_for(is_screen_there, "the compositor")
 
 
 @functools.cache
 def screen():
-    return XServer(SCREEN["DISPLAY"])
+    return Sway(str(SWAY_SOCKET)) if BOOT == "sway" else XServer(SCREEN["DISPLAY"])
 
 
 def is_screen_there():
-    with contextlib.suppress(ConnectionError):
+    with contextlib.suppress(ConnectionError, FileNotFoundError):
         screen()
         return True
     return False
@@ -156,10 +186,19 @@ def listened():
 
 def settle_devices():
     """The screen has heard of every device that came or went until now."""
-    as_root("udevadm", "settle")
-    # The X server hears of one for each time that it looks around.
+    wait_for(has_udev_seen_all, "udev to look at every device")
+    # It hears of one for each time that it looks around.
     for _ in range(20):
         listened()
+
+
+def turn_output(degrees):
+    """Has the desktop turn the picture clockwise on the only output there is."""
+    if BOOT == "sway":
+        screen().do(f"output * transform {degrees}")
+        return
+    output = next(line.split()[0] for line in run("xrandr").splitlines() if " connected" in line)
+    run("xrandr", "--output", output, "--rotate", {0: "normal", 90: "right", 180: "inverted", 270: "left"}[degrees])
 
 
 def process_of(unit):
@@ -177,19 +216,22 @@ class Eyes(Program):
     def __init__(self, program):
         super().__init__("/usr/bin/python3", "-B", "/run/tests/machine/eyes.py", program.process.pid)
 
-    def look(self, verb, name):
-        answer = json.loads(self.ask(json.dumps([verb, name])))
+    def look(self, name, role=""):
+        """What a widget tells of itself, once it is on the screen."""
+        answer = json.loads(self.ask(json.dumps([role, name])))
         if "error" in answer:
             raise AssertionError(answer["error"])
         return answer["found"]
 
-    def place_of(self, name):
+    def place_of(self, name, role=""):
         """The middle of the widget, as a place on the glass that the screen fills."""
-        x, y, width, height = self.look("place", name)
+        x, y, width, height = self.look(name, role)["place"]
         return (x + width / 2) / WIDTH, (y + height / 2) / HEIGHT
 
-    def is_checked(self, name):
-        return self.look("checked", name)
+
+def show(title):
+    """Brings the user's window of that title to the front."""
+    run("xdotool", "search", "--onlyvisible", "--name", title, "windowactivate", "--sync")
 
 
 def write_preferences(name, contents):

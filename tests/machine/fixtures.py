@@ -18,6 +18,13 @@ SERVICE = "kelvo-touch-devices.service"
 # Corners, edges and the middle, a finger's breadth from where there is no glass.
 PLACES = [(x, y) for y in (0.002, 0.5, 0.998) for x in (0.002, 0.5, 0.998)]
 LEFT, RIGHT = 1, 3
+# Where a place of the glass is on a picture that is turned so many degrees.
+TURNS = {90: lambda x, y: (y, 1 - x), 180: lambda x, y: (1 - x, 1 - y), 270: lambda x, y: (1 - y, x),
+         0: lambda x, y: (x, y)}
+# Off the diagonals, so that each turn lands elsewhere.
+PLACE = (0.2, 0.1)
+# What one finger is passed on as, and what tells that it has been.
+MODES = (("pointer", "release"), ("touch", "touch end"))
 # The right button as the toolkit of the other window calls it.
 QT_RIGHT = 2
 
@@ -32,14 +39,25 @@ class Felt(unittest.TestCase):
     # Of a kind whose fingers stay down however long the next report takes.
     model = ELO
     program = FELT
+    felt, shown = None, ()
 
     @classmethod
     def setUpClass(cls):
-        desk.start_x()
-        cls.felt = cls.enterClassContext(desk.Program(*cls.program))
-        cls.felt.wait_line(lambda line: "shown" in line, "the window that feels")
+        desk.start_screen()
+        cls.show_window()
         cls.panel = cls.enterClassContext(Panel(cls.model))
         desk.wait_for(lambda: cls.model.name in desk.listened(), "the display among those that the screen listens to")
+
+    @classmethod
+    def show_window(cls):
+        """It stays until another one is wanted: to start one takes long."""
+        if Felt.shown == cls.program and Felt.felt.process.poll() is None:
+            return
+        if Felt.felt:
+            Felt.felt.__exit__()
+        Felt.felt, Felt.shown = desk.Program(*cls.program), ()
+        cls.felt.wait_line(lambda line: "shown" in line, "the window that feels")
+        Felt.shown = cls.program
 
     def setUp(self):
         self.start = len(self.felt.lines)
@@ -109,6 +127,8 @@ class WithDriver(Felt):
         desk.write_preferences(f"Settings_{cls.model.name}.plist", cls.settings)
         start_driver()
         cls.addClassCleanup(desk.run, "systemctl", "--user", "stop", DRIVER)
+        # First: the devices of a display that outlives its driver are made anew, which takes the screen long.
+        cls.addClassCleanup(lambda: cls.panel.unplug())
         cls.wait_driver()
 
     @classmethod
@@ -171,14 +191,14 @@ class AsPointer(WithDriver):
         """By now the driver has given the display up, which it does when it reads that the last finger has left."""
         desk.wait_for(lambda: self.is_tap_felt("touch end"), "a tap to be a touch where it is")
 
-    def is_tap_felt(self, name, place=(0.6, 0.4), patience_seconds=3):
+    def is_tap_felt(self, name, place=(0.6, 0.4), felt_at=None, patience_seconds=3):
         self.begin_anew()
         self.panel.tap(place)
         end = time.monotonic() + patience_seconds
         while time.monotonic() < end:
             if name in self.names():
                 first = (self.clicks() or self.touches())[0]
-                x, y = pixel_of(place)
+                x, y = pixel_of(felt_at or place)
                 return max(abs(first["x"] - x), abs(first["y"] - y)) <= 1
             time.sleep(0.05)
         return False

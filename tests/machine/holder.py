@@ -1,7 +1,7 @@
 """A program that asks the system service for displays as a driver does, and tries what it was given. Takes lines of
-JSON on standard input: ["displays"], ["open", ID], ["read", INDEX] and ["write", INDEX, TYPE, CODE, VALUE], of which 0
-is the display and 1 to 4 are its virtual devices. Answers each by a line of JSON: what was found, or the name of the
-error."""
+JSON on standard input: ["displays"], ["open", ID], ["read", INDEX], ["write", INDEX, TYPE, CODE, VALUE], of which 0 is
+the display and 1 to 4 are its virtual devices, and ["leave"], by which it leaves the bus until it is asked again.
+Answers each by a line of JSON: what was found, or the name of the error."""
 
 import fcntl
 import json
@@ -22,12 +22,24 @@ PATIENCE_MILLISECONDS = 60000
 
 class Holder:
     def __init__(self):
+        self.bus = None
+        self.files = []
+
+    def connect(self):
         flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
         address = os.environ.get("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/run/dbus/system_bus_socket")
-        self.bus = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+        return Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+
+    def leave(self):
+        if self.bus:
+            self.bus.close_sync(None)
+        self.bus = None
+        for file in self.files:
+            os.close(file)
         self.files = []
 
     def call(self, method, *arguments):
+        self.bus = self.bus or self.connect()
         return self.bus.call_with_unix_fd_list_sync(NAME, PATH, NAME, method, *arguments, None,
                                                     Gio.DBusCallFlags.NONE, PATIENCE_MILLISECONDS, None, None)
 

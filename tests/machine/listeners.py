@@ -2,6 +2,9 @@
 would keep a small computer from what the answer is waited for."""
 
 import ctypes
+import json
+import socket
+import struct
 
 
 class XServer:
@@ -29,3 +32,36 @@ class XServer:
         found = [devices[index].name.decode() for index in range(count.value) if devices[index].is_enabled]
         self.xinput.XIFreeDeviceInfo(devices)
         return found
+
+
+class Sway:
+    """By the compositor's own socket."""
+
+    MAGIC, HEADER = b"i3-ipc", struct.Struct("=II")
+    RUN_COMMAND, GET_INPUTS = 0, 100
+
+    def __init__(self, path):
+        self.stream = socket.socket(socket.AF_UNIX)
+        try:
+            self.stream.connect(path)
+        except OSError:
+            self.stream.close()
+            raise
+
+    def names(self):
+        return [each["name"] for each in self.ask(self.GET_INPUTS)]
+
+    def do(self, command):
+        """One of its own commands."""
+        (answer,) = self.ask(self.RUN_COMMAND, command)
+        if not answer["success"]:
+            raise ValueError(answer["error"])
+
+    def ask(self, kind, words=""):
+        payload = words.encode()
+        self.stream.sendall(self.MAGIC + self.HEADER.pack(len(payload), kind) + payload)
+        length, _ = self.HEADER.unpack(self.read(len(self.MAGIC) + self.HEADER.size)[len(self.MAGIC):])
+        return json.loads(self.read(length))
+
+    def read(self, length):
+        return self.stream.recv(length, socket.MSG_WAITALL)

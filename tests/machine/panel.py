@@ -6,13 +6,13 @@ import os
 import pathlib
 import select
 import struct
-import subprocess
 import threading
 import time
 
 import evdev
 from descriptors import (CONFIDENCE, CONTACT_COUNT, CONTACT_ID, CONTACT_MAX, FEATURE, IN_RANGE, INPUT, PRESSURE,
                          SCAN_TIME, TIP_SWITCH, TOUCH_SCREEN, X, Y, parse)
+from nodes import has_udev_seen_all, told_by_udev
 from panels import USB
 
 DESTROY, GET_REPORT, GET_REPORT_REPLY, CREATE, INPUT_REPORT, SET_REPORT, SET_REPORT_REPLY = 1, 9, 10, 11, 12, 13, 14
@@ -87,7 +87,8 @@ class Panel(contextlib.AbstractContextManager):
             devices = [path.parent for path in pathlib.Path("/sys/devices/virtual/misc/uhid").glob("*/uevent")
                        if f"HID_PHYS={self.address}\n" in path.read_text()]
             nodes = sorted(node.name for device in devices for node in device.glob("input/input*/event*"))
-        subprocess.run(["udevadm", "settle"], check=True)
+        while not has_udev_seen_all() and time.monotonic() < deadline:
+            time.sleep(0.05)
         return [f"/dev/input/{name}" for name in nodes]
 
     def touch_node(self):
@@ -97,9 +98,7 @@ class Panel(contextlib.AbstractContextManager):
 
     @staticmethod
     def is_touch_screen(node):
-        properties = subprocess.run(["udevadm", "info", "--query=property", node], check=True, capture_output=True,
-                                    text=True).stdout
-        if "ID_INPUT_TOUCHSCREEN=1\n" not in properties:
+        if "E:ID_INPUT_TOUCHSCREEN=1" not in told_by_udev(node):
             return False
         device = evdev.InputDevice(node)
         with contextlib.closing(device):
@@ -173,16 +172,20 @@ class Panel(contextlib.AbstractContextManager):
         self.lift()
 
     def drag(self, start, end, seconds=0.3, number=0):
-        """One finger from place to place, in as many frames as fit the time."""
+        """One finger from place to place."""
         self.glide({number: start}, {number: end}, seconds)
         self.lift()
 
     def glide(self, starts, ends, seconds):
-        """Fingers that move together, and stay down."""
+        """Fingers that move together, and stay down. A frame that is late makes them slower: ones that catch up would
+        jump. Gives the longest time between two frames."""
         steps = max(1, round(seconds / FRAME_SECONDS))
-        began = time.monotonic()
+        longest, told = 0.0, time.monotonic()
         for step in range(steps + 1):
             part = step / steps
             self.move({number: tuple(a + (b - a) * part for a, b in zip(starts[number], ends[number]))
                        for number in starts})
-            time.sleep(max(0, began + (step + 1) * FRAME_SECONDS - time.monotonic()))
+            now = time.monotonic()
+            longest, told = max(longest, now - told), now
+            time.sleep(FRAME_SECONDS)
+        return longest

@@ -14,6 +14,8 @@ import desk
 
 # Longer than any case takes, but the one that is played for ten minutes.
 HANGS_SECONDS = 900 if desk.IS_LONG else 300
+# What holds on every desktop, and what is tried on one.
+FOLDERS = {"xorg": ("desktop", "xorg"), "sway": ("desktop", "sway"), "window": ("window",)}
 RESULTS = pathlib.Path("/run/results")
 sys.path.append("/run/tests/support")
 
@@ -31,6 +33,12 @@ def write_journal(path):
     """What kernel, services and programs said until now."""
     with open(path, "w", encoding="utf-8") as journal:
         subprocess.run(["journalctl", "--no-pager", "--output=short-monotonic"], stdout=journal, check=False)
+
+
+def take_picture(path):
+    """Of the screen; none where there is none yet."""
+    command = ["grim"] if desk.BOOT == "sway" else ["import", "-window", "root"]
+    subprocess.run([*command, path], check=False, capture_output=True, timeout=60, env=desk.ENVIRONMENT)
 
 
 class Result(unittest.TestResult):
@@ -73,8 +81,7 @@ class Result(unittest.TestResult):
         print(f"FAILED: {sentence_of(test)}\n{trace}", file=self.port)
         name = getattr(test, "_testMethodName", "preparation")
         write_journal(RESULTS / f"{name}.journal")
-        subprocess.run(["import", "-display", ":0", "-window", "root", RESULTS / f"{name}.png"], check=False,
-                       capture_output=True, timeout=60)
+        take_picture(RESULTS / f"{name}.png")
 
 
 def sentence_of(test):
@@ -84,13 +91,21 @@ def sentence_of(test):
 def cases_of(boot, words):
     """The cases whose names have one of the words in them, or all."""
     cases = unittest.TestSuite()
-    # What holds on every desktop, and what is tried on one.
-    for folder in ("desktop", boot):
+    for folder in FOLDERS[boot]:
         loader = unittest.TestLoader()
         if words:
             loader.testNamePatterns = [f"*{word}*" for word in words]
         cases.addTests(loader.discover(str(pathlib.Path(__file__).parent / folder), "*_cases.py"))
-    return cases
+    # Those that need the same window one after the other: to start one takes long.
+    return unittest.TestSuite(sorted(each_of(cases), key=lambda case: getattr(case, "program", ())))
+
+
+def each_of(cases):
+    for case in cases:
+        if isinstance(case, unittest.TestSuite):
+            yield from each_of(case)
+        else:
+            yield case
 
 
 def main(port):

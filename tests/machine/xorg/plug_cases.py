@@ -1,13 +1,14 @@
-"""What the kernel and udev make of touch displays of different kinds."""
+"""What the kernel, udev and the X server make of touch displays of different kinds."""
 
 import unittest
 
 from evdev import ecodes
 
+import desk
 from desk import wait_for
 from nodes import Reader
 from panel import Panel
-from panels import MODELS
+from panels import ELAN, MODELS
 
 X, Y = ecodes.ABS_MT_POSITION_X, ecodes.ABS_MT_POSITION_Y
 
@@ -22,6 +23,12 @@ class Plugged(unittest.TestCase):
                     axes = [reader.device.absinfo(code) for code in (X, Y)]
                     self.assert_size(axes, model.size_mm)
                     self.assert_fingers(panel, reader, *(axis.max for axis in axes))
+
+    def test_the_x_server_knows_the_display_as_a_touch_screen(self):
+        desk.start_screen()
+        with Panel(ELAN):
+            wait_for(lambda: ELAN.name in desk.listened(), "the display among those that the screen listens to")
+            self.assertIn("Touch mode: direct", desk.run("xinput", "list", "--long", ELAN.name))
 
     def assert_size(self, axes, size_mm):
         sizes = [(axis.max - axis.min) / axis.resolution if axis.resolution else None for axis in axes]
