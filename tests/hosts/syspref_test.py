@@ -23,8 +23,8 @@ SIMULATOR = f"{BUILD}/bin/kelvo-touch-driver-sim"
 HOST = "SystemPreferences"
 WINDOW = "System Preferences"
 CONFIGURATION = pathlib.Path("/etc/GNUstep/GNUstep.conf")
-# From the window's corner: the first icon among all panes, and a place with nothing to click.
-ICON = (50, 140)
+# From the window's corner: the icon of the only pane, and a place with nothing to click.
+ICON = (50, 55)
 ICONS_HEIGHT = 450
 NOTHING = (580, 20)
 # After which an act that has had no effect is repeated, as a user does whom the window manager kept the focus from.
@@ -81,10 +81,13 @@ class Preferences:
         library = world.folder / "GNUstep/Library"
         (library / "Bundles").mkdir(parents=True)
         (library / "Bundles" / BUNDLE.name).symlink_to(bundle)
+        machines = self.library_without_panes()
         configuration = world.folder / "GNUstep.conf"
         configuration.write_text(CONFIGURATION.read_text(encoding="utf-8")
                                  + "\nGNUSTEP_USER_CONFIG_FILE=.none\nGNUSTEP_USER_DIR_LIBRARY=./GNUstep/Library\n"
-                                 + "GNUSTEP_USER_DEFAULTS_DIR=./GNUstep/Defaults\n", encoding="utf-8")
+                                 + "GNUSTEP_USER_DEFAULTS_DIR=./GNUstep/Defaults\n"
+                                 + "".join(f"GNUSTEP_{domain}_LIBRARY={machines}\n"
+                                           for domain in ("SYSTEM", "NETWORK", "LOCAL")), encoding="utf-8")
         # Its applications meet in the folder for temporary files: one that runs there is not started twice.
         meeting_place = world.folder / "tmp"
         meeting_place.mkdir(mode=0o700)
@@ -99,6 +102,17 @@ class Preferences:
         self.process = world.start("env", PRELOAD, HOST, "-GSSuppressAppIcon", "YES", *arguments)
         self.log = Lines(self.process.stderr)
         self.life = PaneLife(world, HOST, self.log)
+
+    def library_without_panes(self):
+        """The machine's library as it is, but for its panes, among which ours has another place in each release."""
+        real = pathlib.Path(subprocess.run(["gnustep-config", "--variable=GNUSTEP_SYSTEM_LIBRARY"], text=True,
+                                           capture_output=True, check=True).stdout.strip())
+        library = self.world.folder / "System"
+        (library / "Bundles").mkdir(parents=True)
+        for each in [*real.iterdir(), *(real / "Bundles").iterdir()]:
+            if each.name != "Bundles" and each.suffix != ".prefPane":
+                (library / each.relative_to(real)).symlink_to(each)
+        return library
 
     def places(self):
         """What can be seen of the application: (kind, text, x, y, width, height) each."""
@@ -402,7 +416,7 @@ class SystemPreferences(unittest.TestCase):
     def test_names_both_sides_of_a_form_that_does_not_fit(self):
         bundle = self.world.folder / "Misfit" / BUNDLE.name
         shutil.copytree(BUNDLE, bundle)
-        self.world.environment["LD_LIBRARY_PATH"] = str(BUNDLE.parents[2])
+        self.world.environment["LD_LIBRARY_PATH"] = f"{BUILD}/lib"
         info = bundle / "Resources/Info-gnustep.plist"
         contents = plistlib.loads(info.read_bytes())
         contents["KelvoPane"] = os.path.relpath(BUNDLE / contents["KelvoPane"], bundle)
