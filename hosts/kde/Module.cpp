@@ -1,5 +1,6 @@
 #include "hosts/QtHostPlatform.h"
 #include "hosts/kde/PaneView.h"
+#include "qt/MenuPlaceNote.h"
 #include "qt/ShownDisplay.h"
 
 #include <KCModule>
@@ -44,9 +45,11 @@ std::unique_ptr<QWidget> makePaneView() {
     // Not the view, so that sheets stay with the pane.
     if (QWidget* const form = view->form()) {
         loaded->host->application().setWindow(*form);
-        // The form owns it.
+        // The form owns what stands beside its pane.
         const std::string folder = kelvo::panePreferenceFolder(loaded->host->bundle());
         static_cast<void>(std::make_unique<kelvo::ShownDisplay>(*form, folder).release());
+        auto menuPlace = std::make_unique<kelvo::MenuPlaceNote>(*form);
+        menuPlace.release()->ask(QDBusConnection::sessionBus());
     }
     return view;
 }

@@ -1,5 +1,4 @@
 #include "hosts/QtHostPlatform.h"
-#include "hosts/window/MenuPlaceNote.h"
 #include "hosts/window/Options.h"
 #include "hosts/window/PaneWindow.h"
 #include "hosts/window/SingleInstance.h"
@@ -7,6 +6,7 @@
 #include "linux/TerminationSignals.h"
 #include "qt/DesktopColours.h"
 #include "qt/FormTexts.h"
+#include "qt/MenuPlaceNote.h"
 #include "qt/ShownDisplay.h"
 
 #include <QApplication>

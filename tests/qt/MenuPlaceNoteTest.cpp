@@ -1,4 +1,5 @@
-#include "hosts/window/MenuPlaceNote.h"
+#include "qt/MenuPlaceNote.h"
+
 #include "qt/FakeTray.h"
 #include "support/PrivateBus.h"
 
@@ -100,7 +101,7 @@ TEST_F(MenuPlaceNoteTest, NothingIsSaidWhereThereIsNoSwitch) {
 }
 
 TEST_F(MenuPlaceNoteTest, WindowsWithoutSwitchOrNoteStayAsTheyAre) {
-    const QWidget empty;
+    QWidget empty;
     MenuPlaceNote note(empty);
     note.ask(connectionNamed("asking"));
     openTray();

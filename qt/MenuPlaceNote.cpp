@@ -1,11 +1,12 @@
-#include "hosts/window/MenuPlaceNote.h"
+#include "qt/MenuPlaceNote.h"
 
 #include <QEvent>
 
 namespace kelvo {
 
-MenuPlaceNote::MenuPlaceNote(const QWidget& window)
-    : menuSwitch_(window.findChild<QWidget*>(QStringLiteral("statusBarState_"))),
+MenuPlaceNote::MenuPlaceNote(QWidget& window)
+    : QObject(&window),
+      menuSwitch_(window.findChild<QWidget*>(QStringLiteral("statusBarState_"))),
       note_(window.findChild<QWidget*>(QStringLiteral("noPlaceForMenu"))) {
     if (menuSwitch_) menuSwitch_->installEventFilter(this);
     connect(&tray_, &StatusTray::told, this, [this](bool isThere) {
