@@ -78,7 +78,10 @@ void showEnabled(QWidget& widget, const NSControl& control) { widget.setEnabled(
 
 void showFrame(QWidget& widget, const NSView& view) {
     const QWidget& parent = *widget.parentWidget();
-    widget.setGeometry(mirroredIn(parent, geometryFromFrame(view.frame(), parent.height())));
+    QRect geometry = geometryFromFrame(view.frame(), parent.height());
+    // The program does not know that a row had to be narrower than it was made.
+    geometry.setRight(std::min(geometry.right(), std::max(parent.rect().right(), geometry.left())));
+    widget.setGeometry(mirroredIn(parent, geometry));
 }
 
 void showPictured(PictogramView& view, const NSPopUpButton& popUp) {

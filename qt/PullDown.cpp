@@ -14,6 +14,13 @@
 
 namespace kelvo {
 
+namespace {
+
+/// Of the usual font, for a title that has too little room: it is still read, and what does not fit then ends in "…".
+constexpr double kSmallestFont = 0.5;
+
+} // namespace
+
 PullDown::PullDown(QWidget* parent) : QComboBox(parent) { setFocusPolicy(Qt::StrongFocus); }
 
 void PullDown::setTitle(const QString& title) {
@@ -40,6 +47,10 @@ int PullDown::widthFor(const QString& title) const {
     return probe.width() - textRectIn(probe).width() + textWidthOf(title);
 }
 
+int PullDown::leastWidthFor(const QString& title) const {
+    return widthFor(title) - static_cast<int>(textWidthOf(title) * (1.0 - kSmallestFont));
+}
+
 // One pixel more, since advances are rounded.
 int PullDown::textWidthOf(const QString& title) const { return fontMetrics().horizontalAdvance(title) + 1; }
 
@@ -63,12 +74,16 @@ void PullDown::paintEvent(QPaintEvent*) {
         drawBareTitle();
         return;
     }
+    const QRect place = titleRect();
+    const QFont font = fontFor(place.width());
     QStyleOptionComboBox option;
     initStyleOption(&option);
-    option.currentText = title_;
+    option.fontMetrics = QFontMetrics(font);
+    option.currentText = option.fontMetrics.elidedText(title_, Qt::ElideRight, place.width());
     option.currentIcon = {};
     if (!hasArrow_) option.subControls &= ~QStyle::SC_ComboBoxArrow;
     QStylePainter painter(this);
+    painter.setFont(font);
     painter.drawComplexControl(QStyle::CC_ComboBox, option);
     painter.drawControl(QStyle::CE_ComboBoxLabel, option);
 }
@@ -107,19 +122,37 @@ QRect PullDown::textRectIn(const QRect& rect) const {
         .adjusted(1, 0, -1, 0);
 }
 
-void PullDown::drawBareTitle() {
-    QStylePainter painter(this);
-    // It stands in line with the titles of those that have a border, and may go on where their arrow is.
+/// Where its title stands. Without a border it is in line with those that have one, and may go on where their arrow is.
+QRect PullDown::titleRect() const {
     QRect place = textRectIn(rect());
+    if (isBordered_) return place;
     if (isRightToLeft()) {
         place.setLeft(rect().left());
     } else {
         place.setRight(rect().right());
     }
+    return place;
+}
+
+/// The usual font, or the largest smaller one in which the title fits into `room`.
+QFont PullDown::fontFor(int room) const {
+    QFont fitting = font();
+    const int needed = textWidthOf(title_);
+    if (needed <= room) return fitting;
+    const double factor = std::max(static_cast<double>(room) / needed, kSmallestFont);
+    fitting.setPixelSize(std::max(static_cast<int>(fontInfo().pixelSize() * factor), 1));
+    return fitting;
+}
+
+void PullDown::drawBareTitle() {
+    const QRect place = titleRect();
+    QStylePainter painter(this);
+    painter.setFont(fontFor(place.width()));
+    const QString shown = painter.fontMetrics().elidedText(title_, Qt::ElideRight, place.width());
     const Qt::Alignment side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft);
     // Higher up it is nearer to what it belongs to than to what comes next.
     painter.drawItemText(place, static_cast<int>(Qt::AlignTop | side) | Qt::TextSingleLine, palette(), isEnabled(),
-                         title_, QPalette::WindowText);
+                         shown, QPalette::WindowText);
 }
 
 } // namespace kelvo

@@ -31,6 +31,8 @@ public:
     [[nodiscard]] int frameWidthFor(const QString& title) const;
     /// How wide it has to be to show `title` whole.
     [[nodiscard]] int widthFor(const QString& title) const;
+    /// How wide it has to be to show `title` whole in the smallest font that it takes where it is narrower than that.
+    [[nodiscard]] int leastWidthFor(const QString& title) const;
     /// The width of `title` alone.
     [[nodiscard]] int textWidthOf(const QString& title) const;
 
@@ -44,6 +46,8 @@ protected:
 
 private:
     [[nodiscard]] QRect textRectIn(const QRect& rect) const;
+    [[nodiscard]] QRect titleRect() const;
+    [[nodiscard]] QFont fontFor(int room) const;
     void drawBareTitle();
     void prepareMenu();
 

@@ -61,6 +61,12 @@ QRect movedWithItsColumn(QRect geometry, const std::map<int, int>& offsets) {
     return geometry;
 }
 
+/// A column of its own that is still too wide gets what there is, down to what its widget can do with.
+QRect narrowedTo(int room, const QWidget& widget, QRect geometry) {
+    geometry.setWidth(std::min(geometry.width(), std::max(room - geometry.x(), widget.minimumWidth())));
+    return geometry;
+}
+
 /// Of `views`, whose last one is in front, shows at each place the first one from there that is not hidden itself.
 void showWhatIsInFront(const std::vector<Framed>& views) {
     std::set<std::pair<int, int>> taken;
@@ -155,7 +161,9 @@ void ShownSubviews::arrange() {
         const int room = area->viewport()->width();
         const auto offsets = offsetsOfColumns(views, room);
         if (!offsets.empty()) held.setWidth(std::min(held.width(), room));
-        for (Framed& each : views) each.geometry = movedWithItsColumn(each.geometry, offsets);
+        for (Framed& each : views) {
+            each.geometry = narrowedTo(room, *each.widget, movedWithItsColumn(each.geometry, offsets));
+        }
     }
     for (const Framed& each : views) held |= each.geometry;
     const QRect whole(QPoint(0, 0), held.bottomRight());

@@ -123,6 +123,34 @@ TEST_F(PullDownTest, WithoutBorderAndArrowItIsTextOnWhateverLiesBeneath) {
     EXPECT_EQ(bare, beneath);
 }
 
+TEST_F(PullDownTest, TitleWithTooLittleRoomIsSetSmallerAndStillWhole) {
+    const QString title = QStringLiteral("|||||||||||||||||||||||||||||||||||||||||||||||||");
+    model_.cell().setBordered(false);
+    model_.cell().setArrow(false);
+    model_.setTitle(title.toStdString());
+    const auto columnsOfInk = [&](int width) {
+        widget_.setFixedWidth(width);
+        const QImage shown = widget_.grab().toImage().convertToFormat(QImage::Format_Grayscale8);
+        std::vector<int> columns;
+        for (int x = 0; x < shown.width(); ++x) {
+            for (int y = 0; y < shown.height(); ++y) {
+                if (qGray(shown.pixel(x, y)) < 200 && (columns.empty() || columns.back() != x)) columns.push_back(x);
+            }
+        }
+        return columns;
+    };
+    const std::vector<int> usual = columnsOfInk(widget_.widthFor(title));
+    const int narrow = (widget_.widthFor(title) + widget_.leastWidthFor(title)) / 2;
+    const std::vector<int> narrowed = columnsOfInk(narrow);
+
+    ASSERT_FALSE(usual.empty());
+    ASSERT_FALSE(narrowed.empty());
+    EXPECT_LT(narrowed.back(), narrow - 1);
+    EXPECT_LT(narrowed.back() - narrowed.front(), usual.back() - usual.front());
+    // Were it cut off or ended in dots, the last stroke would be further from the edge or missing.
+    EXPECT_GT(narrowed.back() - narrowed.front(), (usual.back() - usual.front()) / 2);
+}
+
 TEST_F(PullDownTest, TitlesWidthAndTheProgramsMarginShowTheTitleWhole) {
     model_.setTitle("Scroll left or right with two fingers");
     const double width = model_.cell().attributedTitleWidth();

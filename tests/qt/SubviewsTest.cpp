@@ -274,6 +274,20 @@ TEST_F(SubviewsTest, ColumnsStandBelowEachOtherWhereTheyDoNotFitSideBySide) {
     EXPECT_EQ(area_.width(), 430);
 }
 
+TEST_F(SubviewsTest, RowThatIsWiderThanTheAreaGetsWhatThereIsDownToItsLeast) {
+    const Row& row = put({10.0, 270.0, 800.0, 30.0});
+    const Row& demanding = put({10.0, 240.0, 800.0, 30.0});
+    demanding.widget->setMinimumWidth(700);
+    letProgramEnd();
+    EXPECT_EQ(row.widget->geometry(), QRect(10, 0, scroller_.viewport()->width() - 10, 30));
+    EXPECT_EQ(demanding.widget->width(), 700);
+
+    form_.resize(1000, 200);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(row.widget->geometry(), QRect(10, 0, 800, 30));
+    EXPECT_EQ(demanding.widget->width(), 800);
+}
+
 TEST_F(SubviewsTest, HoweverManyRowsComeChangeAndGoAtOnceTheAreaGrowsAndShrinksOnce) {
     constexpr int kRows = 200;
     const Disturbances ofArea(area_);
@@ -365,6 +379,15 @@ TEST_F(FrameTest, ComesFromTheFormAndThenFollowsTheProgram) {
 
     model_.setFrame({18.0, 50.0, 90.5, 40.0});
     EXPECT_EQ(check_.geometry(), QRect(18, 10, 91, 40));
+}
+
+TEST_F(FrameTest, IsNotShownBeyondWhatItStandsIn) {
+    bind();
+    show();
+    box_.setFixedSize(70, 100);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(check_.geometry(), QRect(20, 10, 50, 40));
+    EXPECT_EQ(model_.frame().width, 80.0);
 }
 
 TEST_F(FrameTest, OfAWidgetInALayoutIsTheLayouts) {
