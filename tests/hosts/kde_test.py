@@ -14,7 +14,7 @@ import dbus
 
 from hosts import PANE, PaneLife
 from peers import LatePeer, Lines, Peer, wait_until
-from screen import wait_for
+from screen import Atspi, middle_of, wait_for
 from stage import OnStage
 
 BUILD, PLUGIN_FOLDER, PRELOAD, MAJOR = sys.argv[1:5]
@@ -30,7 +30,9 @@ DISPLAY = "Kelvo 24"
 TAB_POP_UP = "Page:"
 NORMAL_SPEED = "Normal speed"
 APOLOGY = "The touchscreen settings cannot be shown."
-TOUCH_TAB, VERSION_TAB = 1, 3
+TOUCH_TAB, ROTATION_TAB, VERSION_TAB = 1, 2, 3
+SHEET = "Rotate touch input?"
+NO_PLACE = "This desktop shows no status icons"
 
 
 class Host(OnStage):
@@ -149,6 +151,13 @@ class KcmShell(Host):
     def test_handles_a_click_as_soon_as_the_wait_is_over(self):
         self.handle_what_was_done_during_a_wait(KCMSHELL)
 
+    def test_says_that_the_desktop_has_no_place_for_the_menu(self):
+        self.world.set_utilities(DISPLAY)
+        self.start_host(KCMSHELL, MODULE)
+
+        self.screen.wait_shown(NO_PLACE)
+        self.close()
+
     def test_says_why_there_is_no_pane(self):
         folder = self.world.folder / "incomplete"
         for place, files in ((PLUGIN_FOLDER, f"{MODULE}.so"), ("lib", "libkelvo-touch-platform.so")):
@@ -176,6 +185,50 @@ class SystemSettings(Host):
 
         self.lead_through_its_life(leave=lambda: self.go_to(OTHER_MODULE), come_back=lambda: self.go_to(MODULE),
                                    steps_of_coming_back=["mainViewDidLoad", "willSelect"])
+
+    def go_to_by_the_sidebar(self, name):
+        entry = wait_for(lambda: self.screen.shown(name, Atspi.Role.LIST_ITEM), f"\"{name}\" in the sidebar")
+        # The sidebar counts places from its own corner, which is the window's.
+        window = self.screen.shown("", Atspi.Role.FRAME).get_extents(Atspi.CoordType.SCREEN)
+        x, y = middle_of(entry.get_extents(Atspi.CoordType.SCREEN))
+        self.screen.point_at((window.x + x, window.y + y), "click", "1")
+
+    @unittest.skipIf(MAJOR == "5", "the entries of its sidebar are not told to assistive technology")
+    def test_is_left_and_come_back_to_by_the_sidebar(self):
+        self.start_driver()
+        self.start_host(SYSTEM_SETTINGS, MODULE)
+
+        self.lead_through_its_life(leave=lambda: self.go_to_by_the_sidebar("Default Applications"),
+                                   come_back=lambda: self.go_to_by_the_sidebar("Kelvo Touch Display"),
+                                   steps_of_coming_back=["mainViewDidLoad", "willSelect"])
+
+    def ask_for_a_rotation(self):
+        self.screen.click("90°")
+        self.screen.wait_shown(SHEET)
+
+    def test_may_be_left_with_the_alert_open(self):
+        self.world.set_utilities(DISPLAY, SelectedMenuItem=ROTATION_TAB)
+        visit = ["mainViewDidLoad", "willSelect"]
+        with Peer(self.world, DRIVER) as driver:
+            self.start_host(SYSTEM_SETTINGS, MODULE)
+            self.life.expect(*visit)
+            self.ask_for_a_rotation()
+            self.go_to(OTHER_MODULE)
+            self.life.expect(*visit, "willUnselect")
+            self.screen.wait_gone(SHEET)
+            self.go_to(MODULE)
+            self.life.expect(*visit, "willUnselect", *visit)
+            self.assertTrue(self.screen.state_of("0°", Atspi.StateType.CHECKED))
+            self.ask_for_a_rotation()
+            self.assertEqual(driver.received, [])
+            self.screen.keys("Return")
+            wait_until(lambda: driver.received, "the driver to hear of the rotation")
+            self.assertEqual([(number, plistlib.loads(data)) for number, data in driver.received],
+                             [(3, {"RotateMode": 1, "DeviceName": DISPLAY})])
+        wait_for(lambda: self.screen.output_of("xdotool", "getactivewindow").strip() == self.screen.window,
+                 "the keyboard to be the window's again")
+        self.close()
+        self.life.expect(*visit, "willUnselect", *visit, "willUnselect")
 
     def test_handles_a_click_as_soon_as_the_wait_is_over(self):
         self.handle_what_was_done_during_a_wait(SYSTEM_SETTINGS)

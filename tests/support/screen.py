@@ -145,8 +145,9 @@ class Screen(contextlib.AbstractContextManager):
         result = subprocess.run([str(word) for word in command], capture_output=True, text=True, check=False)
         return result.stdout
 
-    def shown(self, name):
-        """The widget on the screen now whose name begins so, or whose label does; none when there is none."""
+    def shown(self, name, role=None):
+        """The widget on the screen now whose name begins so, or whose label does, and which has that role where one is
+        named; none when there is none."""
         self.check_window()
         waiting = [self.application]
         while waiting:
@@ -154,7 +155,7 @@ class Screen(contextlib.AbstractContextManager):
             widget.clear_cache()
             if not widget.get_state_set().contains(Atspi.StateType.SHOWING):
                 continue  # Nothing inside it shows either.
-            if any(each.startswith(name) for each in names_of(widget)):
+            if role in (None, widget.get_role()) and any(each.startswith(name) for each in names_of(widget)):
                 return widget
             # The choices of a pop-up count as showing though its menu is closed.
             if widget.get_role() != Atspi.Role.COMBO_BOX:
