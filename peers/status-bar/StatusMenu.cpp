@@ -3,6 +3,7 @@
 #include "TDNames.h"
 #include "TDUtilities.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -47,6 +48,16 @@ constexpr Text quit{"Menu.Quit", "Quit"};
 /// As the pane reads the flag: one that is missing is false.
 bool isDriverOn() { return readUtilitiesDictionary().objectForKey(keys::driverEnable).boolValue(); }
 
+/// The display whose settings the window shows; empty while there is none.
+std::string nameOfCurrentDisplay() {
+    const auto utilities = readUtilitiesDictionary();
+    const platform::Value name = utilities.objectForKey(keys::selectDeviceName);
+    const platform::NSMutableArray connected = utilities.objectForKey(keys::currentDeviceType).array();
+    const bool isConnected =
+        std::ranges::any_of(connected.objects(), [&](const auto& each) { return each.isEqual(name); });
+    return isConnected ? name.stringValue().value_or("") : std::string();
+}
+
 Text titleOf(bool isOn, PortAnswer answer) {
     switch (answer) {
     case PortAnswer::NotRunning:
@@ -75,7 +86,7 @@ StatusMenu::~StatusMenu() {
 
 std::vector<StatusMenu::Item> StatusMenu::items() {
     const Item separator{"", nullptr, true};
-    std::vector<Item> items;
+    std::vector<Item> items{{displayName_, nullptr, false, !displayName_.empty()}};
     std::int32_t tab = 0;
     for (const Text& title : texts::tabs) {
         items.push_back({title, [this, tab] { deeds_.openPaneAtTab(tab); }});
@@ -104,6 +115,7 @@ void StatusMenu::open(std::function<void()> changed) {
 void StatusMenu::refresh() {
     if (!changed_) return;
     if (nextLook_) nextLook_->invalidate();
+    displayName_ = nameOfCurrentDisplay();
     isDriverOn_ = isDriverOn();
     driverTitle_ = isDriverOn_ ? texts::driverIsOn : texts::driverIsOff;
     changed_();

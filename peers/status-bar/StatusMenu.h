@@ -68,6 +68,7 @@ private:
     /// As the pane reads the file.
     bool isDriverOn_ = false;
     bool isDriverThere_ = true;
+    std::string displayName_;
     std::string driverTitle_;
     std::string advice_;
     std::shared_ptr<platform::NSTimer> nextLook_;

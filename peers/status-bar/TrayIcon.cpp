@@ -7,7 +7,9 @@
 #include <QIcon>
 #include <QPainter>
 #include <QPixmap>
+#include <QScreen>
 
+#include <algorithm>
 #include <utility>
 
 namespace kelvo {
@@ -59,7 +61,21 @@ void showItem(QAction& action, const StatusMenu::Item& item) {
     action.setText(QString::fromStdString(item.title));
     action.setVisible(item.isShown);
     action.setChecked(item.isTicked.value_or(false));
-    action.setEnabled(item.choose && item.isOffered);
+    // What is there to be read is not greyed, as what cannot be chosen now is.
+    action.setEnabled(item.choose ? item.isOffered : !item.isSeparator);
+}
+
+/// A menu that grows while it is open would do so beyond the edge of the screen.
+void keepOnScreen(QMenu& menu) {
+    if (!menu.isVisible()) return;
+    menu.adjustSize();
+    const QRect screen = menu.screen()->availableGeometry();
+    QRect place = menu.geometry();
+    place.moveRight(std::min(place.right(), screen.right()));
+    place.moveBottom(std::min(place.bottom(), screen.bottom()));
+    place.moveLeft(std::max(place.left(), screen.left()));
+    place.moveTop(std::max(place.top(), screen.top()));
+    menu.move(place.topLeft());
 }
 
 } // namespace
@@ -105,6 +121,7 @@ void TrayIcon::showState() {
     for (std::size_t i = 0; i < items.size(); ++i) {
         showItem(*actions[static_cast<int>(i)], items[i]);
     }
+    keepOnScreen(shownMenu_);
     if (!icon_ || advice_ == menu_.advice()) return;
     advice_ = menu_.advice();
     icon_->setIcon(displayIcon(!advice_.empty()));

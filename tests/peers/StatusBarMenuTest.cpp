@@ -17,9 +17,10 @@ using support::dictionaryOf;
 using testing::ElementsAre;
 
 constexpr char kUtilitiesFile[] = "/home/user/Library/Preferences/KelvoTouchDisplay/Utilities.plist";
-constexpr std::size_t kDriverLine = 5;
-constexpr std::size_t kAdviceLine = 6;
-constexpr std::size_t kSwitchLine = 7;
+constexpr std::size_t kNameLine = 0;
+constexpr std::size_t kDriverLine = 6;
+constexpr std::size_t kAdviceLine = 7;
+constexpr std::size_t kSwitchLine = 8;
 constexpr double kNextLookSeconds = 10.0;
 
 class StatusMenuTest : public testing::Test {
@@ -137,8 +138,24 @@ TEST_F(StatusMenuTest, SwitchIsOfferedUnlessNoDriverRuns) {
     }
 }
 
+TEST_F(StatusMenuTest, BeginsWithTheDisplayThatTheWindowShowsAsLongAsThatIsConnected) {
+    const auto firstLineWith = [&](const platform::Value& connected, const platform::Value& shown) {
+        platform_.setPlist(kUtilitiesFile,
+                           dictionaryOf({{connected, "CurrentDeviceType"}, {shown, "SelectDeviceName"}}));
+        open();
+        return titles().front();
+    };
+    const platform::Value two(platform::NSMutableArray::arrayWithObjects({"Kelvo 24", "Kelvo 32"}));
+    EXPECT_EQ(firstLineWith(two, "Kelvo 32"), "Kelvo 32");
+    EXPECT_EQ(firstLineWith(two, "Kelvo 40"), "Calibration");
+    EXPECT_EQ(firstLineWith(two, ""), "Calibration");
+    EXPECT_EQ(firstLineWith(platform::NSMutableArray::arrayWithObjects(), "Kelvo 32"), "Calibration");
+    EXPECT_EQ(firstLineWith("Kelvo 32", "Kelvo 32"), "Calibration");
+    EXPECT_EQ(firstLineWith(two, platform::NSMutableArray::arrayWithObjects()), "Calibration");
+}
+
 TEST_F(StatusMenuTest, DriverAndSeparatorsCannotBeChosen) {
-    for (const std::size_t line : {std::size_t{4}, kDriverLine, kAdviceLine, std::size_t{10}}) {
+    for (const std::size_t line : {kNameLine, std::size_t{5}, kDriverLine, kAdviceLine, std::size_t{11}}) {
         EXPECT_FALSE(menu_.items().at(line).choose) << line;
     }
 }
