@@ -12,7 +12,9 @@ void CaptionLabel::mousePressEvent(QMouseEvent* event) {
 
 void CaptionLabel::mouseReleaseEvent(QMouseEvent* event) {
     auto* button = qobject_cast<QAbstractButton*>(buddy());
-    if (button && event->button() == Qt::LeftButton && rect().contains(event->pos())) button->click();
+    if (!button || event->button() != Qt::LeftButton || !rect().contains(event->pos())) return;
+    if (button->isEnabled()) button->setFocus(Qt::MouseFocusReason);
+    button->click();
 }
 
 } // namespace kelvo

@@ -9,7 +9,7 @@
 #include "qt/TabOrder.h"
 
 #include <QAbstractButton>
-#include <QLayout>
+#include <QBoxLayout>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPointer>
@@ -24,6 +24,7 @@
 
 namespace kelvo {
 
+using platform::NSButton;
 using platform::NSControl;
 using platform::NSNibAction;
 using platform::NSOutlet;
@@ -49,7 +50,17 @@ bool fitsView(const QWidget& widget, const NSView* view) { return view && pairin
 
 /// An embedded form comes to stand in the layout of its page.
 bool fitsController(const QWidget& widget, const NSViewController* controller) {
-    return controller && isPlainView(widget) && widget.layout();
+    return controller && isPlainView(widget) && qobject_cast<const QBoxLayout*>(widget.layout());
+}
+
+/// All the width there is goes to the form, as far as its designer lets it.
+void addInTheMiddle(QBoxLayout& rows, QWidget& form) {
+    constexpr int kNearlyAll = 1000;
+    auto row = std::make_unique<QHBoxLayout>();
+    row->addStretch(1);
+    row->addWidget(&form, kNearlyAll);
+    row->addStretch(1);
+    rows.addLayout(row.release());
 }
 
 bool fitsOutlet(const QWidget& widget, const NSOutlet& outlet) {
@@ -67,18 +78,29 @@ void keepPlaceWhenHidden(QWidget& widget) {
     widget.setSizePolicy(policy);
 }
 
+/// What is asked for in place of the settings is for the keyboard at once.
+void giveFocusInside(const QWidget& widget) {
+    const QVariant name = widget.property("firstFocus");
+    auto* const first = name.isValid() ? widget.findChild<QWidget*>(name.toString()) : nullptr;
+    if (first) first->setFocus(Qt::OtherFocusReason);
+}
+
 void showHidden(QWidget& widget, const NSView& view) {
     // What was never hidden comes with what it stands in. Asked for ahead, the toolkit would lay the whole form out
     // anew for each widget, and show one that stands nowhere yet as a window of its own.
     if (!view.isHidden() && !widget.testAttribute(Qt::WA_WState_ExplicitShowHide)) return;
+    const bool comes = widget.isHidden() && !view.isHidden();
     widget.setHidden(view.isHidden());
+    if (comes) giveFocusInside(widget);
 }
 
 void showEnabled(QWidget& widget, const NSControl& control) { widget.setEnabled(control.isEnabled()); }
 
-void showFrame(QWidget& widget, const NSView& view) {
+/// Where the designer wants widgets in line, none is narrower than it was designed.
+void showFrame(QWidget& widget, const NSView& view, int leastWidth) {
     const QWidget& parent = *widget.parentWidget();
     QRect geometry = geometryFromFrame(view.frame(), parent.height());
+    geometry.setWidth(std::max(geometry.width(), leastWidth));
     // The program does not know that a row had to be narrower than it was made.
     geometry.setRight(std::min(geometry.right(), std::max(parent.rect().right(), geometry.left())));
     widget.setGeometry(mirroredIn(parent, geometry));
@@ -86,7 +108,6 @@ void showFrame(QWidget& widget, const NSView& view) {
 
 void showPictured(PictogramView& view, const NSPopUpButton& popUp) {
     view.setPicturedText(QString::fromStdString(popUp.titleOfSelectedItem().value_or("")));
-    view.setEnabled(popUp.isEnabled());
 }
 
 /// A rectangle that others are put into at their frames, instead of being laid out by the form.
@@ -191,13 +212,14 @@ void FormBinder::tie(const Match& match, FormBinding& binding) const {
     if (auto* canvas = qobject_cast<CanvasView*>(&widget)) tellValue(*canvas, model, binding);
     if (auto* slider = dynamic_cast<NSSlider*>(&model)) readOut(widget, *slider, binding);
     if (auto* popUp = dynamic_cast<NSPopUpButton*>(&model)) picture(widget, *popUp, binding);
+    if (auto* button = dynamic_cast<NSButton*>(&model)) showWhetherOn(widget, *button, binding);
 }
 
 void FormBinder::embed(NSViewController& controller, QWidget& page) const {
     // A controller without a form leaves its page empty.
     QWidget* const content = widgetOfView_(controller.view());
     if (!content) return;
-    page.layout()->addWidget(content);
+    addInTheMiddle(*qobject_cast<QBoxLayout*>(page.layout()), *content);
     putInsideInTabOrder(page, *content);
 }
 
@@ -223,7 +245,9 @@ void FormBinder::mirrorFrame(QWidget& widget, NSView& model, FormBinding& bindin
     QWidget& parent = *widget.parentWidget();
     if (parent.layout()) return;
     model.setFrame(frameFromGeometry(widget.geometry(), parent.height()));
-    const auto show = binding.mirror<QWidget, NSView>(widget, model, showFrame);
+    const int leastWidth = widget.property("keepsWidth").toBool() ? widget.width() : 0;
+    const auto show = binding.mirror<QWidget, NSView>(
+        widget, model, [leastWidth](QWidget& shown, const NSView& view) { showFrame(shown, view, leastWidth); });
     binding.keep(std::make_unique<ResizeWatch>(parent, show));
 }
 
@@ -264,6 +288,14 @@ void FormBinder::picture(const QWidget& popUp, NSPopUpButton& model, FormBinding
         if (view->property("pictures").toString() != popUp.objectName()) continue;
         binding.mirror<PictogramView, NSPopUpButton>(*view, model, showPictured);
         view->moveAlongWith(form_);
+    }
+}
+
+void FormBinder::showWhetherOn(const QWidget& button, NSButton& model, FormBinding& binding) const {
+    for (PictogramView* view : form_.findChildren<PictogramView*>()) {
+        if (view->property("isOnWith").toString() != button.objectName()) continue;
+        binding.mirror<PictogramView, NSButton>(
+            *view, model, [](PictogramView& shown, const NSButton& read) { shown.setEnabled(read.state() != 0); });
     }
 }
 

@@ -28,8 +28,11 @@ namespace kelvo {
 /// "valueTexts" of a canvas are the texts for the values 0, 1 and so on of its view, and "tells" of a label is the
 /// canvas whose words it shows; "enabledWith" of a label is the control that it is greyed with; "returnPresses" of a
 /// field is the button that the Return key presses in it; "confirms" of a label is the button after whose press it
-/// shows for a while; "pictures" of a pictogram is the pop-up whose choice it shows; "pictogram" of a button is the one
-/// beside its text, turned by its "angle" in degrees. "fact" is ShownDisplay's.
+/// shows for a while; "pictures" of a pictogram is the pop-up whose choice it shows, and "isOnWith" the switch that it
+/// is greyed without; "pictogram" of a button is the one beside its text, turned by its "angle" in degrees; "bounds" of
+/// a label is the field whose limits it says; "keepsWidth" of a widget with a frame is for one that is to be no
+/// narrower than in the form; "firstFocus" of a widget is what in it has the focus when it comes. "fact" is
+/// ShownDisplay's.
 class FormBinder {
 public:
     FormBinder(std::string formName, QWidget& form, platform::NSNibOwner& owner, WidgetOfView widgetOfView,
@@ -52,6 +55,7 @@ private:
     void holdInPlace(const std::vector<Match>& matches, FormBinding& binding) const;
     void nameAfter(const QLabel& label, platform::NSTextField& model, FormBinding& binding) const;
     void picture(const QWidget& popUp, platform::NSPopUpButton& model, FormBinding& binding) const;
+    void showWhetherOn(const QWidget& button, platform::NSButton& model, FormBinding& binding) const;
     void givePictograms() const;
     void tellValue(CanvasView& canvas, platform::NSView& model, FormBinding& binding) const;
     void readOut(QWidget& slider, platform::NSSlider& model, FormBinding& binding) const;

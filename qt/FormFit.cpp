@@ -2,9 +2,11 @@
 
 #include "qt/FormTexts.h"
 #include "qt/PullDown.h"
+#include "qt/TouchSize.h"
 
 #include <QEvent>
 #include <QFont>
+#include <QFontInfo>
 #include <QLabel>
 #include <QVariant>
 
@@ -55,7 +57,7 @@ int heightFor(const QString& text, const QWidget& widget) {
 
 /// Of each widget's height in the form, what it needs of it in this font, where that is more.
 double heightFactor(const QList<QWidget*>& widgets, platform::NSBundle* bundle, WidestTexts& widestTexts) {
-    double factor = 1.0;
+    double factor = static_cast<double>(touchHeightFor(*widgets.front())) / kTouchHeight;
     for (const QWidget* widget : widgets) {
         const int needed = heightFor(widestTexts.of(*widget, bundle), *widget);
         factor = std::max(factor, static_cast<double>(needed) / widget->height());
@@ -80,6 +82,7 @@ void keepFont(QWidget& widget) {
 class LeastSize : public QObject {
 public:
     explicit LeastSize(QWidget& widget) : QObject(&widget), widget_(widget), designed_(widget.minimumSize()) {
+        if (designed_.height() >= kTouchHeight) designed_ = designed_.expandedTo({0, touchHeightFor(widget)});
         widget.installEventFilter(this);
         apply();
     }
@@ -101,6 +104,32 @@ private:
     QSize designed_;
 };
 
+/// The size in pixels of the font that forms are designed for.
+constexpr double kDesignedFont = 13.0;
+
+/// Keeps a form no wider than its designer wants lines to be, in letters of every size.
+class WidestSize : public QObject {
+public:
+    explicit WidestSize(QWidget& form) : QObject(&form), form_(form), designed_(form.maximumWidth()) {
+        form.installEventFilter(this);
+        apply();
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::FontChange) apply();
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    void apply() {
+        form_.setMaximumWidth(scaled(designed_, std::max(form_.fontInfo().pixelSize() / kDesignedFont, 1.0)));
+    }
+
+    QWidget& form_;
+    int designed_;
+};
+
 } // namespace
 
 const QString& WidestTexts::of(const QWidget& widget, platform::NSBundle* bundle) {
@@ -111,6 +140,8 @@ const QString& WidestTexts::of(const QWidget& widget, platform::NSBundle* bundle
 }
 
 void keepWhole(QWidget& form) {
+    // The form owns it.
+    if (form.maximumWidth() < QWIDGETSIZE_MAX) static_cast<void>(std::make_unique<WidestSize>(form).release());
     for (QWidget* widget : form.findChildren<QWidget*>()) {
         widget->ensurePolished();
         // The widget owns it.

@@ -5,6 +5,7 @@
 #include "qt/MovedControl.h"
 #include "qt/PullDown.h"
 #include "qt/QtGraphicsContext.h"
+#include "qt/ReturnedValue.h"
 #include "qt/TouchSize.h"
 #include "qt/UserAct.h"
 #include "qt/WheelFilter.h"
@@ -199,7 +200,11 @@ void endEditing(QLineEdit& lineEdit, NSTextField& textField) {
 void pairEditable(QLineEdit& lineEdit, NSTextField& textField, FormBinding& binding) {
     textField.setFormatter(formatterOf(lineEdit));
     if (textField.stringValue().empty()) textField.setStringValue(lineEdit.text().toStdString());
-    const auto show = binding.mirror(lineEdit, textField, showEditable);
+    const auto typed = std::make_shared<TypedText>();
+    const auto show = binding.mirror(lineEdit, textField, [typed](QLineEdit& shown, const NSTextField& model) {
+        showEditable(shown, model);
+        if (typed->isReplacedBy(shown.text()) && shown.isVisible()) showThatValueCameBack(shown);
+    });
     const auto end = [&lineEdit, &textField, show] { userActed([&] { endEditing(lineEdit, textField); }, show); };
     QObject::connect(&lineEdit, &QLineEdit::returnPressed, binding.connections(), end);
     QObject::connect(qApp, &QApplication::focusChanged, binding.connections(),
@@ -216,9 +221,11 @@ void pairEditable(QLineEdit& lineEdit, NSTextField& textField, FormBinding& bind
                              Qt::QueuedConnection);
                      });
     // A button's shortcut fires while the user is still in the field.
-    QObject::connect(&lineEdit, &QLineEdit::textEdited, binding.connections(), [&textField](const QString& text) {
-        platform::guarded([&] { textField.performEdit(text.toStdString()); });
-    });
+    QObject::connect(&lineEdit, &QLineEdit::textEdited, binding.connections(),
+                     [&textField, typed](const QString& text) {
+                         typed->remember(text);
+                         platform::guarded([&] { textField.performEdit(text.toStdString()); });
+                     });
 }
 
 /// A slider counts whole steps, of which the form says how many make one.

@@ -100,6 +100,12 @@ void PictogramView::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
 }
 
+void PictogramView::changeEvent(QEvent* event) {
+    // What is off invites nobody to do it.
+    if (event->type() == QEvent::EnabledChange && !isEnabled()) motion_.stop();
+    QWidget::changeEvent(event);
+}
+
 void PictogramView::setAwake(bool isPointedAt, bool hasFocusInside) {
     const bool wasAwake = isAwake();
     isPointedAt_ = isPointedAt;
@@ -122,7 +128,7 @@ void PictogramView::grow(QAbstractAnimation::Direction direction) {
 
 void PictogramView::move() {
     motion_.stop();
-    if (pictograms_ && pictograms_->mayMoveOn(*this)) motion_.start();
+    if (isEnabled() && pictograms_ && pictograms_->mayMoveOn(*this)) motion_.start();
 }
 
 QRectF PictogramView::place() const {

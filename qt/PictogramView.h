@@ -39,6 +39,7 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void setAwake(bool isPointedAt, bool hasFocusInside);

@@ -80,7 +80,7 @@ void QtApplication::beginInformationalAlertSheet(const NSAlertSheet& sheet, cons
     QPushButton* const confirms = box->addButton(QString::fromStdString(sheet.defaultButton), QMessageBox::AcceptRole);
     QPushButton* const declines =
         box->addButton(QString::fromStdString(sheet.alternateButton), QMessageBox::RejectRole);
-    for (QPushButton* button : {confirms, declines}) button->setMinimumHeight(kTouchHeight);
+    for (QPushButton* button : {confirms, declines}) button->setMinimumHeight(touchHeightFor(*button));
     box->setDefaultButton(confirms);
     box->setEscapeButton(declines);
     QObject::connect(box, &QDialog::finished, box,

@@ -5,8 +5,10 @@
 #include "qt/FormBinder.h"
 #include "qt/FormBinding.h"
 #include "qt/FormTexts.h"
+#include "qt/RowNotes.h"
 #include "qt/UserAct.h"
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -52,6 +54,7 @@ std::unique_ptr<platform::NSNib> QtNibs::instantiate(const std::string& name, pl
     fitFrames(*form, bundle, widestTexts_);
     keepWhole(*form);
     stackColumnsWhereNarrow(*form);
+    noteRowChanges(*form);
     const auto widgetOfView = [this](const platform::NSView& each) { return widgetFor(each); };
     const FormBinder binder(name, *form, owner, widgetOfView, pictograms_);
     FormBinding binding = binder.bind(view);
@@ -63,6 +66,17 @@ std::unique_ptr<platform::NSNib> QtNibs::instantiate(const std::string& name, pl
         if (known != widgets_.end() && known->second.isNull()) widgets_.erase(known);
     });
     return std::make_unique<QtNib>(std::move(binding), std::move(form));
+}
+
+/// A menu that opened from a widget of a form counts as in it.
+bool QtNibs::isInAForm(const QWidget& widget) const {
+    const auto isForm = [this](const QWidget* each) {
+        return std::any_of(widgets_.begin(), widgets_.end(), [&](const auto& known) { return known.second == each; });
+    };
+    for (const QWidget* each = &widget; each; each = each->parentWidget()) {
+        if (isForm(each)) return true;
+    }
+    return false;
 }
 
 QWidget* QtNibs::widgetFor(const platform::NSView& view) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Nib.h"
+#include "qt/FingerScrolling.h"
 #include "qt/FormFit.h"
 #include "qt/Forms.h"
 #include "qt/Pictograms.h"
@@ -27,11 +28,14 @@ public:
     [[nodiscard]] QWidget* widgetFor(const platform::NSView& view) const;
 
 private:
+    [[nodiscard]] bool isInAForm(const QWidget& widget) const;
+
     std::string bundleIdentifier_;
     Forms forms_;
     std::shared_ptr<Pictograms> pictograms_;
     WidestTexts widestTexts_;
     std::map<const platform::NSView*, QPointer<QWidget>> widgets_;
+    FingerScrolling fingers_{[this](const QWidget& widget) { return isInAForm(widget); }};
     std::unique_ptr<QObject> connections_;
 };
 

@@ -2,6 +2,7 @@
 
 #include "platform/Subviews.h"
 #include "qt/Frames.h"
+#include "qt/RowScroller.h"
 #include "qt/TabOrder.h"
 
 #include <QApplication>
@@ -157,7 +158,9 @@ void ShownSubviews::arrange() {
     }
 
     QRect held = geometryFromFrame({0.0, 0.0, own.width, own.height}, own.height);
-    if (const QScrollArea* const area = scrollAreaOf(*container_)) {
+    if (QScrollArea* const area = scrollAreaOf(*container_)) {
+        auto* const rows = qobject_cast<RowScroller*>(area);
+        if (rows) rows->setRowHeight(views.empty() ? 0 : views.front().geometry.height());
         const int room = area->viewport()->width();
         const auto offsets = offsetsOfColumns(views, room);
         if (!offsets.empty()) held.setWidth(std::min(held.width(), room));

@@ -14,7 +14,7 @@ namespace {
 class TouchTabBar : public QTabBar {
 protected:
     [[nodiscard]] QSize tabSizeHint(int index) const override {
-        return QTabBar::tabSizeHint(index).expandedTo({0, kTouchHeight});
+        return QTabBar::tabSizeHint(index).expandedTo({0, touchHeightFor(*this)});
     }
 };
 

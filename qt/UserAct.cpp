@@ -13,13 +13,16 @@ namespace {
 class UserAct {
 public:
     UserAct() {
-        if (!outermost) outermost = this;
+        if (outermost) return;
+        outermost = this;
+        emit UserActs::all().begun();
     }
     UserAct(const UserAct&) = delete;
     UserAct& operator=(const UserAct&) = delete;
     ~UserAct() {
         if (outermost != this) return;
         outermost = nullptr;
+        emit UserActs::all().ended();
         // The widget that the user acted on is still below on the stack. Asked only now, the toolkit waits for that; a
         // form that had asked it in an inner event loop would have been gone by the end of that loop.
         for (auto& form : discarded_) form.release()->deleteLater();
@@ -36,6 +39,11 @@ private:
 UserAct* UserAct::outermost = nullptr;
 
 } // namespace
+
+UserActs& UserActs::all() {
+    static UserActs acts;
+    return acts;
+}
 
 void userActed(const std::function<void()>& act, const std::function<void()>& show) {
     const UserAct underWay;

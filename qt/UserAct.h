@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QObject>
 #include <QWidget>
 
 #include <functional>
@@ -11,6 +12,19 @@ namespace kelvo {
 /// it, which is what it was before if the model refused.
 void userActed(
     const std::function<void()>& act, const std::function<void()>& show = [] {});
+
+/// Tells of everything that the user does to a widget. What comes of it by way of another act belongs to it.
+class UserActs : public QObject {
+    Q_OBJECT
+
+public:
+    static UserActs& all();
+
+signals:
+    void begun();
+    /// The model and the widgets have come to rest.
+    void ended();
+};
 
 /// Destroys a form. While the user acts, one of its widgets may be handling that; then the form only leaves the screen,
 /// and goes when the toolkit is done with the act.

@@ -10,7 +10,7 @@ int WrappedLabel::heightForWidth(int width) const {
     }
     const auto known = heights_.constFind(width);
     if (known != heights_.constEnd()) return *known;
-    return *heights_.insert(width, QLabel::heightForWidth(width));
+    return *heights_.insert(width, measuredHeight(width));
 }
 
 } // namespace kelvo

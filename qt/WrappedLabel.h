@@ -17,6 +17,10 @@ public:
 
     [[nodiscard]] int heightForWidth(int width) const override;
 
+protected:
+    /// What is remembered.
+    [[nodiscard]] virtual int measuredHeight(int width) const { return QLabel::heightForWidth(width); }
+
 private:
     mutable QString measuredText_;
     mutable QFont measuredFont_;

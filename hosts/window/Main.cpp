@@ -1,6 +1,7 @@
 #include "hosts/QtHostPlatform.h"
 #include "hosts/window/Options.h"
 #include "hosts/window/PaneWindow.h"
+#include "hosts/window/PlaceMemory.h"
 #include "hosts/window/SingleInstance.h"
 #include "linux/StandardStreams.h"
 #include "linux/TerminationSignals.h"
@@ -114,6 +115,8 @@ int run(const kelvo::Options& options, int argc, char* argv[]) {
         auto display = std::make_unique<kelvo::ShownDisplay>(*form, kelvo::panePreferenceFolder(host.bundle()));
         keepTitle(window, *display.release(), product);
     }
+    const std::string placeFile = kelvo::panePreferenceFolder(host.bundle()) + "/Window.ini";
+    const kelvo::PlaceMemory place(window, QString::fromStdString(placeFile));
     kelvo::MenuPlaceNote menuPlace(window);
     // To look through the theme takes long, and nobody misses the icon before the window; a bus may not answer at all.
     window.callWhenPainted([&] {

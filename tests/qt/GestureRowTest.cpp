@@ -175,6 +175,7 @@ protected:
             row_.m_gestures.addItemWithTitle(title);
         }
         row_.m_gestures.selectItemAtIndex(1);
+        row_.clickBtn.setState(1);
         // A window gives its first widget the focus, and the pointer may be anywhere.
         form_->activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(form_));
@@ -242,10 +243,24 @@ TEST_F(GestureRowPictureTest, ActionWithoutAPictureHasNone) {
     EXPECT_EQ(extent(), 0);
 }
 
-TEST_F(GestureRowPictureTest, PictureIsGreyWhenTheActionIs) {
+TEST_F(GestureRowPictureTest, PictureIsGreyAndStillWhenTheRowIsOffAlsoWhereTheActionIsNot) {
     const QImage enabled = shown();
-    row_.m_gestures.setEnabled(false);
+    row_.clickBtn.setState(0);
+    ASSERT_TRUE(row_.m_gestures.isEnabled());
     EXPECT_NE(shown(), enabled);
+    pointAtRow();
+    EXPECT_FALSE(isMoving());
+    row_.clickBtn.setState(1);
+    pointElsewhere();
+    ASSERT_TRUE(waitUntilStill());
+    EXPECT_EQ(shown(), enabled);
+}
+
+TEST_F(GestureRowPictureTest, PictureStopsWhenTheRowGoesOff) {
+    pointAtRow();
+    ASSERT_TRUE(isMoving());
+    row_.clickBtn.setState(0);
+    EXPECT_FALSE(isMoving());
 }
 
 TEST_F(GestureRowPictureTest, PictureGrowsAndMovesWhileTheRowIsPointedAt) {

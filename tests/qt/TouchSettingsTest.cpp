@@ -1,5 +1,6 @@
 #include "qt/CanvasView.h"
 #include "qt/ToolkitPlatform.h"
+#include "qt/TouchDevice.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -115,6 +116,28 @@ TEST_F(TouchSettingsTest, SlidersStepByOneByHundredthsAndByTenths) {
     EXPECT_EQ(controller_.longPressInterval_.doubleValue(), 1.1);
     EXPECT_THAT(controller_.calls,
                 ElementsAre("rangeSliderValueChange:", "rateSliderValueChange:", "setRightClickParameters:"));
+}
+
+TEST_F(TouchSettingsTest, TapOnTheGrooveSetsTheSlider) {
+    QSlider& slider = widget<QSlider>("rateSlider_");
+    Finger().tap(slider, slider.rect().center());
+    QCoreApplication::processEvents();
+    EXPECT_NEAR(controller_.rateSlider_.doubleValue(), 0.45, 0.02);
+    EXPECT_THAT(controller_.calls, ElementsAre("rateSliderValueChange:"));
+}
+
+TEST_F(TouchSettingsTest, FingerPushesThePageWhereItDoesNotFit) {
+    form_->resize(form_->minimumSizeHint().width(), 240);
+    QCoreApplication::processEvents();
+    QScrollArea& area = widget<QScrollArea>("touchScroller");
+    QScrollBar& bar = *area.verticalScrollBar();
+    ASSERT_GT(bar.maximum(), 150);
+    Finger finger;
+    const QPoint low(area.viewport()->width() - 4, area.viewport()->height() - 10);
+    finger.push(*area.viewport(), low, {0, -120});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return bar.value() >= 90; })) << bar.value();
+    finger.lift(*area.viewport(), low - QPoint(0, 120));
+    EXPECT_THAT(controller_.calls, testing::IsEmpty());
 }
 
 TEST_F(TouchSettingsTest, SpeedIsReadAsTheTimeBetweenTheClicks) {
