@@ -25,7 +25,7 @@ const windows = workspace.windowList ? workspace.windowList() : workspace.client
 const active = workspace.activeWindow !== undefined ? workspace.activeWindow : workspace.activeClient;
 callDBus("{LISTENER}", "/", "{LISTENER}", "Tell", JSON.stringify(windows.map(each => ({{
     caption: String(each.caption), entry: String(each.desktopFileName), isActive: each === active,
-    isPopUp: each.popupWindow,
+    isPopUp: each.popupWindow, owner: each.transientFor ? String(each.transientFor.caption) : "",
     place: [each.frameGeometry.x, each.frameGeometry.y, each.frameGeometry.width, each.frameGeometry.height]}}))));
 """
 
@@ -135,13 +135,38 @@ class KWin(unittest.TestCase):
         self.assertEqual(process.returncode, 0)
         self.assertEqual(self.windows(), [])
 
+    def test_alert_is_a_sheet_of_the_window(self):
+        self.world.set_utilities("Kelvo 24")
+        self.start_window()
+        self.window_that(lambda each: each["isActive"], "the window on the screen")
+        owned = []
+
+        def sheet_comes():
+            # To the page of the rotation, and there to the next one; the sheet does nothing upon these.
+            self.keys("alt+g", "Home", "Down", "Down", "Tab", "Down")
+            windows = self.windows()
+            # The sheet may have its window's caption.
+            owned[:] = [(each, owner) for each in windows if not each["isPopUp"]
+                        for owner in windows if not owner["owner"] and each["owner"] == owner["caption"]]
+            return owned
+
+        wait_until(sheet_comes, "the sheet")
+
+        [(sheet, window)] = owned
+        self.assertEqual(window["entry"], "kelvo-touch-display")
+        x, y, width, height = sheet["place"]
+        left, top, whole_width, whole_height = window["place"]
+        self.assertTrue(left <= x + width // 2 < left + whole_width and top <= y + height // 2 < top + whole_height,
+                        (sheet["place"], window["place"]))
+        self.assertTrue(x >= 0 and y >= 0 and x + width <= SCREEN[0] and y + height <= SCREEN[1], sheet["place"])
+
     def test_menu_of_a_pop_up_stays_inside_of_the_screen(self):
         self.world.set_utilities("Kelvo 24")
         self.start_window()
         self.window_that(lambda each: each["isActive"], "the window on the screen")
 
         def keys_arrive():
-            self.keys("alt+s", "Down")
+            self.keys("alt+g", "Down")
             return self.world.plist("Utilities.plist")["SelectedMenuItem"] > 0
 
         # That the window has the keyboard the compositor says sooner than it is so.
