@@ -4,6 +4,7 @@ Takes the program and the folder of the sources."""
 import json
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -19,6 +20,10 @@ PROGRAM, SOURCES = sys.argv.pop(1), pathlib.Path(sys.argv.pop(1))
 SOCKET = "kelvo-test"
 LISTENER = "com.kelvo.TouchDisplay.Test"
 SCREEN = (1024, 700)
+# In the toolkit's account of what it says to the compositor: the size in pixels of what it has drawn, and at which size
+# that is shown.
+DRAWN_SIZE = r"create_buffer\(new id wl_buffer[@#]\d+, \d+, (\d+), (\d+)"
+SHOWN_SIZE = r"set_destination\((\d+), (\d+)\)"
 # What the compositor's scripts say of each window, under the names of either generation of it.
 SURVEY = f"""
 const windows = workspace.windowList ? workspace.windowList() : workspace.clientList();
@@ -43,7 +48,9 @@ class Listener(dbus.service.Object):
         self.told.append(json.loads(windows))
 
 
-class KWin(unittest.TestCase):
+class OnKWin(unittest.TestCase):
+    SCALE = 1
+
     def setUp(self):
         self.world = self.enterContext(World(services=[]))
         # Sockets have short names, and a folder of their own that nobody else may enter.
@@ -57,6 +64,7 @@ class KWin(unittest.TestCase):
         self.install_entry()
         self.listener = Listener(self.world.bus)
         self.scripts = 0
+        self.configure_scale()
         self.start_compositor()
 
     def install_entry(self):
@@ -66,6 +74,15 @@ class KWin(unittest.TestCase):
             folder.mkdir(parents=True)
             shutil.copy(SOURCES / source, folder)
 
+    def configure_scale(self):
+        """As the user chooses it; on its own the compositor takes the option for the size alone."""
+        configuration = self.world.home / ".config"
+        configuration.mkdir()
+        output = {"enabled": True, "outputIndex": 0, "position": {"x": 0, "y": 0}, "priority": 0}
+        (configuration / "kwinoutputconfig.json").write_text(json.dumps([
+            {"name": "outputs", "data": [{"connectorName": "X11-0", "scale": self.SCALE}]},
+            {"name": "setups", "data": [{"lidClosed": False, "outputs": [output]}]}]))
+
     def start_compositor(self):
         # A copy has none of the rights that the installed file asks for, which a container may not give. The compositor
         # starts under its own name alone.
@@ -73,7 +90,7 @@ class KWin(unittest.TestCase):
         shutil.copy(shutil.which("kwin_wayland"), compositor)
         self.compositor = self.world.start(
             compositor, "--x11-display", os.environ["DISPLAY"], "--width", SCREEN[0], "--height", SCREEN[1],
-            "--no-lockscreen", "--no-global-shortcuts", "--no-kactivities", "--socket", SOCKET)
+            "--scale", self.SCALE, "--no-lockscreen", "--no-global-shortcuts", "--no-kactivities", "--socket", SOCKET)
         self.compositor_log = Lines(self.compositor.stderr)
         wait_until(lambda: self.compositor_log.read() is not None and (self.runtime / SOCKET).exists()
                    and self.world.bus.name_has_owner("org.kde.KWin") or self.compositor.poll() is not None,
@@ -119,6 +136,8 @@ class KWin(unittest.TestCase):
     def keys(*names):
         subprocess.run(["xdotool", "mousemove", str(SCREEN[0] // 2), "5", "key", *names], check=True)
 
+
+class KWin(OnKWin):
     def test_window_is_the_programs_own_and_inside_of_the_screen(self):
         process, log = self.start_window()
 
@@ -175,6 +194,25 @@ class KWin(unittest.TestCase):
 
         x, y, width, height = self.window_that(lambda each: each["isPopUp"], "the menu")["place"]
         self.assertTrue(x >= 0 and y >= 0 and x + width <= SCREEN[0] and y + height <= SCREEN[1], (x, y, width, height))
+
+
+class KWinAtOneAndAHalf(OnKWin):
+    SCALE = 1.5
+
+    def test_window_is_drawn_in_the_pixels_of_the_screen(self):
+        self.world.environment["WAYLAND_DEBUG"] = "1"
+        _, log = self.start_window()
+        self.window_that(lambda each: each["isActive"], "the window on the screen")
+        if "get_fractional_scale" not in "\n".join(log.read()):
+            self.skipTest("the toolkit of this release knows whole scales only")
+
+        def is_drawn_so():
+            said = "\n".join(log.read())
+            drawn = [(int(width), int(height)) for width, height in re.findall(DRAWN_SIZE, said)]
+            shown = [(int(width), int(height)) for width, height in re.findall(SHOWN_SIZE, said)]
+            return drawn and drawn[-1] == (round(shown[-1][0] * self.SCALE), round(shown[-1][1] * self.SCALE))
+
+        wait_until(is_drawn_so, "the window to be drawn in the pixels of the screen")
 
 
 if __name__ == "__main__":
