@@ -62,15 +62,21 @@ AlertPage::AlertPage(QWidget* parent) : AlertLabel(parent) {}
 
 AlertPage::Places AlertPage::placesIn(QSize size) const {
     const auto* const picture = findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
-    const QSize pictured = picture ? picture->minimumSize() : QSize();
+    QSize pictured = picture ? picture->minimumSize() : QSize();
     const auto [title, rest] = paragraphsOf(text());
     const int width = std::min(size.width() - 2 * kMargin, kWidestText);
     const int left = (size.width() - width) / 2;
 
+    const int titleHeight = heightOf(title, titleFontOf(font()), width);
+    const int restHeight = heightOf(rest, font(), width);
+    // The words come first.
+    const int spare = size.height() - (titleHeight + restHeight + 2 * kSpacing + 2 * kMargin);
+    if (spare < pictured.height()) pictured = QSize(0, 0);
+
     Places places{};
     places.picture = QRect(QPoint((size.width() - pictured.width()) / 2, 0), pictured);
-    places.title = QRect(left, pictured.height() + kSpacing, width, heightOf(title, titleFontOf(font()), width));
-    places.rest = QRect(left, places.title.bottom() + 1 + kSpacing, width, heightOf(rest, font(), width));
+    places.title = QRect(left, pictured.height() + kSpacing, width, titleHeight);
+    places.rest = QRect(left, places.title.bottom() + 1 + kSpacing, width, restHeight);
     places.height = places.rest.bottom() + 1 + 2 * kMargin;
     // A little above the middle, where the eye looks first.
     const int above = std::max((size.height() - places.height) * 2 / 5, 0) + kMargin;
@@ -113,8 +119,9 @@ void AlertPage::resizeEvent(QResizeEvent* event) {
 void AlertPage::placePicture() {
     auto* const picture = findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
     if (!picture) return;
-    picture->setGeometry(placesIn(size()).picture);
-    picture->setVisible(!text().isEmpty());
+    const QRect place = placesIn(size()).picture;
+    picture->setGeometry(place);
+    picture->setVisible(!place.isEmpty() && !text().isEmpty());
 }
 
 } // namespace kelvo

@@ -228,6 +228,16 @@ TEST_F(AlertPageTest, NarrowPageIsHigherAndNoWordIsCut) {
     EXPECT_LT(narrowest, page_.sizeHint().width());
 }
 
+TEST_F(AlertPageTest, PictureGivesWayToTheWordsWhereThereIsLittleRoom) {
+    page_.resize(600, page_.heightForWidth(600));
+    page_.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&page_));
+    EXPECT_TRUE(picture_->isHidden());
+    page_.resize(600, page_.heightForWidth(600) + 200);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(picture_->isVisible());
+}
+
 TEST_F(AlertPageTest, WhatIsReadOutIsTheWholeText) {
     EXPECT_EQ(page_.text(), "Nothing is connected.\n\nConnect the cable of the display to this computer, and wait.");
 }
