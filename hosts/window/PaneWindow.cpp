@@ -33,15 +33,18 @@ QSize openingSize(const QWidget& form, const QScreen& screen) {
 PaneWindow::PaneWindow(platform::NSPreferencePane& pane, const QtNibs& nibs)
     : life_(pane, "kelvo-touch-display"), form_(nibs.widgetFor(life_.load())) {
     if (!form_) return;
+    // Of the window itself nothing is painted, since the form covers it whole.
+    form_->installEventFilter(this);
     resize(openingSize(*form_, *screen()));
     setCentralWidget(std::make_unique<FormScroller>(*form_).release());
 }
 
-void PaneWindow::paintEvent(QPaintEvent* event) {
-    QMainWindow::paintEvent(event);
-    if (!whenPainted_) return;
-    QMetaObject::invokeMethod(
-        this, [call = std::exchange(whenPainted_, nullptr)] { call(); }, Qt::QueuedConnection);
+bool PaneWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Paint && whenPainted_) {
+        QMetaObject::invokeMethod(
+            this, [call = std::exchange(whenPainted_, nullptr)] { call(); }, Qt::QueuedConnection);
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 // A spontaneous event is the window system's: minimising, or another virtual desktop. The pane is not left by that.

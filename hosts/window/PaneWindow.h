@@ -26,7 +26,7 @@ public:
     void callWhenPainted(std::function<void()> call) { whenPainted_ = std::move(call); }
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
