@@ -109,8 +109,10 @@ constexpr std::size_t kDepth = 3;
 
 std::size_t nodesOf(const Value& value) {
     std::size_t count = 1;
-    for (const Value& each : value.array().objects()) count += nodesOf(each);
-    for (const auto& [key, each] : value.dictionary().entries()) count += nodesOf(each);
+    const auto array = value.array();
+    for (const Value& each : array.objects()) count += nodesOf(each);
+    const auto dictionary = value.dictionary();
+    for (const auto& [key, each] : dictionary.entries()) count += nodesOf(each);
     return count;
 }
 
@@ -134,14 +136,14 @@ private:
 
     Value copied(const Value& value) {
         if (place_-- == 0) return changedHere(value);
-        if (value.array()) {
+        if (const auto array = value.array()) {
             NSMutableArray copy = NSMutableArray::arrayWithObjects();
-            for (const Value& each : value.array().objects()) copy.addObject(copied(each));
+            for (const Value& each : array.objects()) copy.addObject(copied(each));
             return copy;
         }
-        if (value.dictionary()) {
+        if (const auto dictionary = value.dictionary()) {
             NSMutableDictionary copy = NSMutableDictionary::dictionary();
-            for (const auto& [key, each] : value.dictionary().entries()) copy.setObjectForKey(copied(each), key);
+            for (const auto& [key, each] : dictionary.entries()) copy.setObjectForKey(copied(each), key);
             return copy;
         }
         return value;
