@@ -122,15 +122,15 @@ protected:
     }
 
 private:
-    void apply() {
-        form_.setMaximumWidth(scaled(designed_, std::max(form_.fontInfo().pixelSize() / kDesignedFont, 1.0)));
-    }
+    void apply() { form_.setMaximumWidth(scaled(designed_, letterFactor(form_))); }
 
     QWidget& form_;
     int designed_;
 };
 
 } // namespace
+
+double letterFactor(const QWidget& form) { return std::max(form.fontInfo().pixelSize() / kDesignedFont, 1.0); }
 
 const QString& WidestTexts::of(const QWidget& widget, platform::NSBundle* bundle) {
     const QStringList texts = textsOf(widget, bundle);

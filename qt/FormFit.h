@@ -29,6 +29,9 @@ private:
 /// what stands at frames could not follow another.
 void fitFrames(QWidget& form, platform::NSBundle* bundle, WidestTexts& widestTexts);
 
+/// How much larger the letters of `form` are than those that forms are designed for; 1 where they are no larger.
+[[nodiscard]] double letterFactor(const QWidget& form);
+
 /// Lets no widget of the form get smaller than it needs in its font. A least size that the form's designer demands
 /// takes the place of what the widget itself does; from here on the larger of both counts, whatever the font becomes.
 void keepWhole(QWidget& form);

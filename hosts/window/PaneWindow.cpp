@@ -1,13 +1,12 @@
 #include "hosts/window/PaneWindow.h"
 
 #include "hosts/window/FormScroller.h"
+#include "qt/FormFit.h"
 
-#include <QFontInfo>
 #include <QHideEvent>
 #include <QScreen>
 #include <QShowEvent>
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -18,13 +17,10 @@ namespace {
 /// Of a screen's height, for what a desktop puts above a window.
 constexpr int kTitleBarHeight = 40;
 
-/// The size in pixels of the font that forms are designed for.
-constexpr double kDesignedFont = 13.0;
-
 /// As large as the form was designed, or larger with a larger font or as its texts need, but no larger than the screen.
 QSize openingSize(const QWidget& form, const QScreen& screen) {
     const QSize room = screen.availableSize() - QSize(0, kTitleBarHeight);
-    const QSize designed = form.size() * std::max(form.fontInfo().pixelSize() / kDesignedFont, 1.0);
+    const QSize designed = form.size() * letterFactor(form);
     return designed.expandedTo(form.sizeHint()).boundedTo(room);
 }
 
