@@ -3,6 +3,7 @@
 #include "platform/NibMatching.h"
 #include "qt/CanvasView.h"
 #include "qt/Frames.h"
+#include "qt/NamingWidgets.h"
 #include "qt/Pairings.h"
 #include "qt/PictogramView.h"
 #include "qt/ResizeWatch.h"
@@ -236,7 +237,7 @@ void FormBinder::mirrorView(QWidget& widget, NSView& model, FormBinding& binding
     auto* const control = dynamic_cast<NSControl*>(&model);
     if (!control) return;
     binding.mirror<QWidget, NSControl>(widget, *control, showEnabled);
-    for (QLabel* label : labelsWith("enabledWith", widget)) {
+    for (QLabel* label : widgetsNaming<QLabel>(form_, "enabledWith", widget)) {
         binding.mirror<QWidget, NSControl>(*label, *control, showEnabled);
     }
 }
@@ -284,16 +285,14 @@ void FormBinder::givePictograms() const {
 }
 
 void FormBinder::picture(const QWidget& popUp, NSPopUpButton& model, FormBinding& binding) const {
-    for (PictogramView* view : form_.findChildren<PictogramView*>()) {
-        if (view->property("pictures").toString() != popUp.objectName()) continue;
+    for (PictogramView* view : widgetsNaming<PictogramView>(form_, "pictures", popUp)) {
         binding.mirror<PictogramView, NSPopUpButton>(*view, model, showPictured);
         view->moveAlongWith(form_);
     }
 }
 
 void FormBinder::showWhetherOn(const QWidget& button, NSButton& model, FormBinding& binding) const {
-    for (PictogramView* view : form_.findChildren<PictogramView*>()) {
-        if (view->property("isOnWith").toString() != button.objectName()) continue;
+    for (PictogramView* view : widgetsNaming<PictogramView>(form_, "isOnWith", button)) {
         binding.mirror<PictogramView, NSButton>(
             *view, model, [](PictogramView& shown, const NSButton& read) { shown.setEnabled(read.state() != 0); });
     }
@@ -308,11 +307,12 @@ void FormBinder::tellValue(CanvasView& canvas, NSView& model, FormBinding& bindi
     const auto show = [told = QPointer<CanvasView>(&canvas)](QLabel& label, const NSView&) {
         if (told) label.setText(told->accessibleDescription());
     };
-    for (QLabel* label : labelsWith("tells", canvas)) binding.mirror<QLabel, NSView>(*label, model, show);
+    for (QLabel* label : widgetsNaming<QLabel>(form_, "tells", canvas))
+        binding.mirror<QLabel, NSView>(*label, model, show);
 }
 
 void FormBinder::readOut(QWidget& slider, NSSlider& model, FormBinding& binding) const {
-    for (QLabel* label : labelsWith("reads", slider)) {
+    for (QLabel* label : widgetsNaming<QLabel>(form_, "reads", slider)) {
         const auto show = [pattern = label->text(), told = QPointer<QWidget>(&slider)](QLabel& shown,
                                                                                        const NSSlider& read) {
             shown.setText(inserted(pattern, readOutOf(shown, read.doubleValue())));
@@ -320,15 +320,6 @@ void FormBinder::readOut(QWidget& slider, NSSlider& model, FormBinding& binding)
         };
         binding.mirror<QLabel, NSSlider>(*label, model, show);
     }
-}
-
-QList<QLabel*> FormBinder::labelsWith(const char* property, const QWidget& widget) const {
-    QList<QLabel*> labels;
-    for (QLabel* label : form_.findChildren<QLabel*>()) {
-        const QVariant name = label->property(property);
-        if (name.isValid() && name.toString() == widget.objectName()) labels.append(label);
-    }
-    return labels;
 }
 
 void FormBinder::letReturnPress(FormBinding& binding) const {
@@ -347,7 +338,7 @@ void FormBinder::letReturnPress(FormBinding& binding) const {
 
 void FormBinder::confirmPresses(FormBinding& binding) const {
     for (QAbstractButton* button : form_.findChildren<QAbstractButton*>()) {
-        for (QLabel* sign : labelsWith("confirms", *button)) {
+        for (QLabel* sign : widgetsNaming<QLabel>(form_, "confirms", *button)) {
             keepPlaceWhenHidden(*sign);
             sign->hide();
             QTimer& end = binding.keep(std::make_unique<QTimer>());

@@ -62,7 +62,6 @@ private:
     void letReturnPress(FormBinding& binding) const;
     void confirmPresses(FormBinding& binding) const;
     /// The labels whose dynamic property `property` is the name of `widget`.
-    [[nodiscard]] QList<QLabel*> labelsWith(const char* property, const QWidget& widget) const;
 
     std::string formName_;
     QWidget& form_;

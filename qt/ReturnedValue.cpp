@@ -1,9 +1,10 @@
 #include "qt/ReturnedValue.h"
 
+#include "qt/NamingWidgets.h"
+
 #include <QAccessible>
 #include <QLabel>
 #include <QTimer>
-#include <QVariant>
 
 #include <chrono>
 #include <utility>
@@ -43,10 +44,7 @@ void stress(QLabel& label) {
 
 void showThatValueCameBack(QLineEdit& field) {
     tint(field);
-    for (QLabel* label : field.window()->findChildren<QLabel*>()) {
-        const QVariant name = label->property("bounds");
-        if (name.isValid() && name.toString() == field.objectName()) stress(*label);
-    }
+    for (QLabel* label : widgetsNaming<QLabel>(*field.window(), "bounds", field)) stress(*label);
 }
 
 bool TypedText::isReplacedBy(const QString& text) {
