@@ -38,7 +38,8 @@ bool needsPressesAtOnce(const QWidget& widget) {
     return qobject_cast<const CanvasView*>(&widget) || qobject_cast<const QScrollBar*>(&widget);
 }
 
-QScroller& scrollerOf(const QAbstractScrollArea& area) {
+/// Made ready for the finger that has just come.
+QScroller& scrollerFor(const QAbstractScrollArea& area) {
     QScroller& scroller = *QScroller::scroller(area.viewport());
     QScrollerProperties properties = scroller.scrollerProperties();
     // Whether the finger scrolls has been decided when the scroller hears of it.
@@ -111,7 +112,7 @@ bool FingerScrolling::pressed(QWindow& window, const QMouseEvent& event) {
     window_ = &window;
     start_ = placeOf(event);
     // A finger on what still moves only stops it.
-    const bool stops = scrollerOf(*area_).state() == QScroller::Scrolling;
+    const bool stops = scrollerFor(*area_).state() == QScroller::Scrolling;
     tell(QScroller::InputPress, event);
     finger_ = stops ? Finger::Scrolls : Finger::Waits;
     return true;
@@ -157,7 +158,8 @@ bool FingerScrolling::scrolls(QPoint way) const {
 void FingerScrolling::tell(QScroller::Input input, const QMouseEvent& event) const {
     constexpr QPoint kNowhere(-1, -1);
     if (!area_) return;
-    scrollerOf(*area_).handleInput(input, placeOf(event) - start_ + kNowhere, static_cast<qint64>(event.timestamp()));
+    QScroller::scroller(area_->viewport())
+        ->handleInput(input, placeOf(event) - start_ + kNowhere, static_cast<qint64>(event.timestamp()));
 }
 
 /// What has waited for the finger, as if it came from a mouse; unless the widget has gone meanwhile.

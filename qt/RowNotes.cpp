@@ -17,7 +17,7 @@ RowNotes::RowNotes(QLabel& note, QWidget& list, QWidget* usual)
     note.clear();
     note.hide();
     connect(&UserActs::all(), &UserActs::begun, this, [this] { before_ = rowsNow(); });
-    connect(&UserActs::all(), &UserActs::ended, this, [this] { tell(changedAlong(rowsNow())); });
+    connect(&UserActs::all(), &UserActs::ended, this, [this] { tell(changedAlong()); });
 }
 
 RowNotes::Rows RowNotes::rowsNow() const {
@@ -34,11 +34,11 @@ RowNotes::Rows RowNotes::rowsNow() const {
 
 /// The user's own row has the keyboard's focus. What is done elsewhere, like choosing another display, may change every
 /// row for reasons of its own.
-QStringList RowNotes::changedAlong(const Rows& now) const {
+QStringList RowNotes::changedAlong() const {
     const QWidget* const focused = QApplication::focusWidget();
     if (!focused || !list_ || !list_->isAncestorOf(focused)) return {};
     QStringList titles;
-    for (const Row& row : now) {
+    for (const Row& row : rowsNow()) {
         const auto known = std::ranges::find(before_, row.widget, &Row::widget);
         const bool hasChanged = known != before_.end() && *known != row;
         if (hasChanged && !row.widget->isAncestorOf(focused)) titles.append(row.title);

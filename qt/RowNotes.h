@@ -29,7 +29,7 @@ private:
     using Rows = std::vector<Row>;
 
     [[nodiscard]] Rows rowsNow() const;
-    [[nodiscard]] QStringList changedAlong(const Rows& now) const;
+    [[nodiscard]] QStringList changedAlong() const;
     void tell(const QStringList& titles);
 
     QLabel& note_;

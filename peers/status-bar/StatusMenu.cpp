@@ -46,11 +46,12 @@ constexpr Text quit{"Menu.Quit", "Quit"};
 } // namespace texts
 
 /// As the pane reads the flag: one that is missing is false.
-bool isDriverOn() { return readUtilitiesDictionary().objectForKey(keys::driverEnable).boolValue(); }
+bool isDriverOnIn(const platform::NSMutableDictionary& utilities) {
+    return utilities.objectForKey(keys::driverEnable).boolValue();
+}
 
 /// The display whose settings the window shows; empty while there is none.
-std::string nameOfCurrentDisplay() {
-    const auto utilities = readUtilitiesDictionary();
+std::string currentDisplayIn(const platform::NSMutableDictionary& utilities) {
     const platform::Value name = utilities.objectForKey(keys::selectDeviceName);
     const platform::NSMutableArray connected = utilities.objectForKey(keys::currentDeviceType).array();
     const bool isConnected =
@@ -115,8 +116,9 @@ void StatusMenu::open(std::function<void()> changed) {
 void StatusMenu::refresh() {
     if (!changed_) return;
     if (nextLook_) nextLook_->invalidate();
-    displayName_ = nameOfCurrentDisplay();
-    isDriverOn_ = isDriverOn();
+    const platform::NSMutableDictionary utilities = readUtilitiesDictionary();
+    displayName_ = currentDisplayIn(utilities);
+    isDriverOn_ = isDriverOnIn(utilities);
     driverTitle_ = isDriverOn_ ? texts::driverIsOn : texts::driverIsOff;
     changed_();
     deeds_.askDriver([this](PortAnswer answer) { tell(answer); });
